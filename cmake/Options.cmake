@@ -1,0 +1,12 @@
+# Compile options that every target of the project shares, as the interface target mc3ds_options.
+add_library(mc3ds_options INTERFACE)
+# Output bytes are promised: no fused multiply-add, and on 32-bit x86 no 80-bit registers.
+target_compile_options(mc3ds_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -ffp-contract=off)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86|AMD64|amd64")
+    target_compile_options(mc3ds_options INTERFACE -msse2 -mfpmath=sse)
+endif()
+if(MC3DS_WERROR)
+    target_compile_options(mc3ds_options INTERFACE -Werror)
+endif()
+# fopen, fseeko and their like take 64-bit offsets on every system.
+target_compile_definitions(mc3ds_options INTERFACE _FILE_OFFSET_BITS=64)

@@ -1,0 +1,203 @@
+#include <cstdlib>
+#include <cstring>
+
+#include "../reader/reader.h"
+#include "animation.h"
+
+// Where a sound file has its numbers, runs of more characters than this are read as several words.
+constexpr size_t longestWord = 250;
+
+// Entries of all frames together, to which the bytes of the .vue file are added: a frame count of a damaged
+// file must not ask for more memory than a large animation has use for.
+constexpr uint64_t mostFrames = 4194304;
+
+bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
+{
+    size_t length = 0;
+    while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
+        Mc3dsTakeCharacter(file);
+    const bool quoted = Mc3dsPeekCharacter(file) == '"';
+    if (quoted)
+        Mc3dsTakeCharacter(file);
+    for (;;) {
+        int character = Mc3dsPeekCharacter(file);
+        if (character == Mc3dsEndOfText || (!quoted && Mc3dsIsSpace(character)))
+            break; // the white space behind a bare word stays
+        Mc3dsTakeCharacter(file);
+        if (quoted && character == '"')
+            break;
+        if (quoted && character == '\\') {
+            character = Mc3dsTakeCharacter(file);
+            if (character == Mc3dsEndOfText)
+                break;
+        }
+        if (length < size - 1)
+            buffer[length++] = static_cast<char>(character);
+    }
+    buffer[length] = '\0';
+    return length > 0;
+}
+
+// A plain word, as scanf's "%250s" reads it. False at the end of the file.
+static bool ReadPlainWord(Mc3dsFile *file, char word[longestWord + 1])
+{
+    size_t length = 0;
+    while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
+        Mc3dsTakeCharacter(file);
+    while (length < longestWord && Mc3dsPeekCharacter(file) != Mc3dsEndOfText &&
+           !Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
+        word[length++] = static_cast<char>(Mc3dsTakeCharacter(file));
+    word[length] = '\0';
+    return length > 0;
+}
+
+// Behind the next line end, or as many bytes on as one read of a line takes.
+static void DropComment(Mc3dsFile *file)
+{
+    for (int i = 0; i < 255; ++i) {
+        const int character = Mc3dsTakeCharacter(file);
+        if (character == '\n' || character == Mc3dsEndOfText)
+            return;
+    }
+}
+
+// The next plain word that is no comment. False at the end of the file.
+static bool ReadWordBehindComments(Mc3dsFile *file, char word[longestWord + 1])
+{
+    while (ReadPlainWord(file, word)) {
+        if (word[0] != '#')
+            return true;
+        DropComment(file);
+    }
+    return false;
+}
+
+bool Mc3dsReadVueNumber(Mc3dsFile *file, double *number)
+{
+    char word[longestWord + 1];
+    while (ReadWordBehindComments(file, word))
+        if (Mc3dsParseReal(word, number))
+            return true;
+    return false;
+}
+
+// False when the scan is over.
+static bool ReadFrameRecord(Mc3dsFile *file, int32_t *frame)
+{
+    char word[longestWord + 1];
+    return ReadWordBehindComments(file, word) && Mc3dsParseInteger(word, frame);
+}
+
+// False when the scan is over.
+static bool ReadTransformRecord(Mc3dsFile *file, int32_t frame)
+{
+    char name[32];
+    Mc3dsTransform matrix;
+    if (!Mc3dsReadVueToken(file, name, sizeof name))
+        return false;
+    for (int i = 0; i < 12; ++i)
+        if (!Mc3dsReadVueNumber(file, &matrix.m[i / 3][i % 3]))
+            return false;
+    Mc3dsObject *object = Mc3dsFindObject(file, name);
+    if (!object) {
+        Mc3dsError(2, "unable to find object %s", name);
+    } else if (frame < 0 || static_cast<uint32_t>(frame) > file->frameCount) {
+        Mc3dsError(2, "Transform of object %s for frame %d, which the scene hasn't got, dropped", name,
+                   frame);
+    } else {
+        object->hasFrames = 1;
+        object->frames[frame] = matrix;
+    }
+    return true;
+}
+
+// False at the end of the file.
+static bool DropLine(Mc3dsFile *file)
+{
+    for (;;) {
+        const int character = Mc3dsTakeCharacter(file);
+        if (character == '\n')
+            return true;
+        if (character == Mc3dsEndOfText)
+            return false;
+    }
+}
+
+static void Scan(Mc3dsFile *file)
+{
+    int32_t frame = -1;
+    bool more = true;
+    while (more) {
+        char keyword[128];
+        Mc3dsReadVueToken(file, keyword, sizeof keyword);
+        Mc3dsLowerCase(keyword);
+        if (std::strcmp(keyword, "frame") == 0)
+            more = ReadFrameRecord(file, &frame);
+        else if (std::strcmp(keyword, "transform") == 0)
+            more = ReadTransformRecord(file, frame);
+        else
+            more = DropLine(file);
+    }
+}
+
+static uint64_t StreamSize(FILE *stream)
+{
+    if (fseeko(stream, 0, SEEK_END) != 0)
+        return 0;
+    const off_t size = ftello(stream);
+    // A folder opens too, and on some systems has the size 2^63 - 1.
+    const bool usable = size >= 0 && size < 0xFFFFFFFF;
+    return fseeko(stream, 0, SEEK_SET) == 0 && usable ? static_cast<uint64_t>(size) : 0;
+}
+
+// Identities for all frames of all objects. False, with nothing allocated and its report, when there is no
+// memory or the scene asks for more than it should.
+static bool AllocateFrames(Mc3dsFile *file)
+{
+    const uint64_t count = uint64_t{file->frameCount} + 1;
+    bool fits = file->objectCount * count <= mostFrames + StreamSize(file->stream);
+    for (uint32_t i = 0; i < file->objectCount && fits; ++i) {
+        Mc3dsObject &object = file->objects[i];
+        object.frames = static_cast<Mc3dsTransform *>(std::malloc(count * sizeof(Mc3dsTransform)));
+        fits = object.frames != nullptr;
+        for (uint64_t frame = 0; frame < count && fits; ++frame)
+            Mc3dsTransformIdentity(&object.frames[frame]);
+    }
+    if (fits)
+        return true;
+    Mc3dsError(0, "Out of memory allocating frames");
+    for (uint32_t i = 0; i < file->objectCount; ++i) {
+        std::free(file->objects[i].frames);
+        file->objects[i].frames = nullptr;
+    }
+    return false;
+}
+
+uint32_t Mc3dsReadVue(Mc3dsFile *file)
+{
+    char name[sizeof file->fileName];
+    std::memcpy(name, file->fileName, sizeof name);
+    const size_t length = std::strlen(name);
+    if (length < 3 || file->fileNameIsCut)
+        return 0;
+    std::memcpy(name + length - 3, "vue", 3);
+    file->stream = std::fopen(name, "r");
+    if (!file->stream)
+        return 0;
+    Mc3dsMessage(0, "\nReading File <%s>", name);
+    const bool hasFrames = AllocateFrames(file);
+    if (hasFrames) {
+        Mc3dsOpenTextStream(file);
+        Scan(file);
+    }
+    Mc3dsCloseStream(file);
+    return hasFrames ? 1 : 0;
+}
+
+void Mc3dsApplyFramePivot(Mc3dsObject *object, uint32_t frame)
+{
+    Mc3dsTransform shift, moved;
+    Mc3dsTransformTranslation(object->pivot, &shift);
+    Mc3dsTransformMultiply(&shift, &object->frames[frame], &moved);
+    object->frames[frame] = moved;
+}

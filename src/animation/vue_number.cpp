@@ -1,0 +1,95 @@
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "animation.h"
+
+static bool IsDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+static bool IsHexDigit(char character)
+{
+    const char lower = static_cast<char>(character | 0x20);
+    return IsDigit(character) || (lower >= 'a' && lower <= 'f');
+}
+
+// Takes a sign; true for a minus.
+static bool TakeSign(const char **word)
+{
+    const bool negative = **word == '-';
+    if (negative || **word == '+')
+        ++*word;
+    return negative;
+}
+
+bool Mc3dsParseInteger(const char *word, int32_t *value)
+{
+    const bool negative = TakeSign(&word);
+    if (!IsDigit(*word))
+        return false;
+    const int64_t limit = int64_t{INT32_MAX} + (negative ? 1 : 0);
+    int64_t magnitude = 0;
+    for (; IsDigit(*word); ++word)
+        if (magnitude <= limit)
+            magnitude = magnitude * 10 + (*word - '0');
+    if (magnitude > limit)
+        magnitude = limit;
+    *value = static_cast<int32_t>(negative ? -magnitude : magnitude);
+    return true;
+}
+
+// For a text that no double holds, whether it is too large (and not too small): by the weight of its first
+// digit that isn't 0, in powers of the base, against the exponent.
+static bool IsHuge(const char *text, const char *end, bool hexadecimal)
+{
+    int64_t weight = 0;
+    bool significant = false, behindPoint = false;
+    for (; text < end; ++text) {
+        const char lower = static_cast<char>(*text | 0x20);
+        if (*text == '.') {
+            behindPoint = true;
+            continue;
+        }
+        if (lower == (hexadecimal ? 'p' : 'e'))
+            break;
+        significant = significant || *text != '0';
+        if (significant && !behindPoint)
+            ++weight;
+        else if (!significant && behindPoint)
+            --weight;
+    }
+    int32_t exponent = 0;
+    if (text < end)
+        Mc3dsParseInteger(text + 1, &exponent);
+    return (hexadecimal ? weight * 4 : weight) + exponent > 0;
+}
+
+// An unsigned number in one of from_chars' forms, which leaves the value alone where it doesn't fit.
+static const char *ParseUnsigned(const char *text, bool hexadecimal, double *value)
+{
+    const auto format = hexadecimal ? std::chars_format::hex : std::chars_format::general;
+    const auto result = std::from_chars(text, text + std::strlen(text), *value, format);
+    if (result.ec == std::errc::invalid_argument)
+        return nullptr;
+    if (result.ec == std::errc::result_out_of_range)
+        *value = IsHuge(text, result.ptr, hexadecimal) ? std::numeric_limits<double>::infinity() : 0.0;
+    return result.ptr;
+}
+
+bool Mc3dsParseReal(const char *word, double *value)
+{
+    const bool negative = TakeSign(&word);
+    if (*word == '-' || *word == '+')
+        return false; // from_chars would take a second minus
+    double magnitude = 0.0;
+    const bool prefixed = word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
+    // "0x" without a digit behind it still begins with the number 0.
+    const bool hexDigits = prefixed && (IsHexDigit(word[2]) || (word[2] == '.' && IsHexDigit(word[3])));
+    if (!(hexDigits && ParseUnsigned(word + 2, true, &magnitude)) && !ParseUnsigned(word, false, &magnitude))
+        return false;
+    *value = negative ? -magnitude : magnitude;
+    return true;
+}

@@ -1,0 +1,25 @@
+// Mc3dsLoadFile and Mc3dsOutput stand where their work is done: reader/load.cpp and output/driver.cpp.
+
+#include <cstdlib>
+
+#include "frame.h"
+
+const char *Mc3dsGetVersion(void)
+{
+    return "3.0";
+}
+
+void Mc3dsUnloadFile(Mc3dsFile *file)
+{
+    if (!file)
+        return;
+    if (file->objectCount != 0) {
+        do
+            Mc3dsObjectFree(&file->objects[--file->objectCount]);
+        while (file->objectCount != 0);
+        std::free(file->objects);
+    }
+    if (file->materialCount != 0)
+        std::free(file->materials);
+    std::free(file);
+}

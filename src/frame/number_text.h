@@ -1,0 +1,25 @@
+// Numbers as text: the one place where they are printed, for outputs and reports alike.
+#ifndef MC3DS_FRAME_NUMBER_TEXT_H
+#define MC3DS_FRAME_NUMBER_TEXT_H
+
+#include <cstdint>
+
+// The longest text of each writer, without a terminator (none is written).
+constexpr int Mc3dsFixedTextMax = 320; // -DBL_MAX with six decimals is 317
+constexpr int Mc3dsIntegerTextMax = 11;
+
+// Each writes at out and returns the end of what it wrote.
+
+// As "%f" (precision 6) and "%.2f" (precision 2), precision being at most 6.
+char *Mc3dsPutFixed(char *out, double value, int precision);
+
+// As "%10.6f".
+char *Mc3dsPutFixedWide(char *out, double value);
+
+// As "%d".
+char *Mc3dsPutInteger(char *out, int32_t value);
+
+// As "%x".
+char *Mc3dsPutHexadecimal(char *out, uint32_t value);
+
+#endif

@@ -1,0 +1,64 @@
+#include <cstdlib>
+#include <cstring>
+
+#include "frame.h"
+
+void Mc3dsObjectInit(Mc3dsObject *object, const char *name)
+{
+    *object = {};
+    Mc3dsCopyText(object->name, sizeof object->name, name, "Object name");
+    std::memcpy(object->safeName, object->name, sizeof object->safeName);
+    for (size_t i = std::strlen(object->safeName); i-- > 0;)
+        if (Mc3dsIsSpace(static_cast<unsigned char>(object->safeName[i])))
+            object->safeName[i] = '_';
+    for (int i = 0; i < 5; ++i) {
+        object->boundsMin[i] = Mc3dsLargest;
+        object->boundsMax[i] = -Mc3dsLargest;
+    }
+    Mc3dsTransformIdentity(&object->meshMatrix);
+    object->nodeId = -1;
+    object->parentNode = 0xFFFF;
+}
+
+void Mc3dsObjectFree(Mc3dsObject *object)
+{
+    if (object->vertexCount != 0)
+        std::free(object->vertices);
+    if (object->faceCount != 0)
+        std::free(object->faces);
+    if (object->groupCount != 0) {
+        for (uint32_t i = 0; i < object->groupCount; ++i)
+            if (object->groups[i].count != 0)
+                std::free(object->groups[i].faces);
+        std::free(object->groups);
+    }
+    if (object->rotationKeyCount != 0)
+        std::free(object->rotationKeys);
+    if (object->scaleKeyCount != 0)
+        std::free(object->scaleKeys);
+    if (object->positionKeyCount != 0)
+        std::free(object->positionKeys);
+    if (object->frames)
+        std::free(object->frames);
+}
+
+bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
+{
+    void *objects = std::realloc(file->objectCount != 0 ? file->objects : nullptr,
+                                 (size_t{file->objectCount} + 1) * sizeof *object);
+    if (!objects) {
+        Mc3dsError(0, "malloc failed allocating global object");
+        return false;
+    }
+    file->objects = static_cast<Mc3dsObject *>(objects);
+    file->objects[file->objectCount++] = *object;
+    return true;
+}
+
+Mc3dsObject *Mc3dsFindObject(const Mc3dsFile *file, const char *name)
+{
+    for (uint32_t i = 0; i < file->objectCount; ++i)
+        if (std::strcmp(file->objects[i].name, name) == 0)
+            return &file->objects[i];
+    return nullptr;
+}

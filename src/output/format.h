@@ -1,0 +1,93 @@
+// Texts with printf conversions, taken apart when the library is compiled: a line of output costs its numbers
+// and a few copies, and an argument that doesn't fit its conversion doesn't compile.
+#ifndef MC3DS_OUTPUT_FORMAT_H
+#define MC3DS_OUTPUT_FORMAT_H
+
+#include <cstring>
+#include <type_traits>
+
+#include "../frame/number_text.h"
+#include "output.h"
+
+template <size_t size>
+struct Mc3dsFormat {
+    char text[size] = {};
+    consteval Mc3dsFormat(const char (&literal)[size])
+    {
+        for (size_t i = 0; i < size; ++i)
+            text[i] = literal[i];
+    }
+};
+
+// The length of the literal text from a position to the next conversion or the end.
+constexpr size_t Mc3dsLiteralLength(const char *text, size_t from)
+{
+    size_t length = 0;
+    while (text[from + length] != '\0' && text[from + length] != '%')
+        ++length;
+    return length;
+}
+
+constexpr bool Mc3dsHasConversion(const char *text, size_t from, const char *conversion)
+{
+    while (*conversion != '\0' && text[from] == *conversion) {
+        ++from;
+        ++conversion;
+    }
+    return *conversion == '\0';
+}
+
+// Room in the writer's buffer for a text of numbers and literals of that length at most.
+inline char *Mc3dsReserveText(Mc3dsWriter *writer, size_t length)
+{
+    if (sizeof writer->text - writer->textLength < length)
+        Mc3dsFlushText(writer);
+    return writer->text + writer->textLength;
+}
+
+template <Mc3dsFormat format, size_t from>
+inline char *Mc3dsPutFormat(Mc3dsWriter *, char *out)
+{
+    constexpr size_t length = Mc3dsLiteralLength(format.text, from);
+    static_assert(format.text[from + length] == '\0', "a conversion without an argument");
+    std::memcpy(out, format.text + from, length);
+    return out + length;
+}
+
+template <Mc3dsFormat format, size_t from, class First, class... Rest>
+inline char *Mc3dsPutFormat(Mc3dsWriter *writer, char *out, First first, Rest... rest)
+{
+    constexpr size_t length = Mc3dsLiteralLength(format.text, from);
+    constexpr size_t at = from + length;
+    std::memcpy(out, format.text + from, length);
+    out += length;
+    if constexpr (Mc3dsHasConversion(format.text, at, "%d")) {
+        static_assert(std::is_same_v<First, int32_t>);
+        return Mc3dsPutFormat<format, at + 2>(writer, Mc3dsPutInteger(out, first), rest...);
+    } else if constexpr (Mc3dsHasConversion(format.text, at, "%f")) {
+        static_assert(std::is_floating_point_v<First>);
+        return Mc3dsPutFormat<format, at + 2>(writer, Mc3dsPutFixed(out, first, 6), rest...);
+    } else if constexpr (Mc3dsHasConversion(format.text, at, "%10.6f")) {
+        static_assert(std::is_floating_point_v<First>);
+        return Mc3dsPutFormat<format, at + 6>(writer, Mc3dsPutFixedWide(out, first), rest...);
+    } else {
+        static_assert(Mc3dsHasConversion(format.text, at, "%s") && std::is_same_v<First, const char *>);
+        // A text of the host's has no limit, so that it takes the long way round.
+        writer->textLength = static_cast<size_t>(out - writer->text);
+        Mc3dsWriteText(writer, first, std::strlen(first));
+        return Mc3dsPutFormat<format, at + 2>(
+            writer, Mc3dsReserveText(writer, sizeof format.text + sizeof...(rest) * Mc3dsFixedTextMax),
+            rest...);
+    }
+}
+
+// Prints into the writer's text, as fprintf does in the "C" locale.
+template <Mc3dsFormat format, class... Arguments>
+inline void Mc3dsPrint(Mc3dsWriter *writer, Arguments... arguments)
+{
+    char *out = Mc3dsReserveText(writer, sizeof format.text + sizeof...(arguments) * Mc3dsFixedTextMax);
+    out = Mc3dsPutFormat<format, 0>(writer, out, arguments...);
+    writer->textLength = static_cast<size_t>(out - writer->text);
+}
+
+#endif

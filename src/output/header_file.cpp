@@ -1,0 +1,9 @@
+#include "output.h"
+
+// The tags are those of the clumps in the object tree; the list goes by objects, not by the hierarchy.
+void Mc3dsWriteHeader(const Mc3dsFile *file, Mc3dsWriter *writer)
+{
+    Mc3dsWriteHeaderTop(writer, file->fileName);
+    for (uint32_t i = 0; i < file->objectCount; ++i)
+        Mc3dsWriteHeaderTag(writer, file->objects[i].safeName, Mc3dsObjectTag(i));
+}

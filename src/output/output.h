@@ -1,0 +1,177 @@
+// From options and scene to statements in one of three targets: script, C source, or the library's calls.
+#ifndef MC3DS_OUTPUT_OUTPUT_H
+#define MC3DS_OUTPUT_OUTPUT_H
+
+#include "../frame/frame.h"
+
+struct McClump;
+
+// The children of one node number lie between these indices of objects.
+struct Mc3dsChildRange {
+    uint32_t first, last;
+};
+
+// The hierarchy as an output walks it: parent numbers side by side and, for each node number, the stretch of
+// them that its children lie in. Null where there was no memory: the records themselves are scanned then.
+struct Mc3dsHierarchy {
+    uint16_t *parents;       // owned; parentNode of every object
+    Mc3dsChildRange *ranges; // owned; by node number, first above last for a node without children
+};
+
+// One level of the object tree that a walk is in. The levels live on the heap: a hierarchy may be as deep as
+// it has objects.
+struct Mc3dsLevel {
+    uint32_t index;         // the object of this level
+    uint32_t nextChild;     // where the scan for its next child starts
+    Mc3dsTransform inverse; // of its world transform: what its children stand against
+};
+
+struct Mc3dsLevels {
+    Mc3dsLevel *levels; // owned
+    size_t count, capacity;
+};
+
+// The state of one call of Mc3dsOutput.
+struct Mc3dsWriter {
+    FILE *stream;          // the text file being written; unused in a direct build
+    int32_t indent;        // nesting level of the statements
+    int32_t blankLineDone; // 1 when the last thing written was the blank separator line
+    float scale;           // file units to target units
+    float centre[3];       // shift in file co-ordinates, unscaled
+    Mc3dsOptions *options; // the host's own record
+    McClump *clump;        // direct build: the clump that ended last
+    bool clumpEnded;       // a ClumpEnd went into the document
+    bool levelsFailed;     // a walk had no memory for a level, which was reported
+    Mc3dsHierarchy hierarchy;
+    size_t textLength; // bytes in text that stream hasn't got yet
+    char text[65536];
+};
+
+// A text of the options; null counts as empty.
+inline const char *Mc3dsOptionText(const char *text)
+{
+    return text ? text : "";
+}
+
+// The tag of an object's clump. 1 is the clump around the scene.
+inline int32_t Mc3dsObjectTag(uint32_t index)
+{
+    return static_cast<int32_t>(index + 2);
+}
+
+// ---- driver.cpp holds Mc3dsOutput
+
+void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer);
+
+// The world transform of one object: out = pre x (key x centre) x post.
+void Mc3dsTransformFrame(const Mc3dsTransform *key, Mc3dsTransform *out, const Mc3dsWriter *writer,
+                         const Mc3dsTransform *post, const Mc3dsTransform *pre);
+
+// ---- text_file.cpp: one text file of an output
+
+// Sends "Writing File <%s>" and opens the file into the writer's stream. False, with its report, if it can't
+// be opened.
+bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path);
+void Mc3dsFlushText(Mc3dsWriter *writer);
+void Mc3dsCloseText(Mc3dsWriter *writer);
+void Mc3dsWriteText(Mc3dsWriter *writer, const char *text, size_t length);
+
+// ---- hierarchy.cpp
+
+void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy);
+void Mc3dsCloseHierarchy(Mc3dsHierarchy *hierarchy);
+
+// The level of the innermost object that the walk is in; null when it is over. levels is freed by then.
+Mc3dsLevel *Mc3dsInnermostLevel(Mc3dsLevels *levels);
+
+// Makes an object with children the innermost level. False for one without, and, with one report for each
+// output, when there is no memory: the children are left out then.
+bool Mc3dsEnterLevel(const Mc3dsFile *file, Mc3dsWriter *writer, Mc3dsLevels *levels, uint32_t index,
+                     const Mc3dsTransform *inverse);
+void Mc3dsLeaveLevel(Mc3dsLevels *levels);
+
+// Takes the next child of the level's object, in the order of objects. False when there is none left.
+bool Mc3dsTakeChild(const Mc3dsFile *file, const Mc3dsWriter *writer, Mc3dsLevel *level, uint32_t *child);
+
+// ---- header_file.cpp
+
+void Mc3dsWriteHeader(const Mc3dsFile *file, Mc3dsWriter *writer);
+
+// ---- statements.cpp: every statement in its three forms
+
+void Mc3dsEmitLineStart(Mc3dsWriter *writer);
+void Mc3dsEmitSeparator(Mc3dsWriter *writer);
+void Mc3dsEmitComment(Mc3dsWriter *writer, const char *text);
+
+void Mc3dsEmitModelBegin(Mc3dsWriter *writer);
+void Mc3dsEmitModelEnd(Mc3dsWriter *writer);
+void Mc3dsEmitClumpBegin(Mc3dsWriter *writer);
+void Mc3dsEmitClumpEnd(Mc3dsWriter *writer);
+void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag);
+void Mc3dsEmitHints(Mc3dsWriter *writer);
+void Mc3dsEmitTransformBegin(Mc3dsWriter *writer);
+void Mc3dsEmitTransform(Mc3dsWriter *writer, const Mc3dsTransform *transform);
+void Mc3dsEmitTransformEnd(Mc3dsWriter *writer);
+void Mc3dsEmitProtoBegin(Mc3dsWriter *writer, const char *name);
+void Mc3dsEmitProtoEnd(Mc3dsWriter *writer);
+void Mc3dsEmitProtoInstance(Mc3dsWriter *writer, const char *name);
+void Mc3dsEmitVertex(Mc3dsWriter *writer, const float position[3]);
+void Mc3dsEmitVertexExt(Mc3dsWriter *writer, const float position[3], float u, float v);
+void Mc3dsEmitTriangleNumbers(Mc3dsWriter *writer, int32_t a, int32_t b, int32_t c);
+void Mc3dsEmitSurfaceCoefficients(Mc3dsWriter *writer, float ambient, float diffuse, float specular);
+void Mc3dsEmitColor(Mc3dsWriter *writer, const float colour[3]);
+void Mc3dsEmitOpacity(Mc3dsWriter *writer, float opacity);
+void Mc3dsEmitGeometrySampling(Mc3dsWriter *writer, bool wireframe);
+void Mc3dsEmitLightSampling(Mc3dsWriter *writer, bool facet);
+void Mc3dsEmitTextureModes(Mc3dsWriter *writer);
+void Mc3dsEmitTextureExt(Mc3dsWriter *writer, const char *name, const char *mask);
+void Mc3dsEmitTexture(Mc3dsWriter *writer, const char *name);
+void Mc3dsEmitTextureNull(Mc3dsWriter *writer);
+void Mc3dsEmitTextureNullNamed(Mc3dsWriter *writer, const char *name);
+void Mc3dsEmitTextureNullMasked(Mc3dsWriter *writer, const char *name, const char *mask);
+
+// The beginning of a clump up to its contents, and one level deeper.
+void Mc3dsEmitClumpHead(Mc3dsWriter *writer, int32_t tag);
+
+// The one matrix through which every Transform passes. False when the library has none to give.
+bool Mc3dsEmitMatrixCreation(Mc3dsWriter *writer);
+void Mc3dsEmitMatrixDestruction(Mc3dsWriter *writer);
+
+// The texts around the statements: the fourth banner line, the head and tail of the C function, the lines of
+// the header file and of the animation file.
+void Mc3dsEmitBannerOrigin(Mc3dsWriter *writer, const char *fileName);
+void Mc3dsEmitSourceHead(Mc3dsWriter *writer);
+void Mc3dsEmitSourceTail(Mc3dsWriter *writer);
+void Mc3dsWriteHeaderTop(Mc3dsWriter *writer, const char *fileName);
+void Mc3dsWriteHeaderTag(Mc3dsWriter *writer, const char *name, int32_t tag);
+void Mc3dsWriteFrameLine(Mc3dsWriter *writer, int32_t frame);
+void Mc3dsWriteFrameTransform(Mc3dsWriter *writer, int32_t number, const Mc3dsTransform *transform);
+
+// ---- surface.cpp
+
+void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material);
+
+// ---- geometry.cpp. vertexBase: vertices that already stand in the clump that these extend.
+
+void Mc3dsEmitGeometry(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsObject *object,
+                       const Mc3dsTransform *transform, int32_t vertexBase);
+void Mc3dsEmitTriangle(Mc3dsWriter *writer, const Mc3dsFace *face, int32_t vertexBase);
+
+// ---- tree.cpp. Returns vertexBase behind the object and all below it.
+
+int32_t Mc3dsEmitObject(const Mc3dsFile *file, Mc3dsWriter *writer, uint32_t index,
+                        const Mc3dsTransform *axes, const Mc3dsTransform *axesInverse,
+                        const Mc3dsTransform *parentInverse, int32_t vertexBase);
+
+// ---- scene_document.cpp
+
+void Mc3dsEmitScene(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsTransform *axes,
+                    const Mc3dsTransform *axesInverse);
+void Mc3dsEmitBanner(const Mc3dsFile *file, Mc3dsWriter *writer);
+
+// ---- object_document.cpp: MC3DS_PER_OBJECT
+
+void Mc3dsEmitObjectDocument(const Mc3dsFile *file, Mc3dsWriter *writer, const char *path,
+                             const Mc3dsObject *object, const Mc3dsTransform *axes, uint32_t index);
+
+#endif

@@ -1,0 +1,428 @@
+// Every statement in its three forms: the script's text, the C source text, and the call of the library. The
+// trailing blanks of some lines are part of the formats.
+
+#include <mclib.h>
+
+#include "format.h"
+#include "output.h"
+
+// The library's one matrix and one pair of texture co-ordinates of a direct build. The generated C source has
+// variables of the same names.
+static McMatrix4d *tmpmat;
+static McUV tmpuv;
+
+static bool IsDirect(const Mc3dsWriter *writer)
+{
+    return (writer->options->flags & MC3DS_DIRECT) != 0;
+}
+
+static bool IsSource(const Mc3dsWriter *writer)
+{
+    return (writer->options->flags & MC3DS_SOURCE) != 0;
+}
+
+// One line of C source at the writer's level.
+template <Mc3dsFormat source, class... Arguments>
+static void Source(Mc3dsWriter *writer, Arguments... arguments)
+{
+    Mc3dsEmitLineStart(writer);
+    Mc3dsPrint<source>(writer, arguments...);
+}
+
+// One line of a statement that has as many lines and the same values in both text targets.
+template <Mc3dsFormat script, Mc3dsFormat source, class... Arguments>
+static void Line(Mc3dsWriter *writer, Arguments... arguments)
+{
+    Mc3dsEmitLineStart(writer);
+    if (IsSource(writer))
+        Mc3dsPrint<source>(writer, arguments...);
+    else
+        Mc3dsPrint<script>(writer, arguments...);
+}
+
+void Mc3dsEmitLineStart(Mc3dsWriter *writer)
+{
+    if (IsDirect(writer))
+        return;
+    writer->blankLineDone = 0;
+    for (int32_t level = 0; level < writer->indent; ++level)
+        Mc3dsWriteText(writer, "  ", 2);
+}
+
+void Mc3dsEmitSeparator(Mc3dsWriter *writer)
+{
+    if (IsDirect(writer) || writer->blankLineDone)
+        return;
+    Mc3dsPrint<"\n">(writer);
+    writer->blankLineDone = 1;
+}
+
+void Mc3dsEmitComment(Mc3dsWriter *writer, const char *text)
+{
+    if (!IsDirect(writer))
+        Line<"# %s\n", "// %s\n">(writer, text);
+}
+
+// ---- Model, clumps, prototypes
+
+void Mc3dsEmitModelBegin(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McModelBegin() : Line<"ModelBegin\n", "McModelBegin();\n">(writer);
+}
+
+void Mc3dsEmitModelEnd(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McModelEnd() : Line<"ModelEnd\n", "McModelEnd();\n">(writer);
+}
+
+void Mc3dsEmitClumpBegin(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McClumpBegin() : Line<"ClumpBegin\n", "McClumpBegin();\n">(writer);
+}
+
+void Mc3dsEmitClumpEnd(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McClumpEnd(&writer->clump) : Line<"ClumpEnd\n", "McClumpEnd(&tmpclump);\n">(writer);
+    writer->clumpEnded = true;
+}
+
+void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag)
+{
+    IsDirect(writer) ? McSetTag(tag) : Line<"Tag %d\n", "McSetTag(%d);\n">(writer, tag);
+}
+
+void Mc3dsEmitHints(Mc3dsWriter *writer)
+{
+    const bool direct = IsDirect(writer);
+    switch (writer->options->hintFlags & (MC3DS_HINT_HS | MC3DS_HINT_EDITABLE)) {
+    case 0: direct ? McSetHints(0) : Line<"Hints NULL\n", "McSetHints(0L);\n">(writer); break;
+    case MC3DS_HINT_HS: direct ? McSetHints(mcHS) : Line<"Hints HS\n", "McSetHints(mcHS);\n">(writer); break;
+    case MC3DS_HINT_EDITABLE:
+        direct ? McSetHints(mcEDITABLE) : Line<"Hints EDITABLE\n", "McSetHints(mcEDITABLE);\n">(writer);
+        break;
+    default:
+        direct ? McSetHints(mcHS | mcEDITABLE)
+               : Line<"Hints HS EDITABLE\n", "McSetHints(mcHS|mcEDITABLE);\n">(writer);
+    }
+}
+
+void Mc3dsEmitProtoBegin(Mc3dsWriter *writer, const char *name)
+{
+    IsDirect(writer) ? McProtoBegin(name) : Line<"ProtoBegin %s\n", "McProtoBegin(\"%s\");\n">(writer, name);
+}
+
+void Mc3dsEmitProtoEnd(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McProtoEnd() : Line<"ProtoEnd\n", "McProtoEnd();\n">(writer);
+}
+
+void Mc3dsEmitProtoInstance(Mc3dsWriter *writer, const char *name)
+{
+    IsDirect(writer) ? McProtoInstance(name)
+                     : Line<"ProtoInstance %s\n", "McProtoInstance(\"%s\");\n">(writer, name);
+}
+
+void Mc3dsEmitClumpHead(Mc3dsWriter *writer, int32_t tag)
+{
+    Mc3dsEmitSeparator(writer);
+    Mc3dsEmitClumpBegin(writer);
+    ++writer->indent;
+    Mc3dsEmitHints(writer);
+    Mc3dsEmitTag(writer, tag);
+    Mc3dsEmitSeparator(writer);
+}
+
+// ---- Transforms. The library takes 4x4 matrices; the fourth column is (0, 0, 0, 1).
+
+void Mc3dsEmitTransformBegin(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McTransformBegin() : Line<"TransformBegin\n", "McTransformBegin();\n">(writer);
+}
+
+void Mc3dsEmitTransformEnd(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McTransformEnd() : Line<"TransformEnd\n", "McTransformEnd();\n">(writer);
+}
+
+static void TransformDirect(const Mc3dsTransform *transform)
+{
+    for (int r = 0; r < 4; ++r) {
+        for (int c = 0; c < 3; ++c)
+            McSetMatrixElement(tmpmat, r, c, static_cast<float>(transform->m[r][c]));
+        McSetMatrixElement(tmpmat, r, 3, r < 3 ? 0.0f : 1.0f);
+    }
+    McTransformCTM(tmpmat);
+}
+
+static void TransformSource(Mc3dsWriter *writer, const Mc3dsTransform *transform)
+{
+    for (int32_t r = 0; r < 4; ++r) {
+        for (int32_t c = 0; c < 3; ++c)
+            Source<"McSetMatrixElement(tmpmat, %d, %d, CREAL(%f));\n">(writer, r, c, transform->m[r][c]);
+        if (r < 3)
+            Source<"McSetMatrixElement(tmpmat, %d, 3, CREAL(0.0f));\n">(writer, r);
+        else
+            Source<"McSetMatrixElement(tmpmat, 3, 3, CREAL(1.0f));\n">(writer);
+    }
+    Source<"McTransformCTM(tmpmat);\n">(writer);
+}
+
+static void TransformScript(Mc3dsWriter *writer, const Mc3dsTransform *transform)
+{
+    const auto &m = transform->m;
+    Mc3dsEmitLineStart(writer);
+    Mc3dsPrint<"Transform %f %f %f 0.0 ">(writer, m[0][0], m[0][1], m[0][2]);
+    Mc3dsPrint<"%f %f %f 0.0 ">(writer, m[1][0], m[1][1], m[1][2]);
+    Mc3dsPrint<"%f %f %f 0.0 ">(writer, m[2][0], m[2][1], m[2][2]);
+    Mc3dsPrint<"%f %f %f 1.0\n">(writer, m[3][0], m[3][1], m[3][2]);
+}
+
+void Mc3dsEmitTransform(Mc3dsWriter *writer, const Mc3dsTransform *transform)
+{
+    if (IsDirect(writer))
+        TransformDirect(transform);
+    else if (IsSource(writer))
+        TransformSource(writer, transform);
+    else
+        TransformScript(writer, transform);
+}
+
+bool Mc3dsEmitMatrixCreation(Mc3dsWriter *writer)
+{
+    if (IsDirect(writer)) {
+        tmpmat = McCreateMatrix();
+        return tmpmat != nullptr;
+    }
+    if (IsSource(writer)) {
+        Source<"tmpmat = McCreateMatrix();\n">(writer);
+        Source<"if (!tmpmat) return(NULL);\n">(writer);
+    }
+    return true;
+}
+
+void Mc3dsEmitMatrixDestruction(Mc3dsWriter *writer)
+{
+    if (IsDirect(writer))
+        McDestroyMatrix(tmpmat);
+    else if (IsSource(writer))
+        Source<"McDestroyMatrix(tmpmat);\n">(writer);
+}
+
+// ---- Geometry
+
+void Mc3dsEmitVertex(Mc3dsWriter *writer, const float p[3])
+{
+    if (IsDirect(writer))
+        McVertex(p[0], p[1], p[2]);
+    else
+        Line<"Vertex %10.6f %10.6f %10.6f\n", "McVertex(CREAL(%10.6f), CREAL(%10.6f), CREAL(%10.6f));\n">(
+            writer, p[0], p[1], p[2]);
+}
+
+void Mc3dsEmitVertexExt(Mc3dsWriter *writer, const float p[3], float u, float v)
+{
+    if (IsDirect(writer)) {
+        tmpuv.u = u;
+        tmpuv.v = v;
+        McVertexExt(p[0], p[1], p[2], &tmpuv, nullptr);
+    } else if (IsSource(writer)) {
+        Source<"tmpuv.u = CREAL(%f);\n">(writer, u);
+        Source<"tmpuv.v = CREAL(%f);\n">(writer, v);
+        Source<"McVertexExt(CREAL(%10.6f), CREAL(%10.6f), CREAL(%10.6f), &tmpuv, NULL);\n">(writer, p[0],
+                                                                                            p[1], p[2]);
+    } else {
+        Mc3dsEmitLineStart(writer);
+        Mc3dsPrint<"VertexExt %10.6f %10.6f %10.6f UV %f %f\n">(writer, p[0], p[1], p[2], u, v);
+    }
+}
+
+void Mc3dsEmitTriangleNumbers(Mc3dsWriter *writer, int32_t a, int32_t b, int32_t c)
+{
+    IsDirect(writer) ? McTriangle(a, b, c)
+                     : Line<"Triangle %d %d %d\n", "McTriangle(%d, %d, %d);\n">(writer, a, b, c);
+}
+
+// ---- Surfaces
+
+void Mc3dsEmitSurfaceCoefficients(Mc3dsWriter *writer, float ambient, float diffuse, float specular)
+{
+    if (IsDirect(writer))
+        McSetSurface(ambient, diffuse, specular);
+    else
+        Line<"Surface %f %f %f\n", "McSetSurface(CREAL(%f), CREAL(%f), CREAL(%f));\n">(writer, ambient,
+                                                                                       diffuse, specular);
+}
+
+void Mc3dsEmitColor(Mc3dsWriter *writer, const float c[3])
+{
+    if (IsDirect(writer))
+        McSetSurfaceColor(c[0], c[1], c[2]);
+    else
+        Line<"Color %f %f %f\n", "McSetSurfaceColor(CREAL(%f), CREAL(%f), CREAL(%f));\n">(writer, c[0], c[1],
+                                                                                          c[2]);
+}
+
+void Mc3dsEmitOpacity(Mc3dsWriter *writer, float opacity)
+{
+    IsDirect(writer) ? McSetSurfaceOpacity(opacity)
+                     : Line<"Opacity %f\n", "McSetSurfaceOpacity(CREAL(%f));\n">(writer, opacity);
+}
+
+void Mc3dsEmitGeometrySampling(Mc3dsWriter *writer, bool wireframe)
+{
+    if (IsDirect(writer))
+        McSetSurfaceGeometrySampling(wireframe ? mcWIREFRAME : mcSOLID);
+    else
+        Line<"GeometrySampling %s\n", "McSetSurfaceGeometrySampling(mc%s);\n">(writer, wireframe ? "WIREFRAME"
+                                                                                                 : "SOLID");
+}
+
+void Mc3dsEmitLightSampling(Mc3dsWriter *writer, bool facet)
+{
+    if (IsDirect(writer))
+        McSetSurfaceLightSampling(facet ? mcFACET : mcVERTEX);
+    else
+        Line<"LightSampling %s\n", "McSetSurfaceLightSampling(mc%s);\n">(writer, facet ? "FACET" : "VERTEX");
+}
+
+// The names stand in the order Lit, Filter, Foreshorten, which is that of neither the options' bits nor the
+// values.
+template <int modes, Mc3dsFormat script, Mc3dsFormat source>
+static void TextureModes(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McSetSurfaceTextureModes(modes) : Line<script, source>(writer);
+}
+
+void Mc3dsEmitTextureModes(Mc3dsWriter *writer)
+{
+    constexpr uint32_t lit = MC3DS_TEXTURE_LIT, filter = MC3DS_TEXTURE_FILTER,
+                       foreshorten = MC3DS_TEXTURE_FORESHORTEN;
+    switch (writer->options->surfaceFlags & (lit | filter | foreshorten)) {
+    case 0: TextureModes<0, "TextureModes Null\n", "McSetSurfaceTextureModes(0L);\n">(writer); break;
+    case lit: TextureModes<mcLIT, "TextureModes Lit\n", "McSetSurfaceTextureModes(mcLIT);\n">(writer); break;
+    case foreshorten:
+        TextureModes<mcFORESHORTEN, "TextureModes Foreshorten\n",
+                     "McSetSurfaceTextureModes(mcFORESHORTEN);\n">(writer);
+        break;
+    case lit | foreshorten:
+        TextureModes<mcLIT | mcFORESHORTEN, "TextureModes Lit Foreshorten\n",
+                     "McSetSurfaceTextureModes(mcLIT|mcFORESHORTEN);\n">(writer);
+        break;
+    case filter:
+        TextureModes<mcFILTER, "TextureModes Filter\n", "McSetSurfaceTextureModes(mcFILTER);\n">(writer);
+        break;
+    case lit | filter:
+        TextureModes<mcLIT | mcFILTER, "TextureModes Lit Filter\n",
+                     "McSetSurfaceTextureModes(mcLIT|mcFILTER);\n">(writer);
+        break;
+    case filter | foreshorten:
+        TextureModes<mcFILTER | mcFORESHORTEN, "TextureModes Filter Foreshorten\n",
+                     "McSetSurfaceTextureModes(mcFILTER|mcFORESHORTEN);\n">(writer);
+        break;
+    default:
+        TextureModes<mcLIT | mcFILTER | mcFORESHORTEN, "TextureModes Lit Filter Foreshorten\n",
+                     "McSetSurfaceTextureModes(mcLIT|mcFILTER|mcFORESHORTEN);\n">(writer);
+    }
+}
+
+void Mc3dsEmitTextureExt(Mc3dsWriter *writer, const char *name, const char *mask)
+{
+    if (IsDirect(writer))
+        McSetSurfaceTextureExt(name, mask);
+    else
+        Line<"TextureExt %s Mask %s\n", "McSetSurfaceTextureExt(\"%s\", \"%s\");\n">(writer, name, mask);
+}
+
+void Mc3dsEmitTexture(Mc3dsWriter *writer, const char *name)
+{
+    IsDirect(writer) ? McSetSurfaceTexture(name)
+                     : Line<"Texture %s\n", "McSetSurfaceTexture(\"%s\");\n">(writer, name);
+}
+
+void Mc3dsEmitTextureNull(Mc3dsWriter *writer)
+{
+    IsDirect(writer) ? McSetSurfaceTexture(nullptr)
+                     : Line<"Texture NULL\n", "McSetSurfaceTexture(NULL);\n">(writer);
+}
+
+void Mc3dsEmitTextureNullNamed(Mc3dsWriter *writer, const char *name)
+{
+    IsDirect(writer) ? McSetSurfaceTexture(nullptr)
+                     : Line<"Texture NULL # %s\n", "McSetSurfaceTexture(NULL);  // %s \n">(writer, name);
+}
+
+void Mc3dsEmitTextureNullMasked(Mc3dsWriter *writer, const char *name, const char *mask)
+{
+    if (IsDirect(writer))
+        McSetSurfaceTexture(nullptr);
+    else
+        Line<"Texture NULL # %s Mask %s \n", "McSetSurfaceTexture(NULL);  // %s Mask %s\n">(writer, name,
+                                                                                            mask);
+}
+
+// ---- Around the statements. Lines without a level leave blankLineDone alone.
+
+void Mc3dsEmitBannerOrigin(Mc3dsWriter *writer, const char *fileName)
+{
+    const char *outputFile = Mc3dsOptionText(writer->options->outputFile);
+    Line<"# <%s> Created from 3D Studio File <%s> by 3ds2mcx V%s\n",
+         "// <%s> Created from 3D Studio File <%s> by 3ds2mcx V%s\n">(writer, outputFile, fileName,
+                                                                      Mc3dsGetVersion());
+}
+
+void Mc3dsEmitSourceHead(Mc3dsWriter *writer)
+{
+    Source<"\n">(writer);
+    Mc3dsPrint<"#include <mclib.h>\n\nMcClump *McBuild%s(void)\n{\n">(
+        writer, Mc3dsOptionText(writer->options->clumpName));
+    ++writer->indent;
+    Source<"McClump *tmpclump;\n">(writer);
+    Source<"McMatrix4d *tmpmat;\n">(writer);
+    Source<"McUV tmpuv;\n">(writer);
+    Mc3dsPrint<"\n">(writer);
+    Mc3dsEmitMatrixCreation(writer);
+    Mc3dsPrint<"\n">(writer);
+}
+
+void Mc3dsEmitSourceTail(Mc3dsWriter *writer)
+{
+    Mc3dsEmitLineStart(writer); // this line has its indentation twice
+    Mc3dsEmitMatrixDestruction(writer);
+    if (writer->clumpEnded)
+        Source<"return(tmpclump);\n">(writer);
+    else
+        Source<"return(NULL);\n">(writer);
+    --writer->indent;
+    Mc3dsPrint<"}\n">(writer);
+}
+
+void Mc3dsWriteHeaderTop(Mc3dsWriter *writer, const char *fileName)
+{
+    const Mc3dsOptions *options = writer->options;
+    Mc3dsPrint<"////\n// Meshcaster(tm) script header file\n">(writer);
+    Mc3dsPrint<"// <%s> Created from 3D Studio File <%s> by 3ds2mcx V%s\n// \n">(
+        writer, Mc3dsOptionText(options->outputFile), fileName, Mc3dsGetVersion());
+    if (IsSource(writer))
+        Mc3dsPrint<"// Define ANSI function prototypes\nMcClump *McBuild%s(void);\n\n">(
+            writer, Mc3dsOptionText(options->clumpName));
+    Mc3dsPrint<"#define TAG_ROOT 1\n">(writer);
+}
+
+void Mc3dsWriteHeaderTag(Mc3dsWriter *writer, const char *name, int32_t tag)
+{
+    Mc3dsPrint<"#define TAG_%s %d\n">(writer, name, tag);
+}
+
+void Mc3dsWriteFrameLine(Mc3dsWriter *writer, int32_t frame)
+{
+    Mc3dsPrint<"Frame %d\n">(writer, frame);
+}
+
+void Mc3dsWriteFrameTransform(Mc3dsWriter *writer, int32_t number, const Mc3dsTransform *transform)
+{
+    const auto &m = transform->m;
+    Mc3dsPrint<"Transform %d %f %f %f">(writer, number, m[0][0], m[0][1], m[0][2]);
+    Mc3dsPrint<" %f %f %f">(writer, m[1][0], m[1][1], m[1][2]);
+    Mc3dsPrint<" %f %f %f">(writer, m[2][0], m[2][1], m[2][2]);
+    Mc3dsPrint<" %f %f %f\n">(writer, m[3][0], m[3][1], m[3][2]);
+}

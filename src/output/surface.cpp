@@ -1,0 +1,91 @@
+#include <cstdlib>
+#include <cstring>
+
+#include "output.h"
+
+static float Reduce(const Mc3dsOptions *options, const float colour[3])
+{
+    const double red = options->redWeight, green = options->greenWeight, blue = options->blueWeight;
+    return static_cast<float>((colour[0] * red + colour[1] * green) + colour[2] * blue);
+}
+
+static void EmitCoefficients(Mc3dsWriter *writer, const Mc3dsMaterial *material)
+{
+    constexpr float ambientFloor = 0.1f; // shadows never go wholly black; the other two have no floor
+    float ambient = Reduce(writer->options, material->ambient);
+    if (ambient < ambientFloor)
+        ambient = ambientFloor;
+    Mc3dsEmitSurfaceCoefficients(writer, ambient, Reduce(writer->options, material->diffuse),
+                                 Reduce(writer->options, material->specular));
+}
+
+static float Opacity(const Mc3dsOptions *options, const Mc3dsMaterial *material)
+{
+    if ((options->flags & MC3DS_OPACITY) && material->transparency > 0.0f)
+        return options->opacity;
+    return static_cast<float>(1.0 - static_cast<double>(material->transparency));
+}
+
+// A map's name as outputs have it, owned by the caller; null when there is no memory. Only a point in the
+// last component of the path counts, and only a backslash parts components: the names come from DOS.
+static char *TreatName(const Mc3dsOptions *options, const char field[16])
+{
+    const bool replace = (options->surfaceFlags & MC3DS_TEXTURE_EXTENSION) != 0;
+    const char *extension = replace ? Mc3dsOptionText(options->textureExtension) : "";
+    size_t length = std::strlen(field);
+    if (replace)
+        for (size_t i = length; i > 0 && field[i - 1] != '\\'; --i)
+            if (field[i - 1] == '.') {
+                length = i - 1;
+                break;
+            }
+    const size_t extensionLength = std::strlen(extension);
+    auto *name = static_cast<char *>(std::malloc(length + 1 + extensionLength + 1));
+    if (!name)
+        return nullptr;
+    std::memcpy(name, field, length);
+    if (extensionLength != 0)
+        name[length++] = '.';
+    std::memcpy(name + length, extension, extensionLength + 1);
+    return name;
+}
+
+static void EmitNamedTexture(Mc3dsWriter *writer, const char *name, const char *mask)
+{
+    const bool keep = (writer->options->surfaceFlags & MC3DS_TEXTURES) != 0;
+    Mc3dsEmitTextureModes(writer);
+    if (mask)
+        keep ? Mc3dsEmitTextureExt(writer, name, mask) : Mc3dsEmitTextureNullMasked(writer, name, mask);
+    else
+        keep ? Mc3dsEmitTexture(writer, name) : Mc3dsEmitTextureNullNamed(writer, name);
+}
+
+// A reflection map stands in where there is no texture map. A mask goes with a texture map alone.
+static void EmitTextures(Mc3dsWriter *writer, const Mc3dsMaterial *material)
+{
+    const bool textured = material->textureMap[0] != '\0';
+    if (!textured && material->reflectionMap[0] == '\0') {
+        Mc3dsEmitTextureNull(writer);
+        return;
+    }
+    const bool masked = textured && material->opacityMap[0] != '\0';
+    char *name = TreatName(writer->options, textured ? material->textureMap : material->reflectionMap);
+    char *mask = masked ? TreatName(writer->options, material->opacityMap) : nullptr;
+    if (name && (mask || !masked))
+        EmitNamedTexture(writer, name, mask);
+    else
+        Mc3dsEmitTextureNull(writer);
+    std::free(mask);
+    std::free(name);
+}
+
+void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material)
+{
+    Mc3dsEmitSeparator(writer);
+    EmitCoefficients(writer, material);
+    Mc3dsEmitColor(writer, material->diffuse);
+    Mc3dsEmitOpacity(writer, Opacity(writer->options, material));
+    Mc3dsEmitGeometrySampling(writer, material->shading == 1);
+    Mc3dsEmitLightSampling(writer, material->shading <= 2);
+    EmitTextures(writer, material);
+}

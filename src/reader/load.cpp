@@ -1,0 +1,83 @@
+#include <cstdlib>
+#include <cstring>
+
+#include "../animation/animation.h"
+#include "chunks.h"
+#include "reader.h"
+
+static const Mc3dsMaterial defaultMaterial = {
+    "default", {0.0f, 1.0f, 0.0f}, {0.0f, 1.0f, 0.0f}, {0.0f, 1.0f, 0.0f}, 2, 0.0f, 0.0f, "", "", ""};
+
+// The scene with nothing in it but the default material, its stream open. Null, with its report, when there
+// is no file or no memory.
+static Mc3dsFile *OpenScene(const char *path)
+{
+    auto *file = static_cast<Mc3dsFile *>(std::calloc(1, sizeof(Mc3dsFile)));
+    if (!file)
+        return nullptr;
+    file->stream = std::fopen(path, "rb");
+    // A pipe opens, but the chunks of a file can't be walked without seeking.
+    if (!file->stream || !Mc3dsOpenStream(file)) {
+        Mc3dsError(1, "Unable to open file <%s>", path);
+        if (file->stream)
+            Mc3dsCloseStream(file);
+        Mc3dsUnloadFile(file);
+        return nullptr;
+    }
+    file->fileNameIsCut = std::strlen(path) >= sizeof file->fileName;
+    Mc3dsCopyText(file->fileName, sizeof file->fileName, path, "Path");
+    Mc3dsMessage(0, "\nReading File <%s>", path);
+    file->materials = static_cast<Mc3dsMaterial *>(std::malloc(sizeof(Mc3dsMaterial)));
+    if (!file->materials) {
+        Mc3dsError(0, "malloc failed allocating global material");
+        Mc3dsCloseStream(file);
+        Mc3dsUnloadFile(file);
+        return nullptr;
+    }
+    file->materials[0] = defaultMaterial;
+    file->materialCount = 1;
+    return file;
+}
+
+// False when the file is no 3D Studio file.
+static bool ReadRoot(Mc3dsFile *file)
+{
+    Mc3dsChunk root;
+    Mc3dsReadChunkHeader(file, &root);
+    switch (root.tag) {
+    case M3DMAGIC:
+        for (Mc3dsChunk child = {}; Mc3dsNextChunk(file, &root, &child);) {
+            if (child.tag == MDATA)
+                Mc3dsReadEditorChunks(file, &child);
+            else if (child.tag == KFDATA)
+                Mc3dsReadKeyframer(file, &child);
+        }
+        return true;
+    case MDATA: Mc3dsReadEditorChunks(file, &root); return true;
+    default: Mc3dsError(1, "File is not a 3DS file"); return false;
+    }
+}
+
+Mc3dsFile *Mc3dsLoadFile(const char *path)
+{
+    Mc3dsFile *file = path ? OpenScene(path) : nullptr;
+    if (!file)
+        return nullptr;
+    const bool is3ds = ReadRoot(file);
+    Mc3dsCloseStream(file);
+    if (!is3ds) {
+        Mc3dsUnloadFile(file);
+        return nullptr;
+    }
+    for (uint32_t i = 0; i < file->objectCount; ++i)
+        if (file->objects[i].parentNode == 0xFFFF)
+            ++file->rootCount;
+
+    if (file->frameCount == 0 || Mc3dsReadVue(file) == 0)
+        return file;
+    file->hasAnimation = 1;
+    for (uint32_t i = 0; i < file->objectCount; ++i)
+        for (uint64_t frame = 0; frame <= file->frameCount; ++frame)
+            Mc3dsApplyFramePivot(&file->objects[i], static_cast<uint32_t>(frame));
+    return file;
+}

@@ -1,0 +1,244 @@
+#include <cstdlib>
+#include <cstring>
+
+#include "chunks.h"
+#include "reader.h"
+
+// Memory for the entries of an array of the file, or null, with its report, when the file can't hold that
+// many or there is no memory.
+static void *AllocateArray(Mc3dsFile *file, size_t count, size_t sizeInFile, size_t sizeInScene,
+                           const char *outOfMemory)
+{
+    if (!Mc3dsMayRead(file, count * sizeInFile))
+        return nullptr;
+    void *array = std::malloc(count * sizeInScene);
+    if (!array)
+        Mc3dsError(0, "%s", outOfMemory);
+    return array;
+}
+
+static void GrowBounds(Mc3dsObject *object, int entry, float value)
+{
+    if (value > object->boundsMax[entry])
+        object->boundsMax[entry] = value;
+    if (value < object->boundsMin[entry])
+        object->boundsMin[entry] = value;
+}
+
+// A second POINT_ARRAY replaces the first; the bounds keep what they have seen.
+static void DropVertices(Mc3dsObject *object)
+{
+    if (object->vertexCount != 0)
+        std::free(object->vertices);
+    object->vertexCount = 0;
+    object->hasTexture = 0;
+}
+
+static void DropFaces(Mc3dsObject *object)
+{
+    for (uint32_t i = 0; i < object->groupCount; ++i)
+        std::free(object->groups[i].faces);
+    if (object->groupCount != 0)
+        std::free(object->groups);
+    object->groupCount = 0;
+    if (object->faceCount != 0)
+        std::free(object->faces);
+    object->faceCount = 0;
+}
+
+void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
+{
+    DropVertices(object);
+    const uint16_t count = Mc3dsReadU16(file);
+    Mc3dsMessage(2, "Reading %d vertices", count);
+    if (count == 0)
+        return;
+    void *array =
+        AllocateArray(file, count, 12, sizeof(Mc3dsVertex), "Out of memory allocating vertex array");
+    if (!array)
+        return;
+    object->vertices = static_cast<Mc3dsVertex *>(array);
+    object->vertexCount = count;
+    for (int32_t i = 0; i < object->vertexCount; ++i) {
+        float position[3];
+        Mc3dsReadFloats(file, position, 3);
+        for (int axis = 0; axis < 3; ++axis)
+            GrowBounds(object, axis, position[axis]);
+        object->vertices[i] = {position[0], position[1], position[2], 0.0f, 0.0f};
+    }
+}
+
+// A bit pattern at or below the float -8.507059e37, negative infinity and negative NaNs among them. Positive
+// ones, however large, are none.
+static bool IsWildTexture(float value)
+{
+    uint32_t pattern;
+    std::memcpy(&pattern, &value, sizeof pattern);
+    return pattern > 0xFE7FFFFF;
+}
+
+void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
+{
+    const uint16_t count = Mc3dsReadU16(file);
+    if (count != object->vertexCount) {
+        Mc3dsError(1, "No of Texture Vertices does not match actual vertices");
+        return;
+    }
+    Mc3dsMessage(2, "Reading %d texture vertices", count);
+    if (count == 0 || !Mc3dsMayRead(file, uint64_t{count} * 8))
+        return;
+    object->hasTexture = 1;
+    for (int32_t i = 0; i < object->vertexCount; ++i) {
+        float uv[2];
+        Mc3dsReadFloats(file, uv, 2);
+        if (IsWildTexture(uv[0]) || IsWildTexture(uv[1]))
+            uv[0] = uv[1] = 0.0f;
+        object->vertices[i].u = uv[0];
+        object->vertices[i].v = uv[1];
+        GrowBounds(object, 3, uv[0]);
+        GrowBounds(object, 4, uv[1]);
+    }
+    const float *low = object->boundsMin, *high = object->boundsMax;
+    Mc3dsMessage(2, "Minimum texture coordinate (%f, %f)", static_cast<double>(low[3]),
+                 static_cast<double>(low[4]));
+    Mc3dsMessage(2, "Maximum texture coordinate (%f, %f)", static_cast<double>(high[3]),
+                 static_cast<double>(high[4]));
+}
+
+// The default material is not among those compared: a group that names "default" gets index 0 as well.
+static int32_t FindMaterial(const Mc3dsFile *file, const char *name)
+{
+    for (int32_t i = 1; i < file->materialCount; ++i)
+        if (std::strcmp(file->materials[i].name, name) == 0)
+            return i;
+    return 0;
+}
+
+// Takes over the list, or frees it when there is no memory for the record.
+static void AddGroup(Mc3dsObject *object, Mc3dsMaterialGroup group)
+{
+    void *groups = std::realloc(object->groupCount != 0 ? object->groups : nullptr,
+                                (size_t{object->groupCount} + 1) * sizeof group);
+    if (!groups) {
+        Mc3dsError(0, "malloc failed allocating Material Group");
+        std::free(group.faces);
+        return;
+    }
+    object->groups = static_cast<Mc3dsMaterialGroup *>(groups);
+    object->groups[object->groupCount++] = group;
+}
+
+bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
+{
+    char name[20];
+    Mc3dsCopyText(name, sizeof name, Mc3dsReadString(file), "Material name");
+    const uint16_t count = Mc3dsReadU16(file);
+    if (count == 0)
+        return false;
+    void *array = AllocateArray(file, count, 2, sizeof(uint32_t), "malloc failed allocating Material Group");
+    if (!array)
+        return false;
+    Mc3dsMaterialGroup group = {FindMaterial(file, name), 0, static_cast<uint32_t *>(array)};
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint16_t face = Mc3dsReadU16(file);
+        if (face >= object->faceCount)
+            continue;
+        group.faces[group.count++] = face;
+        object->faces[face].material = group.material;
+    }
+    const bool dropped = group.count < count;
+    if (group.count == 0)
+        std::free(group.faces);
+    else
+        AddGroup(object, group);
+    return dropped;
+}
+
+// True when face numbers of a group had to be dropped.
+static bool ReadFaces(Mc3dsFile *file, const Mc3dsChunk *chunk, Mc3dsObject *object)
+{
+    DropFaces(object);
+    const uint16_t count = Mc3dsReadU16(file);
+    Mc3dsMessage(2, "Reading %d faces", count);
+    if (count == 0)
+        return false;
+    void *array = AllocateArray(file, count, 8, sizeof(Mc3dsFace), "Out of memory allocating faces");
+    if (!array)
+        return false;
+    object->faces = static_cast<Mc3dsFace *>(array);
+    object->faceCount = count;
+    for (int32_t i = 0; i < object->faceCount; ++i) {
+        uint16_t numbers[4]; // the fourth holds the edge flags
+        Mc3dsReadU16s(file, numbers, 4);
+        object->faces[i] = {numbers[0], numbers[1], numbers[2], 0};
+    }
+    bool dropped = false;
+    for (Mc3dsChunk child = {}; Mc3dsNextChunk(file, chunk, &child);)
+        if (child.tag == MSH_MAT_GROUP && Mc3dsReadMaterialGroup(file, object))
+            dropped = true;
+    return dropped;
+}
+
+static bool HasWildFace(const Mc3dsObject *object)
+{
+    const auto limit = static_cast<uint32_t>(object->vertexCount);
+    for (int32_t i = 0; i < object->faceCount; ++i) {
+        const Mc3dsFace &face = object->faces[i];
+        if (face.a >= limit || face.b >= limit || face.c >= limit)
+            return true;
+    }
+    return false;
+}
+
+// The file has a mesh's vertices in world space.
+static void MoveToObjectSpace(Mc3dsObject *object)
+{
+    Mc3dsTransform inverse;
+    if (Mc3dsTransformInvert(&object->meshMatrix, &inverse) == 0.0)
+        Mc3dsError(0, "Failed to invert matrix");
+    for (int32_t i = 0; i < object->vertexCount; ++i) {
+        Mc3dsVertex &vertex = object->vertices[i];
+        const float in[3] = {vertex.x, vertex.y, vertex.z};
+        float out[3];
+        Mc3dsTransformPoint(in, &inverse, out);
+        vertex.x = out[0];
+        vertex.y = out[1];
+        vertex.z = out[2];
+    }
+}
+
+static void ReadMeshMatrix(Mc3dsFile *file, Mc3dsTransform *matrix)
+{
+    float numbers[12];
+    Mc3dsReadFloats(file, numbers, 12);
+    for (int i = 0; i < 12; ++i)
+        matrix->m[i / 3][i % 3] = numbers[i];
+}
+
+bool Mc3dsReadMesh(Mc3dsFile *file, const Mc3dsChunk *chunk, const char *name)
+{
+    Mc3dsObject object;
+    Mc3dsObjectInit(&object, name);
+    bool facesDropped = false;
+    for (Mc3dsChunk child = {}; Mc3dsNextChunk(file, chunk, &child);) {
+        switch (child.tag) {
+        case POINT_ARRAY: Mc3dsReadVertices(file, &object); break;
+        case POINT_FLAG_ARRAY: break;
+        case FACE_ARRAY:
+            if (ReadFaces(file, &child, &object))
+                facesDropped = true;
+            break;
+        case TEX_VERTS: Mc3dsReadTextureVertices(file, &object); break;
+        case MESH_MATRIX: ReadMeshMatrix(file, &object.meshMatrix); break;
+        default: Mc3dsIgnoreChunk(child.tag);
+        }
+    }
+    if (facesDropped || HasWildFace(&object))
+        Mc3dsError(1, "Mesh <%s> has faces or face numbers outside its arrays, which outputs leave out",
+                   name);
+    MoveToObjectSpace(&object);
+    if (Mc3dsAddObject(file, &object))
+        return true;
+    Mc3dsObjectFree(&object);
+    return false;
+}

@@ -1,0 +1,88 @@
+// The 3D Studio file reader: primitives, the walk of chunks, and one reader for each section.
+#ifndef MC3DS_READER_READER_H
+#define MC3DS_READER_READER_H
+
+#include "../frame/frame.h"
+
+// A chunk being walked. Positions are bytes from the start of the file.
+struct Mc3dsChunk {
+    uint32_t start; // first byte of the header
+    uint32_t end;   // start + size, first byte behind the chunk; never wraps, 2^32 - 1 at most
+    uint32_t size;  // the length of the header, the 6 bytes of the header included
+    uint16_t tag;
+};
+
+// ---- stream.cpp: the primitives. They read from file->stream, one load at a time. At the end of the file
+// every byte reads as 0xFF.
+
+// Starts reading at the first byte of file->stream. False when the stream can't be seeked.
+bool Mc3dsOpenStream(Mc3dsFile *file);
+void Mc3dsCloseStream(Mc3dsFile *file);
+void Mc3dsSeek(Mc3dsFile *file, uint32_t position);
+uint64_t Mc3dsPosition(const Mc3dsFile *file);
+
+uint8_t Mc3dsReadByte(Mc3dsFile *file);
+uint16_t Mc3dsReadU16(Mc3dsFile *file);
+uint32_t Mc3dsReadU32(Mc3dsFile *file); // 0 and "File Error" when the stream is in error
+float Mc3dsReadFloat(Mc3dsFile *file);  // Mc3dsReadU32, taken as the bits of a float
+
+// count numbers one after another, exactly as so many calls of Mc3dsReadU16 or Mc3dsReadU32 would give.
+void Mc3dsReadU16s(Mc3dsFile *file, uint16_t *numbers, size_t count);
+void Mc3dsReadU32s(Mc3dsFile *file, uint32_t *numbers, size_t count);
+void Mc3dsReadFloats(Mc3dsFile *file, float *numbers, size_t count);
+
+// Up to 129 bytes or a NUL. The text stands in the shared name buffer until the next call.
+const char *Mc3dsReadString(Mc3dsFile *file);
+
+// False, with a report, when the load may not hand out that many bytes any more: the file's counts ask for
+// more than the file could hold many times over. From then on every walk ends.
+bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes);
+bool Mc3dsIsSpent(const Mc3dsFile *file);
+
+// ---- text_stream.cpp: the .vue file in file->stream, read once from front to back.
+
+constexpr int Mc3dsEndOfText = -1;
+void Mc3dsOpenTextStream(Mc3dsFile *file);
+int Mc3dsPeekCharacter(Mc3dsFile *file); // the next byte, which stays, or Mc3dsEndOfText
+int Mc3dsTakeCharacter(Mc3dsFile *file);
+
+// ---- walk.cpp
+
+void Mc3dsReadChunkHeader(Mc3dsFile *file, Mc3dsChunk *chunk);
+
+// Seeks behind child and reads the header of the next one; child starts zeroed. True: child lies within
+// parent and the stream stands at its data. False: the walk is over.
+bool Mc3dsNextChunk(Mc3dsFile *file, const Mc3dsChunk *parent, Mc3dsChunk *child);
+
+// What a reader says of a child that it doesn't know.
+void Mc3dsIgnoreChunk(uint16_t tag);
+
+// ---- load.cpp holds Mc3dsLoadFile; editor.cpp: MDATA and NAMED_OBJECT
+
+void Mc3dsReadEditorChunks(Mc3dsFile *file, const Mc3dsChunk *parent);
+
+// ---- mesh.cpp: N_TRI_OBJECT
+
+// True when the object was added.
+bool Mc3dsReadMesh(Mc3dsFile *file, const Mc3dsChunk *chunk, const char *name);
+void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object);
+void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object);
+
+// Faces that lay outside the object's faces are dropped from the group; true when there were some.
+bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object);
+
+// ---- material.cpp: MAT_ENTRY
+
+void Mc3dsReadMaterial(Mc3dsFile *file, const Mc3dsChunk *chunk);
+void Mc3dsMaterialInit(Mc3dsMaterial *material);
+void Mc3dsReadColour(Mc3dsFile *file, float colour[3]); // the first sub-chunk; untouched if it is no colour
+const char *Mc3dsReadMapName(Mc3dsFile *file, const Mc3dsChunk *chunk);
+void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material);
+
+// ---- keyframer.cpp: KFDATA; node.cpp: OBJECT_NODE_TAG
+
+void Mc3dsReadKeyframer(Mc3dsFile *file, const Mc3dsChunk *chunk);
+void Mc3dsReadObjectNode(Mc3dsFile *file, const Mc3dsChunk *chunk);
+void Mc3dsApplyPivot(Mc3dsObject *object);
+
+#endif
