@@ -71,6 +71,10 @@ struct Mc3dsObject {
     Mc3dsScaleKey *scaleKeys;
     Mc3dsTransform *frames; // frameCount + 1 entries from the .vue file, or null
     uint32_t hasFrames;     // 1 when a record of the .vue file named the object
+
+    uint32_t pivotsApplied;    // how many pivots moved the vertices as they came
+    float (*waitingPivots)[3]; // owned; those that wait for the end of the load, in their order
+    uint32_t waitingPivotCount, waitingPivotCapacity;
 };
 
 // A surface. Colours are red, green, blue from 0 to 1, as are shininess and transparency.
@@ -80,6 +84,19 @@ struct Mc3dsMaterial {
     int32_t shading; // 1 Wireframe, 2 Flat, 3 Gouraud, 4 Phong, 5 Metal
     float shininess, transparency;
     char textureMap[16], opacityMap[16], reflectionMap[16]; // file names; empty: none
+};
+
+// Side table for the look-up of names among the records of an array, each of which begins with its name. It
+// takes in new records when it is asked, and records that it has taken in may move but must not go.
+struct Mc3dsNameNode {
+    uint32_t hash;
+    uint32_t children[2];
+};
+
+struct Mc3dsNames {
+    Mc3dsNameNode *nodes; // owned; one for each record
+    uint32_t root;
+    uint32_t indexed, capacity;
 };
 
 // A whole scene. Owns all that its pointers reach.
@@ -96,6 +113,7 @@ struct Mc3dsFile {
     uint32_t nodeCounter;
     float ambient[3];
     uint32_t hasAnimation;
+    Mc3dsNames objectNames, materialNames; // live as long as the load
     uint32_t fileNameIsCut; // the path had more than 255 characters: what fileName holds names another file
 };
 
@@ -135,6 +153,12 @@ void Mc3dsObjectFree(Mc3dsObject *object);
 bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object);
 
 // The first object of that name, case counting; null if there is none.
-Mc3dsObject *Mc3dsFindObject(const Mc3dsFile *file, const char *name);
+Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name);
+
+// ---- names.cpp
+
+// The index of the first of count records of that size whose name it is; count if there is none.
+uint32_t Mc3dsFindName(Mc3dsNames *names, const void *records, size_t size, uint32_t count, const char *name);
+void Mc3dsFreeNames(Mc3dsNames *names);
 
 #endif

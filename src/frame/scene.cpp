@@ -40,6 +40,7 @@ void Mc3dsObjectFree(Mc3dsObject *object)
         std::free(object->positionKeys);
     if (object->frames)
         std::free(object->frames);
+    std::free(object->waitingPivots);
 }
 
 bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
@@ -55,10 +56,9 @@ bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
     return true;
 }
 
-Mc3dsObject *Mc3dsFindObject(const Mc3dsFile *file, const char *name)
+Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name)
 {
-    for (uint32_t i = 0; i < file->objectCount; ++i)
-        if (std::strcmp(file->objects[i].name, name) == 0)
-            return &file->objects[i];
-    return nullptr;
+    const uint32_t index =
+        Mc3dsFindName(&file->objectNames, file->objects, sizeof *file->objects, file->objectCount, name);
+    return index < file->objectCount ? &file->objects[index] : nullptr;
 }

@@ -69,15 +69,18 @@ Mc3dsFile *Mc3dsLoadFile(const char *path)
         Mc3dsUnloadFile(file);
         return nullptr;
     }
-    for (uint32_t i = 0; i < file->objectCount; ++i)
+    for (uint32_t i = 0; i < file->objectCount; ++i) {
+        Mc3dsApplyWaitingPivots(&file->objects[i]);
         if (file->objects[i].parentNode == 0xFFFF)
             ++file->rootCount;
-
-    if (file->frameCount == 0 || Mc3dsReadVue(file) == 0)
-        return file;
-    file->hasAnimation = 1;
-    for (uint32_t i = 0; i < file->objectCount; ++i)
-        for (uint64_t frame = 0; frame <= file->frameCount; ++frame)
-            Mc3dsApplyFramePivot(&file->objects[i], static_cast<uint32_t>(frame));
+    }
+    if (file->frameCount != 0 && Mc3dsReadVue(file) != 0) {
+        file->hasAnimation = 1;
+        for (uint32_t i = 0; i < file->objectCount; ++i)
+            for (uint64_t frame = 0; frame <= file->frameCount; ++frame)
+                Mc3dsApplyFramePivot(&file->objects[i], static_cast<uint32_t>(frame));
+    }
+    Mc3dsFreeNames(&file->objectNames);
+    Mc3dsFreeNames(&file->materialNames);
     return file;
 }

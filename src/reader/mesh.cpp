@@ -17,12 +17,20 @@ static void *AllocateArray(Mc3dsFile *file, size_t count, size_t sizeInFile, siz
     return array;
 }
 
-static void GrowBounds(Mc3dsObject *object, int entry, float value)
+// Entries of an array that are taken out of the file at once.
+constexpr int blockSize = 256;
+
+static int NextBlock(int done, int count)
 {
-    if (value > object->boundsMax[entry])
-        object->boundsMax[entry] = value;
-    if (value < object->boundsMin[entry])
-        object->boundsMin[entry] = value;
+    return count - done < blockSize ? count - done : blockSize;
+}
+
+static void GrowBounds(float value, float *low, float *high)
+{
+    if (value > *high)
+        *high = value;
+    if (value < *low)
+        *low = value;
 }
 
 // A second POINT_ARRAY replaces the first; the bounds keep what they have seen.
@@ -59,12 +67,17 @@ void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
         return;
     object->vertices = static_cast<Mc3dsVertex *>(array);
     object->vertexCount = count;
-    for (int32_t i = 0; i < object->vertexCount; ++i) {
-        float position[3];
-        Mc3dsReadFloats(file, position, 3);
+    float *low = object->boundsMin, *high = object->boundsMax;
+    for (int done = 0, block; done < count; done += block) {
+        float positions[3 * blockSize];
+        block = NextBlock(done, count);
+        Mc3dsReadFloats(file, positions, 3 * static_cast<size_t>(block));
+        Mc3dsVertex *vertices = object->vertices + done;
+        for (int i = 0; i < block; ++i)
+            vertices[i] = {positions[3 * i], positions[3 * i + 1], positions[3 * i + 2], 0.0f, 0.0f};
         for (int axis = 0; axis < 3; ++axis)
-            GrowBounds(object, axis, position[axis]);
-        object->vertices[i] = {position[0], position[1], position[2], 0.0f, 0.0f};
+            for (int i = axis; i < 3 * block; i += 3)
+                GrowBounds(positions[i], &low[axis], &high[axis]);
     }
 }
 
@@ -88,17 +101,21 @@ void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
     if (count == 0 || !Mc3dsMayRead(file, uint64_t{count} * 8))
         return;
     object->hasTexture = 1;
-    for (int32_t i = 0; i < object->vertexCount; ++i) {
-        float uv[2];
-        Mc3dsReadFloats(file, uv, 2);
-        if (IsWildTexture(uv[0]) || IsWildTexture(uv[1]))
-            uv[0] = uv[1] = 0.0f;
-        object->vertices[i].u = uv[0];
-        object->vertices[i].v = uv[1];
-        GrowBounds(object, 3, uv[0]);
-        GrowBounds(object, 4, uv[1]);
+    float *low = object->boundsMin, *high = object->boundsMax;
+    for (int done = 0, block; done < count; done += block) {
+        float uvs[2 * blockSize];
+        block = NextBlock(done, count);
+        Mc3dsReadFloats(file, uvs, 2 * static_cast<size_t>(block));
+        for (int i = 0; i < block; ++i) {
+            float u = uvs[2 * i], v = uvs[2 * i + 1];
+            if (IsWildTexture(u) || IsWildTexture(v))
+                u = v = 0.0f;
+            object->vertices[done + i].u = u;
+            object->vertices[done + i].v = v;
+            GrowBounds(u, &low[3], &high[3]);
+            GrowBounds(v, &low[4], &high[4]);
+        }
     }
-    const float *low = object->boundsMin, *high = object->boundsMax;
     Mc3dsMessage(2, "Minimum texture coordinate (%f, %f)", static_cast<double>(low[3]),
                  static_cast<double>(low[4]));
     Mc3dsMessage(2, "Maximum texture coordinate (%f, %f)", static_cast<double>(high[3]),
@@ -106,12 +123,12 @@ void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
 }
 
 // The default material is not among those compared: a group that names "default" gets index 0 as well.
-static int32_t FindMaterial(const Mc3dsFile *file, const char *name)
+static int32_t FindMaterial(Mc3dsFile *file, const char *name)
 {
-    for (int32_t i = 1; i < file->materialCount; ++i)
-        if (std::strcmp(file->materials[i].name, name) == 0)
-            return i;
-    return 0;
+    const auto count = static_cast<uint32_t>(file->materialCount) - 1;
+    const uint32_t index =
+        Mc3dsFindName(&file->materialNames, file->materials + 1, sizeof *file->materials, count, name);
+    return index < count ? static_cast<int32_t>(index + 1) : 0;
 }
 
 // Takes over the list, or frees it when there is no memory for the record.
@@ -139,12 +156,16 @@ bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
     if (!array)
         return false;
     Mc3dsMaterialGroup group = {FindMaterial(file, name), 0, static_cast<uint32_t *>(array)};
-    for (uint32_t i = 0; i < count; ++i) {
-        const uint16_t face = Mc3dsReadU16(file);
-        if (face >= object->faceCount)
-            continue;
-        group.faces[group.count++] = face;
-        object->faces[face].material = group.material;
+    for (int done = 0, block; done < count; done += block) {
+        uint16_t faces[blockSize];
+        block = NextBlock(done, count);
+        Mc3dsReadU16s(file, faces, static_cast<size_t>(block));
+        for (int i = 0; i < block; ++i) {
+            if (faces[i] >= object->faceCount)
+                continue;
+            group.faces[group.count++] = faces[i];
+            object->faces[faces[i]].material = group.material;
+        }
     }
     const bool dropped = group.count < count;
     if (group.count == 0)
@@ -167,10 +188,12 @@ static bool ReadFaces(Mc3dsFile *file, const Mc3dsChunk *chunk, Mc3dsObject *obj
         return false;
     object->faces = static_cast<Mc3dsFace *>(array);
     object->faceCount = count;
-    for (int32_t i = 0; i < object->faceCount; ++i) {
-        uint16_t numbers[4]; // the fourth holds the edge flags
-        Mc3dsReadU16s(file, numbers, 4);
-        object->faces[i] = {numbers[0], numbers[1], numbers[2], 0};
+    for (int done = 0, block; done < count; done += block) {
+        uint16_t numbers[4 * blockSize]; // the fourth of each face holds its edge flags
+        block = NextBlock(done, count);
+        Mc3dsReadU16s(file, numbers, 4 * static_cast<size_t>(block));
+        for (int i = 0; i < block; ++i)
+            object->faces[done + i] = {numbers[4 * i], numbers[4 * i + 1], numbers[4 * i + 2], 0};
     }
     bool dropped = false;
     for (Mc3dsChunk child = {}; Mc3dsNextChunk(file, chunk, &child);)

@@ -4,19 +4,6 @@
 #include "chunks.h"
 #include "reader.h"
 
-void Mc3dsApplyPivot(Mc3dsObject *object)
-{
-    Mc3dsTransform shift, moved;
-    Mc3dsTransformTranslation(object->pivot, &shift);
-    Mc3dsTransformMultiply(&shift, &object->meshMatrix, &moved);
-    object->meshMatrix = moved;
-    for (int32_t i = 0; i < object->vertexCount; ++i) {
-        object->vertices[i].x -= object->pivot[0];
-        object->vertices[i].y -= object->pivot[1];
-        object->vertices[i].z -= object->pivot[2];
-    }
-}
-
 static bool IsDummyName(const char name[12])
 {
     char lower[12];

@@ -83,6 +83,12 @@ void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material);
 
 void Mc3dsReadKeyframer(Mc3dsFile *file, const Mc3dsChunk *chunk);
 void Mc3dsReadObjectNode(Mc3dsFile *file, const Mc3dsChunk *chunk);
+
+// ---- pivot.cpp
+
+// Takes object->pivot into meshMatrix and out of the vertices, so that nothing moves in the scene. From the
+// ninth pivot of one object on, the vertices wait for Mc3dsApplyWaitingPivots.
 void Mc3dsApplyPivot(Mc3dsObject *object);
+void Mc3dsApplyWaitingPivots(Mc3dsObject *object);
 
 #endif

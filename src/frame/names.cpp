@@ -1,0 +1,87 @@
+// A binary tree over the records of an array, in which the path to a name follows the bits of its hash and
+// then, should whole hashes be alike, the bits of the name itself. So no choice of names makes it deeper than
+// 32 + 8 x 20 levels, and nothing ever needs to be balanced or moved.
+
+#include <cstdlib>
+#include <cstring>
+
+#include "frame.h"
+
+constexpr uint32_t none = UINT32_MAX;
+
+static uint32_t HashName(const char *name)
+{
+    uint32_t hash = 2166136261u;
+    for (; *name != '\0'; ++name)
+        hash = (hash ^ static_cast<unsigned char>(*name)) * 16777619u;
+    return hash ^ hash >> 15;
+}
+
+// Which way the path goes at a level. Names end in zeros, so that bits behind the end of both are never asked
+// for.
+static unsigned PathBit(const char *name, uint32_t hash, unsigned level)
+{
+    if (level < 32)
+        return hash >> level & 1;
+    level -= 32;
+    return static_cast<unsigned char>(name[level / 8]) >> level % 8 & 1;
+}
+
+// The link that holds the index of the first record of that name, or that an index of it would go into.
+static uint32_t *FindLink(Mc3dsNames *names, const char *records, size_t size, const char *name,
+                          uint32_t hash)
+{
+    uint32_t *link = &names->root;
+    for (unsigned level = 0; *link != none; ++level) {
+        Mc3dsNameNode &node = names->nodes[*link];
+        if (node.hash == hash && std::strcmp(records + *link * size, name) == 0)
+            break;
+        link = &node.children[PathBit(name, hash, level)];
+    }
+    return link;
+}
+
+// Takes in the records that are new since the last time. False when there is no memory.
+static bool Extend(Mc3dsNames *names, const char *records, size_t size, uint32_t count)
+{
+    if (names->indexed == 0)
+        names->root = none;
+    if (count > names->capacity) {
+        const size_t capacity = size_t{count} * 2;
+        void *nodes = std::realloc(names->nodes, capacity * sizeof(Mc3dsNameNode));
+        if (!nodes)
+            return false;
+        names->nodes = static_cast<Mc3dsNameNode *>(nodes);
+        names->capacity = static_cast<uint32_t>(capacity);
+    }
+    for (uint32_t &i = names->indexed; i < count; ++i) {
+        const char *name = records + i * size;
+        const uint32_t hash = HashName(name);
+        names->nodes[i] = {hash, {none, none}};
+        uint32_t *link = FindLink(names, records, size, name, hash);
+        if (*link == none)
+            *link = i;
+    }
+    return true;
+}
+
+uint32_t Mc3dsFindName(Mc3dsNames *names, const void *records, size_t size, uint32_t count, const char *name)
+{
+    const auto *first = static_cast<const char *>(records);
+    if (count == 0)
+        return 0;
+    if (Extend(names, first, size, count)) {
+        const uint32_t index = *FindLink(names, first, size, name, HashName(name));
+        return index != none ? index : count;
+    }
+    uint32_t index = 0;
+    while (index < count && std::strcmp(first + index * size, name) != 0)
+        ++index;
+    return index;
+}
+
+void Mc3dsFreeNames(Mc3dsNames *names)
+{
+    std::free(names->nodes);
+    *names = {};
+}

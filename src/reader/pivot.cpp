@@ -1,0 +1,75 @@
+#include <cstdlib>
+#include <cstring>
+
+#include "reader.h"
+
+// Pivots of one object whose vertices are moved at once. More than these come from no modeller, but a damaged
+// file may move the same mesh thousands of times; then they wait for the end of the load, when each vertex
+// takes them all in turn without leaving its register.
+constexpr uint32_t directPivots = 8;
+
+static void MoveVertices(Mc3dsObject *object, const float (*pivots)[3], uint32_t count)
+{
+    constexpr int blockSize = 16;
+    for (int32_t done = 0; done < object->vertexCount; done += blockSize) {
+        Mc3dsVertex *vertices = object->vertices + done;
+        const int block = object->vertexCount - done < blockSize ? object->vertexCount - done : blockSize;
+        float x[blockSize] = {}, y[blockSize] = {}, z[blockSize] = {};
+        for (int i = 0; i < block; ++i) {
+            x[i] = vertices[i].x;
+            y[i] = vertices[i].y;
+            z[i] = vertices[i].z;
+        }
+        for (uint32_t pivot = 0; pivot < count; ++pivot) {
+            const float px = pivots[pivot][0], py = pivots[pivot][1], pz = pivots[pivot][2];
+            for (int i = 0; i < blockSize; ++i) {
+                x[i] -= px;
+                y[i] -= py;
+                z[i] -= pz;
+            }
+        }
+        for (int i = 0; i < block; ++i) {
+            vertices[i].x = x[i];
+            vertices[i].y = y[i];
+            vertices[i].z = z[i];
+        }
+    }
+}
+
+// False when there is no memory.
+static bool Queue(Mc3dsObject *object)
+{
+    if (object->waitingPivotCount == object->waitingPivotCapacity) {
+        const size_t capacity = size_t{object->waitingPivotCapacity} * 2 + 16;
+        void *grown = std::realloc(object->waitingPivots, capacity * sizeof *object->waitingPivots);
+        if (!grown)
+            return false;
+        object->waitingPivots = static_cast<float(*)[3]>(grown);
+        object->waitingPivotCapacity = static_cast<uint32_t>(capacity);
+    }
+    std::memcpy(object->waitingPivots[object->waitingPivotCount++], object->pivot, sizeof object->pivot);
+    return true;
+}
+
+void Mc3dsApplyPivot(Mc3dsObject *object)
+{
+    Mc3dsTransform shift, moved;
+    Mc3dsTransformTranslation(object->pivot, &shift);
+    Mc3dsTransformMultiply(&shift, &object->meshMatrix, &moved);
+    object->meshMatrix = moved;
+    if (object->pivotsApplied < directPivots || !Queue(object)) {
+        Mc3dsApplyWaitingPivots(object);
+        MoveVertices(object, &object->pivot, 1);
+        ++object->pivotsApplied;
+    }
+}
+
+void Mc3dsApplyWaitingPivots(Mc3dsObject *object)
+{
+    if (object->waitingPivotCount == 0)
+        return;
+    MoveVertices(object, object->waitingPivots, object->waitingPivotCount);
+    std::free(object->waitingPivots);
+    object->waitingPivots = nullptr;
+    object->waitingPivotCount = object->waitingPivotCapacity = 0;
+}
