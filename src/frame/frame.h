@@ -113,6 +113,7 @@ struct Mc3dsFile {
     uint32_t nodeCounter;
     float ambient[3];
     uint32_t hasAnimation;
+    uint32_t objectCapacity;               // records that objects has room for
     Mc3dsNames objectNames, materialNames; // live as long as the load
     uint32_t fileNameIsCut; // the path had more than 255 characters: what fileName holds names another file
 };

@@ -45,13 +45,20 @@ void Mc3dsObjectFree(Mc3dsObject *object)
 
 bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
 {
-    void *objects = std::realloc(file->objectCount != 0 ? file->objects : nullptr,
-                                 (size_t{file->objectCount} + 1) * sizeof *object);
-    if (!objects) {
-        Mc3dsError(0, "malloc failed allocating global object");
-        return false;
+    if (file->objectCount == 0)
+        file->objectCapacity = 0; // the array is gone with the last of its objects
+    if (file->objectCount == file->objectCapacity) {
+        // Room ahead of need: pages that are not touched cost nothing, growing by one costs a system call.
+        const size_t capacity = size_t{file->objectCapacity} + file->objectCapacity / 2 + 1;
+        void *objects =
+            std::realloc(file->objectCount != 0 ? file->objects : nullptr, capacity * sizeof *object);
+        if (!objects) {
+            Mc3dsError(0, "malloc failed allocating global object");
+            return false;
+        }
+        file->objects = static_cast<Mc3dsObject *>(objects);
+        file->objectCapacity = static_cast<uint32_t>(capacity);
     }
-    file->objects = static_cast<Mc3dsObject *>(objects);
     file->objects[file->objectCount++] = *object;
     return true;
 }

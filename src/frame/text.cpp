@@ -54,7 +54,9 @@ size_t Mc3dsFormatTextV(char *buffer, size_t size, const char *format, va_list a
     while (*format != '\0') {
         char number[Mc3dsFixedTextMax];
         const char *piece = format;
-        size_t length = strcspn(format, "%");
+        size_t length = 0;
+        while (format[length] != '\0' && format[length] != '%')
+            ++length;
         format += length;
         if (length == 0) {
             int precision = -1;

@@ -16,13 +16,6 @@ void Mc3dsTransformTranslation(const float position[3], Mc3dsTransform *m)
         m->m[3][c] = position[c];
 }
 
-void Mc3dsTransformPoint(const float in[3], const Mc3dsTransform *m, float out[3])
-{
-    const double x = in[0], y = in[1], z = in[2];
-    for (int c = 0; c < 3; ++c)
-        out[c] = static_cast<float>(((x * m->m[0][c] + y * m->m[1][c]) + z * m->m[2][c]) + m->m[3][c]);
-}
-
 void Mc3dsTransformMultiply(const Mc3dsTransform *a, const Mc3dsTransform *b, Mc3dsTransform *out)
 {
     for (int r = 0; r < 4; ++r)

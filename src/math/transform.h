@@ -16,8 +16,14 @@ void Mc3dsTransformIdentity(Mc3dsTransform *m);
 // The translation by three 32-bit floats: a pivot, or the shift of an output.
 void Mc3dsTransformTranslation(const float position[3], Mc3dsTransform *m);
 
-// Sums and products are in 64 bits; each result is rounded to 32 bits once.
-void Mc3dsTransformPoint(const float in[3], const Mc3dsTransform *m, float out[3]);
+// Sums and products are in 64 bits; each result is rounded to 32 bits once. Every vertex comes here, on its
+// way in and on its way out.
+inline void Mc3dsTransformPoint(const float in[3], const Mc3dsTransform *m, float out[3])
+{
+    const double x = in[0], y = in[1], z = in[2];
+    for (int c = 0; c < 3; ++c)
+        out[c] = static_cast<float>(((x * m->m[0][c] + y * m->m[1][c]) + z * m->m[2][c]) + m->m[3][c]);
+}
 
 void Mc3dsTransformMultiply(const Mc3dsTransform *a, const Mc3dsTransform *b, Mc3dsTransform *out);
 

@@ -37,14 +37,6 @@ constexpr bool Mc3dsHasConversion(const char *text, size_t from, const char *con
     return *conversion == '\0';
 }
 
-// Room in the writer's buffer for a text of numbers and literals of that length at most.
-inline char *Mc3dsReserveText(Mc3dsWriter *writer, size_t length)
-{
-    if (sizeof writer->text - writer->textLength < length)
-        Mc3dsFlushText(writer);
-    return writer->text + writer->textLength;
-}
-
 template <Mc3dsFormat format, size_t from>
 inline char *Mc3dsPutFormat(Mc3dsWriter *, char *out)
 {
@@ -75,9 +67,7 @@ inline char *Mc3dsPutFormat(Mc3dsWriter *writer, char *out, First first, Rest...
         // A text of the host's has no limit, so that it takes the long way round.
         writer->textLength = static_cast<size_t>(out - writer->text);
         Mc3dsWriteText(writer, first, std::strlen(first));
-        return Mc3dsPutFormat<format, at + 2>(
-            writer, Mc3dsReserveText(writer, sizeof format.text + sizeof...(rest) * Mc3dsFixedTextMax),
-            rest...);
+        return Mc3dsPutFormat<format, at + 2>(writer, Mc3dsReserveText(writer), rest...);
     }
 }
 
@@ -85,8 +75,8 @@ inline char *Mc3dsPutFormat(Mc3dsWriter *writer, char *out, First first, Rest...
 template <Mc3dsFormat format, class... Arguments>
 inline void Mc3dsPrint(Mc3dsWriter *writer, Arguments... arguments)
 {
-    char *out = Mc3dsReserveText(writer, sizeof format.text + sizeof...(arguments) * Mc3dsFixedTextMax);
-    out = Mc3dsPutFormat<format, 0>(writer, out, arguments...);
+    static_assert(sizeof format.text + sizeof...(arguments) * Mc3dsFixedTextMax <= Mc3dsTextSlack);
+    char *out = Mc3dsPutFormat<format, 0>(writer, Mc3dsReserveText(writer), arguments...);
     writer->textLength = static_cast<size_t>(out - writer->text);
 }
 

@@ -31,6 +31,11 @@ struct Mc3dsLevels {
     size_t count, capacity;
 };
 
+// Text goes to the stream in blocks of this size. Behind a block there is room for what one line, or one
+// piece of a longer text, adds to it.
+constexpr size_t Mc3dsTextBlock = 65536;
+constexpr size_t Mc3dsTextSlack = 4096;
+
 // The state of one call of Mc3dsOutput.
 struct Mc3dsWriter {
     FILE *stream;          // the text file being written; unused in a direct build
@@ -44,7 +49,7 @@ struct Mc3dsWriter {
     bool levelsFailed;     // a walk had no memory for a level, which was reported
     Mc3dsHierarchy hierarchy;
     size_t textLength; // bytes in text that stream hasn't got yet
-    char text[65536];
+    char text[Mc3dsTextBlock + Mc3dsTextSlack];
 };
 
 // A text of the options; null counts as empty.
@@ -75,6 +80,15 @@ bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path);
 void Mc3dsFlushText(Mc3dsWriter *writer);
 void Mc3dsCloseText(Mc3dsWriter *writer);
 void Mc3dsWriteText(Mc3dsWriter *writer, const char *text, size_t length);
+void Mc3dsIndentText(Mc3dsWriter *writer);
+
+// Room for Mc3dsTextSlack bytes at the end of the writer's text.
+inline char *Mc3dsReserveText(Mc3dsWriter *writer)
+{
+    if (writer->textLength >= Mc3dsTextBlock)
+        Mc3dsFlushText(writer);
+    return writer->text + writer->textLength;
+}
 
 // ---- hierarchy.cpp
 

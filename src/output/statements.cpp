@@ -45,8 +45,7 @@ void Mc3dsEmitLineStart(Mc3dsWriter *writer)
     if (IsDirect(writer))
         return;
     writer->blankLineDone = 0;
-    for (int32_t level = 0; level < writer->indent; ++level)
-        Mc3dsWriteText(writer, "  ", 2);
+    Mc3dsIndentText(writer);
 }
 
 void Mc3dsEmitSeparator(Mc3dsWriter *writer)

@@ -19,13 +19,17 @@ bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path)
 // A write that fails goes unnoticed here: the host looks at the file.
 void Mc3dsFlushText(Mc3dsWriter *writer)
 {
-    std::fwrite(writer->text, 1, writer->textLength, writer->stream);
-    writer->textLength = 0;
+    // Whole blocks, so that every write but the last begins and ends with a page of the file.
+    const size_t length = writer->textLength < Mc3dsTextBlock ? writer->textLength : Mc3dsTextBlock;
+    std::fwrite(writer->text, 1, length, writer->stream);
+    writer->textLength -= length;
+    std::memmove(writer->text, writer->text + length, writer->textLength);
 }
 
 void Mc3dsCloseText(Mc3dsWriter *writer)
 {
-    Mc3dsFlushText(writer);
+    while (writer->textLength > 0)
+        Mc3dsFlushText(writer);
     std::fflush(writer->stream);
     std::fclose(writer->stream);
     writer->stream = nullptr;
@@ -34,13 +38,22 @@ void Mc3dsCloseText(Mc3dsWriter *writer)
 void Mc3dsWriteText(Mc3dsWriter *writer, const char *text, size_t length)
 {
     while (length > 0) {
-        if (writer->textLength == sizeof writer->text)
-            Mc3dsFlushText(writer);
-        const size_t room = sizeof writer->text - writer->textLength;
-        const size_t piece = length < room ? length : room;
-        std::memcpy(writer->text + writer->textLength, text, piece);
+        const size_t piece = length < Mc3dsTextSlack ? length : Mc3dsTextSlack;
+        std::memcpy(Mc3dsReserveText(writer), text, piece);
         writer->textLength += piece;
         text += piece;
+        length -= piece;
+    }
+}
+
+void Mc3dsIndentText(Mc3dsWriter *writer)
+{
+    // Two blanks a level; a hierarchy may be so deep that they don't fit at once.
+    size_t length = writer->indent > 0 ? 2 * static_cast<size_t>(writer->indent) : 0;
+    while (length > 0) {
+        const size_t piece = length < Mc3dsTextSlack ? length : Mc3dsTextSlack;
+        std::memset(Mc3dsReserveText(writer), ' ', piece);
+        writer->textLength += piece;
         length -= piece;
     }
 }

@@ -67,18 +67,23 @@ void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
         return;
     object->vertices = static_cast<Mc3dsVertex *>(array);
     object->vertexCount = count;
-    float *low = object->boundsMin, *high = object->boundsMax;
+    float low[3], high[3];
+    std::memcpy(low, object->boundsMin, sizeof low);
+    std::memcpy(high, object->boundsMax, sizeof high);
     for (int done = 0, block; done < count; done += block) {
         float positions[3 * blockSize];
         block = NextBlock(done, count);
         Mc3dsReadFloats(file, positions, 3 * static_cast<size_t>(block));
         Mc3dsVertex *vertices = object->vertices + done;
-        for (int i = 0; i < block; ++i)
-            vertices[i] = {positions[3 * i], positions[3 * i + 1], positions[3 * i + 2], 0.0f, 0.0f};
-        for (int axis = 0; axis < 3; ++axis)
-            for (int i = axis; i < 3 * block; i += 3)
-                GrowBounds(positions[i], &low[axis], &high[axis]);
+        for (int i = 0; i < block; ++i) {
+            const float *position = positions + 3 * i;
+            vertices[i] = {position[0], position[1], position[2], 0.0f, 0.0f};
+            for (int axis = 0; axis < 3; ++axis)
+                GrowBounds(position[axis], &low[axis], &high[axis]);
+        }
     }
+    std::memcpy(object->boundsMin, low, sizeof low);
+    std::memcpy(object->boundsMax, high, sizeof high);
 }
 
 // A bit pattern at or below the float -8.507059e37, negative infinity and negative NaNs among them. Positive
@@ -101,7 +106,9 @@ void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
     if (count == 0 || !Mc3dsMayRead(file, uint64_t{count} * 8))
         return;
     object->hasTexture = 1;
-    float *low = object->boundsMin, *high = object->boundsMax;
+    float low[2], high[2];
+    std::memcpy(low, object->boundsMin + 3, sizeof low);
+    std::memcpy(high, object->boundsMax + 3, sizeof high);
     for (int done = 0, block; done < count; done += block) {
         float uvs[2 * blockSize];
         block = NextBlock(done, count);
@@ -112,14 +119,16 @@ void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
                 u = v = 0.0f;
             object->vertices[done + i].u = u;
             object->vertices[done + i].v = v;
-            GrowBounds(u, &low[3], &high[3]);
-            GrowBounds(v, &low[4], &high[4]);
+            GrowBounds(u, &low[0], &high[0]);
+            GrowBounds(v, &low[1], &high[1]);
         }
     }
-    Mc3dsMessage(2, "Minimum texture coordinate (%f, %f)", static_cast<double>(low[3]),
-                 static_cast<double>(low[4]));
-    Mc3dsMessage(2, "Maximum texture coordinate (%f, %f)", static_cast<double>(high[3]),
-                 static_cast<double>(high[4]));
+    std::memcpy(object->boundsMin + 3, low, sizeof low);
+    std::memcpy(object->boundsMax + 3, high, sizeof high);
+    Mc3dsMessage(2, "Minimum texture coordinate (%f, %f)", static_cast<double>(low[0]),
+                 static_cast<double>(low[1]));
+    Mc3dsMessage(2, "Maximum texture coordinate (%f, %f)", static_cast<double>(high[0]),
+                 static_cast<double>(high[1]));
 }
 
 // The default material is not among those compared: a group that names "default" gets index 0 as well.

@@ -8,7 +8,16 @@
 // takes them all in turn without leaving its register.
 constexpr uint32_t directPivots = 8;
 
-static void MoveVertices(Mc3dsObject *object, const float (*pivots)[3], uint32_t count)
+static void MoveOnce(Mc3dsObject *object, const float pivot[3])
+{
+    for (int32_t i = 0; i < object->vertexCount; ++i) {
+        object->vertices[i].x -= pivot[0];
+        object->vertices[i].y -= pivot[1];
+        object->vertices[i].z -= pivot[2];
+    }
+}
+
+static void MoveOften(Mc3dsObject *object, const float (*pivots)[3], uint32_t count)
 {
     constexpr int blockSize = 16;
     for (int32_t done = 0; done < object->vertexCount; done += blockSize) {
@@ -59,7 +68,7 @@ void Mc3dsApplyPivot(Mc3dsObject *object)
     object->meshMatrix = moved;
     if (object->pivotsApplied < directPivots || !Queue(object)) {
         Mc3dsApplyWaitingPivots(object);
-        MoveVertices(object, &object->pivot, 1);
+        MoveOnce(object, object->pivot);
         ++object->pivotsApplied;
     }
 }
@@ -68,7 +77,7 @@ void Mc3dsApplyWaitingPivots(Mc3dsObject *object)
 {
     if (object->waitingPivotCount == 0)
         return;
-    MoveVertices(object, object->waitingPivots, object->waitingPivotCount);
+    MoveOften(object, object->waitingPivots, object->waitingPivotCount);
     std::free(object->waitingPivots);
     object->waitingPivots = nullptr;
     object->waitingPivotCount = object->waitingPivotCapacity = 0;

@@ -1,24 +1,33 @@
 // The bytes of the file go through a window that lies over a stretch of it. Seeks within the window, which
 // is to say nearly all, cost nothing; arrays are taken out of it in one piece.
 
+#include <bit>
 #include <cstring>
 
 #include "reader.h"
 
 static struct {
-    uint64_t start;    // file position of the window's first byte
-    size_t length;     // bytes of the file in the window
-    uint64_t next;     // file position of the next byte to be handed out; may lie anywhere
-    uint64_t streamAt; // where the stream itself stands
-    uint64_t end;      // where the file was found to end
-    uint64_t budget;   // bytes that the load may still hand out, those behind the end of the file included
-    bool broken;       // the stream's error indicator: nothing can be read but what the window holds
-    bool failed;       // the same as it shows to the readers: a byte was asked for and could not be had
-    bool spent;        // the budget was exceeded
+    const uint8_t *next;   // the next byte to be handed out
+    const uint8_t *last;   // behind the last byte of the window
+    uint64_t lastPosition; // the file position of last
+    uint64_t start;        // the file position of the window's first byte
+    uint64_t streamAt;     // where the stream itself stands
+    uint64_t end;          // where the file was found to end
+    uint64_t budget; // bytes that the load may still hand out, those behind the end of the file included
+    bool broken;     // the stream's error indicator: nothing can be read but what the window holds
+    bool failed;     // the same as it shows to the readers: a byte was asked for and could not be had
+    bool spent;      // the budget was exceeded
     uint8_t bytes[65536];
 } window;
 
 static char nameBuffer[130]; // the shared name buffer: 129 bytes and a terminator
+
+// A window without bytes at a position of the file.
+static void EmptyWindow(uint64_t position)
+{
+    window.next = window.last = window.bytes;
+    window.start = window.lastPosition = position;
+}
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
 {
@@ -32,8 +41,8 @@ bool Mc3dsOpenStream(Mc3dsFile *file)
     // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
     // more than enough for it.
     const uint64_t counted = size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0xFFFFFFFF;
-    window.start = window.next = window.streamAt = 0;
-    window.length = 0;
+    EmptyWindow(0);
+    window.streamAt = 0;
     window.end = UINT64_MAX;
     window.broken = window.failed = window.spent = false;
     window.budget = counted * 16 + (uint64_t{1} << 20);
@@ -48,20 +57,23 @@ void Mc3dsCloseStream(Mc3dsFile *file)
 
 void Mc3dsSeek(Mc3dsFile *, uint32_t position)
 {
-    window.next = position;
+    if (position >= window.start && position <= window.lastPosition && !window.failed)
+        window.next = window.bytes + (position - window.start);
+    else
+        EmptyWindow(position);
 }
 
 uint64_t Mc3dsPosition(const Mc3dsFile *)
 {
-    return window.next;
+    return window.lastPosition - static_cast<uint64_t>(window.last - window.next);
 }
 
 bool Mc3dsMayRead(Mc3dsFile *, uint64_t bytes)
 {
-    if (window.spent || bytes > window.budget) {
-        if (!window.spent)
-            Mc3dsError(0, "The counts of the file ask for more than it holds; giving up what doesn't fit");
+    if (bytes > window.budget && !window.spent) {
+        Mc3dsError(0, "The counts of the file ask for more than it holds; giving up what doesn't fit");
         window.spent = true;
+        window.budget = 0;
     }
     return !window.spent;
 }
@@ -71,43 +83,54 @@ bool Mc3dsIsSpent(const Mc3dsFile *)
     return window.spent;
 }
 
-// Lays the window over the next position. False at the end of the file and in error.
+// Fills the window, which has nothing left, from where it ends. False at the end of the file and in error.
 static bool MoveWindow(Mc3dsFile *file)
 {
-    if (window.next >= window.end)
+    EmptyWindow(window.lastPosition);
+    if (window.start >= window.end)
         return false;
     window.failed = window.broken;
-    if (window.broken || (window.streamAt != window.next &&
-                          fseeko(file->stream, static_cast<off_t>(window.next), SEEK_SET) != 0))
+    if (window.broken || (window.streamAt != window.start &&
+                          fseeko(file->stream, static_cast<off_t>(window.start), SEEK_SET) != 0))
         return false;
-    window.start = window.next;
-    window.length = std::fread(window.bytes, 1, sizeof window.bytes, file->stream);
-    window.streamAt = window.start + window.length;
+    const size_t length = std::fread(window.bytes, 1, sizeof window.bytes, file->stream);
+    window.last += length;
+    window.lastPosition += length;
+    window.streamAt = window.lastPosition;
     window.broken = std::ferror(file->stream) != 0;
-    if (window.length < sizeof window.bytes && !window.broken)
-        window.end = window.streamAt;
-    window.failed = window.broken && window.length == 0;
-    return window.length > 0;
+    if (length < sizeof window.bytes && !window.broken)
+        window.end = window.lastPosition;
+    window.failed = window.broken && length == 0;
+    return length > 0;
+}
+
+// The bytes that are wanted, all of them in the window: where nearly every read finds them. Null otherwise.
+static const uint8_t *TakeFromWindow(size_t count)
+{
+    if (static_cast<size_t>(window.last - window.next) < count || window.budget < count)
+        return nullptr;
+    const uint8_t *bytes = window.next;
+    window.next += count;
+    window.budget -= count;
+    return bytes;
 }
 
 // Takes count bytes out of the file; behind its end, bytes of all ones, and the position stays there. Returns
 // how many were in the file.
 static size_t Take(Mc3dsFile *file, void *out, size_t count)
 {
+    if (const uint8_t *bytes = TakeFromWindow(count)) {
+        std::memcpy(out, bytes, count);
+        return count;
+    }
     auto *to = static_cast<uint8_t *>(out);
     size_t taken = 0;
     if (Mc3dsMayRead(file, count)) {
         window.budget -= count;
-        while (taken < count) {
-            const uint64_t offset = window.next - window.start; // huge where next lies ahead of the window
-            if (offset >= window.length) {
-                if (!MoveWindow(file))
-                    break;
-                continue;
-            }
-            const size_t available = window.length - static_cast<size_t>(offset);
+        while (taken < count && (window.next < window.last || MoveWindow(file))) {
+            const auto available = static_cast<size_t>(window.last - window.next);
             const size_t piece = available < count - taken ? available : count - taken;
-            std::memcpy(to + taken, window.bytes + offset, piece);
+            std::memcpy(to + taken, window.next, piece);
             window.next += piece;
             taken += piece;
         }
@@ -125,13 +148,20 @@ uint8_t Mc3dsReadByte(Mc3dsFile *file)
 
 uint16_t Mc3dsReadU16(Mc3dsFile *file)
 {
-    uint16_t number;
-    Mc3dsReadU16s(file, &number, 1);
-    return number;
+    uint8_t stored[2];
+    const uint8_t *bytes = TakeFromWindow(sizeof stored);
+    if (!bytes) {
+        Take(file, stored, sizeof stored);
+        bytes = stored;
+    }
+    return static_cast<uint16_t>(bytes[0] | bytes[1] << 8);
 }
 
 uint32_t Mc3dsReadU32(Mc3dsFile *file)
 {
+    if (const uint8_t *bytes = TakeFromWindow(4)) // which has nothing left once the stream has failed
+        return static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
+               static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
     uint32_t number;
     Mc3dsReadU32s(file, &number, 1);
     return number;
@@ -147,11 +177,9 @@ float Mc3dsReadFloat(Mc3dsFile *file)
 void Mc3dsReadU16s(Mc3dsFile *file, uint16_t *numbers, size_t count)
 {
     Take(file, numbers, count * 2);
-    for (size_t i = 0; i < count; ++i) {
-        uint8_t bytes[2];
-        std::memcpy(bytes, &numbers[i], 2);
-        numbers[i] = static_cast<uint16_t>(bytes[0] | bytes[1] << 8);
-    }
+    if constexpr (std::endian::native != std::endian::little)
+        for (size_t i = 0; i < count; ++i)
+            numbers[i] = static_cast<uint16_t>(numbers[i] << 8 | numbers[i] >> 8);
 }
 
 // As many 32-bit patterns, in the machine's byte order.
@@ -164,14 +192,14 @@ static void ReadPatterns(Mc3dsFile *file, void *numbers, size_t count)
         const size_t taken = Take(file, numbers, count * 4);
         read = window.failed && taken < count * 4 ? taken / 4 + 1 : count;
     }
-    for (size_t i = 0; i < read; ++i, bytes += 4) {
-        const uint32_t number = static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
-                                static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
-        std::memcpy(bytes, &number, 4);
-    }
-    for (size_t i = read; i < count; ++i, bytes += 4) {
+    if constexpr (std::endian::native != std::endian::little)
+        for (uint8_t *number = bytes; number < bytes + read * 4; number += 4) {
+            const uint8_t turned[4] = {number[3], number[2], number[1], number[0]};
+            std::memcpy(number, turned, 4);
+        }
+    for (size_t i = read; i < count; ++i) {
         Mc3dsError(0, "File Error");
-        std::memset(bytes, 0, 4);
+        std::memset(bytes + i * 4, 0, 4);
     }
 }
 
@@ -187,10 +215,18 @@ void Mc3dsReadFloats(Mc3dsFile *file, float *numbers, size_t count)
 
 const char *Mc3dsReadString(Mc3dsFile *file)
 {
+    constexpr size_t longest = sizeof nameBuffer - 1;
+    const auto available = static_cast<size_t>(window.last - window.next);
+    const void *end = std::memchr(window.next, 0, available < longest ? available : longest);
+    if (end) {
+        Take(file, nameBuffer, static_cast<size_t>(static_cast<const uint8_t *>(end) - window.next) + 1);
+        nameBuffer[longest] = '\0'; // a read that the load may not make any more leaves bytes of all ones
+        return nameBuffer;
+    }
     size_t length = 0;
     do
         nameBuffer[length] = static_cast<char>(Mc3dsReadByte(file));
-    while (nameBuffer[length] != '\0' && ++length < sizeof nameBuffer - 1);
+    while (nameBuffer[length] != '\0' && ++length < longest);
     nameBuffer[length] = '\0';
     return nameBuffer;
 }
