@@ -1,6 +1,5 @@
 #include "number_text.h"
 
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -8,55 +7,48 @@
 // A number below 2^31 is written as an integer of millionths wherever its rounding is certain, at a fraction
 // of the time that the exact algorithm of std::to_chars takes. The digits are the same, those of printf.
 
-// The two digits of 0 to 99, one after another.
-static constexpr struct DigitPairs {
-    char text[200];
-} digitPairs = [] {
-    DigitPairs pairs = {};
-    for (int i = 0; i < 100; ++i) {
-        pairs.text[2 * i] = static_cast<char>('0' + i / 10);
-        pairs.text[2 * i + 1] = static_cast<char>('0' + i % 10);
+// Digits come three at a time out of a table, each entry with the text of its number in both forms.
+struct Thousand {
+    char padded[4]; // three digits and a filler: four bytes are copied at once
+    char plain[3];  // without leading zeros
+    uint8_t count;  // how many of plain are digits
+};
+
+static constexpr struct Thousands {
+    Thousand of[1000];
+} thousands = [] {
+    Thousands table = {};
+    for (int value = 0; value < 1000; ++value) {
+        Thousand &entry = table.of[value];
+        const char digits[3] = {static_cast<char>('0' + value / 100),
+                                static_cast<char>('0' + value / 10 % 10),
+                                static_cast<char>('0' + value % 10)};
+        entry.count = value < 10 ? 1 : value < 100 ? 2 : 3;
+        for (int i = 0; i < 3; ++i) {
+            entry.padded[i] = digits[i];
+            entry.plain[i] = i < entry.count ? digits[3 - entry.count + i] : ' ';
+        }
     }
-    return pairs;
+    return table;
 }();
 
-static void PutPair(char *out, uint32_t value)
+static char *PutPadded(char *out, uint32_t value)
 {
-    std::memcpy(out, digitPairs.text + 2 * value, 2);
+    std::memcpy(out, thousands.of[value].padded, 4);
+    return out + 3;
 }
 
-static int CountDigits(uint32_t value)
+static char *PutPlain(char *out, uint32_t value)
 {
-    if (value >= 10000)
-        return 4 + CountDigits(value / 10000);
-    return 1 + (value >= 10) + (value >= 100) + (value >= 1000);
+    std::memcpy(out, thousands.of[value].plain, 4); // and the count, which is written over
+    return out + thousands.of[value].count;
 }
 
-static char *PutDigits(char *out, uint32_t value, int count)
+static char *PutUnsigned(char *out, uint32_t value)
 {
-    char *end = out + count;
-    char *at = end;
-    for (; value >= 100; value /= 100)
-        PutPair(at -= 2, value % 100);
-    if (value >= 10)
-        PutPair(at - 2, value);
-    else
-        at[-1] = static_cast<char>('0' + value);
-    return end;
-}
-
-// As PutDigits for a number below 10,000; writes four bytes whatever count is.
-static char *PutUpToFourDigits(char *out, uint32_t value, int count)
-{
-    constexpr bool little = std::endian::native == std::endian::little;
-    uint16_t high, low;
-    std::memcpy(&high, digitPairs.text + 2 * (value / 100), 2);
-    std::memcpy(&low, digitPairs.text + 2 * (value % 100), 2);
-    uint32_t digits = little ? high | uint32_t{low} << 16 : low | uint32_t{high} << 16;
-    const int leadingZeros = 8 * (4 - count);
-    digits = little ? digits >> leadingZeros : digits << leadingZeros;
-    std::memcpy(out, &digits, 4);
-    return out + count;
+    if (value < 1000)
+        return PutPlain(out, value);
+    return PutPadded(PutUnsigned(out, value / 1000), value % 1000);
 }
 
 // The number of millionths nearest to a magnitude, halves to even as printf has it. False where the product's
@@ -69,7 +61,8 @@ static bool ToMillionths(double magnitude, uint64_t *millionths)
         return false;
     const double product = magnitude * 1e6;
     const double rounded = (product + integers) - integers;
-    *millionths = static_cast<uint64_t>(rounded);
+    *millionths =
+        static_cast<uint64_t>(static_cast<int64_t>(rounded)); // signed is the conversion machines have
     // The product is off by half a unit in its last place at most, which matters only near a half. With the
     // 24 bits of a float it is exact, and so are the floats' many halves, the odd multiples of 1/128.
     const double error = product * 0x1p-53;
@@ -82,21 +75,15 @@ static char *PutMillionths(char *out, bool negative, uint64_t millionths, int wi
 {
     const auto whole = static_cast<uint32_t>(millionths / 1000000);
     const auto fraction = static_cast<uint32_t>(millionths - uint64_t{whole} * 1000000);
-    const int digits = CountDigits(whole);
-    const int padding = width - (digits + 7 + negative);
-    // No branch depends on the digits of an ordinary number: one that is guessed wrong costs more than all
-    // this. What is written too much is written over, or stands behind the end.
+    // Hardly a branch depends on the digits: one that is guessed wrong costs more than all this. What is
+    // written too much is written over, or stands behind the end.
     std::memcpy(out, "  ", 2);
+    const int padding = width - 7 - negative - (whole < 1000 ? thousands.of[whole].count : width);
     out += padding > 0 ? padding : 0;
     *out = '-';
-    out += negative;
-    out = whole < 10000 ? PutUpToFourDigits(out, whole, digits) : PutDigits(out, whole, digits);
-    const uint32_t low = fraction % 10000;
+    out = PutUnsigned(out + negative, whole);
     *out = '.';
-    PutPair(out + 1, fraction / 10000);
-    PutPair(out + 3, low / 100);
-    PutPair(out + 5, low % 100);
-    return out + 7;
+    return PutPadded(PutPadded(out + 1, fraction / 1000), fraction % 1000);
 }
 
 // Any number at all.
@@ -136,10 +123,7 @@ char *Mc3dsPutInteger(char *out, int32_t value)
 {
     *out = '-';
     const uint32_t magnitude = value < 0 ? 0u - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
-    out += value < 0;
-    if (magnitude < 10000)
-        return PutUpToFourDigits(out, magnitude, CountDigits(magnitude));
-    return PutDigits(out, magnitude, CountDigits(magnitude));
+    return PutUnsigned(out + (value < 0), magnitude);
 }
 
 char *Mc3dsPutHexadecimal(char *out, uint32_t value)

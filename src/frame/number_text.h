@@ -4,9 +4,10 @@
 
 #include <cstdint>
 
-// The longest text of each writer, without a terminator (none is written).
-constexpr int Mc3dsFixedTextMax = 320; // -DBL_MAX with six decimals is 317
-constexpr int Mc3dsIntegerTextMax = 11;
+// The room that each writer needs. No terminator is written, but what lies behind the text, within that room, may
+// be overwritten.
+constexpr int Mc3dsFixedTextMax = 328; // -DBL_MAX with six decimals is 317
+constexpr int Mc3dsIntegerTextMax = 19;
 
 // Each writes at out and returns the end of what it wrote.
 

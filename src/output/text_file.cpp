@@ -50,6 +50,12 @@ void Mc3dsIndentText(Mc3dsWriter *writer)
 {
     // Two blanks a level; a hierarchy may be so deep that they don't fit at once.
     size_t length = writer->indent > 0 ? 2 * static_cast<size_t>(writer->indent) : 0;
+    constexpr size_t common = 64; // one that is known when this is compiled costs next to nothing
+    if (length <= common) {
+        std::memset(Mc3dsReserveText(writer), ' ', common);
+        writer->textLength += length;
+        return;
+    }
     while (length > 0) {
         const size_t piece = length < Mc3dsTextSlack ? length : Mc3dsTextSlack;
         std::memset(Mc3dsReserveText(writer), ' ', piece);
