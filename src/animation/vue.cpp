@@ -158,7 +158,7 @@ static bool AllocateFrames(Mc3dsFile *file)
     bool fits = file->objectCount * count <= mostFrames + StreamSize(file->stream);
     for (uint32_t i = 0; i < file->objectCount && fits; ++i) {
         Mc3dsObject &object = file->objects[i];
-        object.frames = static_cast<Mc3dsTransform *>(std::malloc(count * sizeof(Mc3dsTransform)));
+        object.frames = static_cast<Mc3dsTransform *>(Mc3dsResize(nullptr, count, sizeof(Mc3dsTransform)));
         fits = object.frames != nullptr;
         for (uint64_t frame = 0; frame < count && fits; ++frame)
             Mc3dsTransformIdentity(&object.frames[frame]);

@@ -147,6 +147,9 @@ MC3DS_PRINTF(3, 0) size_t Mc3dsFormatTextV(char *buffer, size_t size, const char
 
 // ---- scene.cpp
 
+// As realloc for count records of that size; also null where their size is more than a size_t holds.
+void *Mc3dsResize(void *array, uint64_t count, size_t size);
+
 void Mc3dsObjectInit(Mc3dsObject *object, const char *name);
 void Mc3dsObjectFree(Mc3dsObject *object);
 

@@ -47,8 +47,8 @@ static bool Extend(Mc3dsNames *names, const char *records, size_t size, uint32_t
     if (names->indexed == 0)
         names->root = none;
     if (count > names->capacity) {
-        const size_t capacity = size_t{count} * 2;
-        void *nodes = std::realloc(names->nodes, capacity * sizeof(Mc3dsNameNode));
+        const uint64_t capacity = uint64_t{count} * 2;
+        void *nodes = Mc3dsResize(names->nodes, capacity, sizeof(Mc3dsNameNode));
         if (!nodes)
             return false;
         names->nodes = static_cast<Mc3dsNameNode *>(nodes);

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-// The room that each writer needs. No terminator is written, but what lies behind the text, within that room, may
-// be overwritten.
+// The room that each writer needs. No terminator is written, but what lies behind the text, within that room,
+// may be overwritten.
 constexpr int Mc3dsFixedTextMax = 328; // -DBL_MAX with six decimals is 317
 constexpr int Mc3dsIntegerTextMax = 19;
 

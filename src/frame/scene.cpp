@@ -3,6 +3,11 @@
 
 #include "frame.h"
 
+void *Mc3dsResize(void *array, uint64_t count, size_t size)
+{
+    return count <= SIZE_MAX / size ? std::realloc(array, static_cast<size_t>(count) * size) : nullptr;
+}
+
 void Mc3dsObjectInit(Mc3dsObject *object, const char *name)
 {
     *object = {};
@@ -49,9 +54,9 @@ bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
         file->objectCapacity = 0; // the array is gone with the last of its objects
     if (file->objectCount == file->objectCapacity) {
         // Room ahead of need: pages that are not touched cost nothing, growing by one costs a system call.
-        const size_t capacity = size_t{file->objectCapacity} + file->objectCapacity / 2 + 1;
+        const uint64_t capacity = uint64_t{file->objectCapacity} + file->objectCapacity / 2 + 1;
         void *objects =
-            std::realloc(file->objectCount != 0 ? file->objects : nullptr, capacity * sizeof *object);
+            Mc3dsResize(file->objectCount != 0 ? file->objects : nullptr, capacity, sizeof *object);
         if (!objects) {
             Mc3dsError(0, "malloc failed allocating global object");
             return false;

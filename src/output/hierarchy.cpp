@@ -7,8 +7,9 @@ constexpr uint32_t nodeNumbers = 0x8000;
 
 void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
 {
-    hierarchy->parents = static_cast<uint16_t *>(std::malloc(file->objectCount * sizeof(uint16_t)));
-    hierarchy->ranges = static_cast<Mc3dsChildRange *>(std::malloc(nodeNumbers * sizeof(Mc3dsChildRange)));
+    hierarchy->parents = static_cast<uint16_t *>(Mc3dsResize(nullptr, file->objectCount, sizeof(uint16_t)));
+    hierarchy->ranges =
+        static_cast<Mc3dsChildRange *>(Mc3dsResize(nullptr, nodeNumbers, sizeof(Mc3dsChildRange)));
     if (!hierarchy->parents || !hierarchy->ranges) {
         Mc3dsCloseHierarchy(hierarchy);
         return;
@@ -65,7 +66,7 @@ Mc3dsLevel *Mc3dsInnermostLevel(Mc3dsLevels *levels)
 static bool GrowLevels(Mc3dsWriter *writer, Mc3dsLevels *levels)
 {
     const size_t capacity = levels->capacity != 0 ? levels->capacity * 2 : 16;
-    void *grown = std::realloc(levels->levels, capacity * sizeof(Mc3dsLevel));
+    void *grown = Mc3dsResize(levels->levels, capacity, sizeof(Mc3dsLevel));
     if (!grown) {
         if (!writer->levelsFailed)
             Mc3dsError(0, "Out of memory for the levels of the hierarchy; what lies deeper is left out");

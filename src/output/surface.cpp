@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <cstring>
 
 #include "output.h"
@@ -26,27 +25,23 @@ static float Opacity(const Mc3dsOptions *options, const Mc3dsMaterial *material)
     return static_cast<float>(1.0 - static_cast<double>(material->transparency));
 }
 
-// A map's name as outputs have it, owned by the caller; null when there is no memory. Only a point in the
-// last component of the path counts, and only a backslash parts components: the names come from DOS.
-static char *TreatName(const Mc3dsOptions *options, const char field[16])
+// A map's name as outputs have it, into a buffer of the writer that has room for it. Only a point in the last
+// component of the path counts, and only a backslash parts components: the names come from DOS.
+static const char *TreatName(const Mc3dsOptions *options, const char field[16], char *name)
 {
-    const bool replace = (options->surfaceFlags & MC3DS_TEXTURE_EXTENSION) != 0;
-    const char *extension = replace ? Mc3dsOptionText(options->textureExtension) : "";
-    size_t length = std::strlen(field);
-    if (replace)
-        for (size_t i = length; i > 0 && field[i - 1] != '\\'; --i)
-            if (field[i - 1] == '.') {
-                length = i - 1;
-                break;
-            }
-    const size_t extensionLength = std::strlen(extension);
-    auto *name = static_cast<char *>(std::malloc(length + 1 + extensionLength + 1));
-    if (!name)
-        return nullptr;
-    std::memcpy(name, field, length);
-    if (extensionLength != 0)
-        name[length++] = '.';
-    std::memcpy(name + length, extension, extensionLength + 1);
+    std::strcpy(name, field);
+    if (!(options->surfaceFlags & MC3DS_TEXTURE_EXTENSION))
+        return name;
+    for (size_t i = std::strlen(name); i > 0 && name[i - 1] != '\\'; --i)
+        if (name[i - 1] == '.') {
+            name[i - 1] = '\0';
+            break;
+        }
+    const char *extension = Mc3dsOptionText(options->textureExtension);
+    if (extension[0] != '\0') {
+        std::strcat(name, ".");
+        std::strcat(name, extension);
+    }
     return name;
 }
 
@@ -69,14 +64,10 @@ static void EmitTextures(Mc3dsWriter *writer, const Mc3dsMaterial *material)
         return;
     }
     const bool masked = textured && material->opacityMap[0] != '\0';
-    char *name = TreatName(writer->options, textured ? material->textureMap : material->reflectionMap);
-    char *mask = masked ? TreatName(writer->options, material->opacityMap) : nullptr;
-    if (name && (mask || !masked))
-        EmitNamedTexture(writer, name, mask);
-    else
-        Mc3dsEmitTextureNull(writer);
-    std::free(mask);
-    std::free(name);
+    const char *map = textured ? material->textureMap : material->reflectionMap;
+    const char *name = TreatName(writer->options, map, writer->textureName);
+    const char *mask = masked ? TreatName(writer->options, material->opacityMap, writer->maskName) : nullptr;
+    EmitNamedTexture(writer, name, mask);
 }
 
 void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material)

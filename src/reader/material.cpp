@@ -1,5 +1,4 @@
-#include <cstdlib>
-#include <cstring>
+
 
 #include "chunks.h"
 #include "reader.h"
@@ -138,8 +137,8 @@ void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material)
         Mc3dsError(1, "%s", fault);
         return;
     }
-    const auto count = static_cast<size_t>(file->materialCount);
-    void *materials = std::realloc(file->materials, (count + 1) * sizeof *material);
+    const auto count = static_cast<uint64_t>(file->materialCount);
+    void *materials = Mc3dsResize(file->materials, count + 1, sizeof *material);
     if (!materials) {
         Mc3dsError(0, "malloc failed allocating global material");
         return;

@@ -11,11 +11,13 @@ static void *AllocateArray(Mc3dsFile *file, size_t count, size_t sizeInFile, siz
 {
     if (!Mc3dsMayRead(file, count * sizeInFile))
         return nullptr;
-    void *array = std::malloc(count * sizeInScene);
+    void *array = Mc3dsResize(nullptr, count, sizeInScene);
     if (!array)
         Mc3dsError(0, "%s", outOfMemory);
     return array;
 }
+
+static const char noMemoryForGroup[] = "malloc failed allocating Material Group";
 
 // Entries of an array that are taken out of the file at once.
 constexpr int blockSize = 256;
@@ -140,18 +142,33 @@ static int32_t FindMaterial(Mc3dsFile *file, const char *name)
     return index < count ? static_cast<int32_t>(index + 1) : 0;
 }
 
-// Takes over the list, or frees it when there is no memory for the record.
-static void AddGroup(Mc3dsObject *object, Mc3dsMaterialGroup group)
+// Room for one more record in groups. False, with its report, when there is no memory.
+static bool MakeRoomForGroup(Mc3dsObject *object)
 {
-    void *groups = std::realloc(object->groupCount != 0 ? object->groups : nullptr,
-                                (size_t{object->groupCount} + 1) * sizeof group);
+    void *groups = Mc3dsResize(object->groupCount != 0 ? object->groups : nullptr,
+                               uint64_t{object->groupCount} + 1, sizeof *object->groups);
     if (!groups) {
-        Mc3dsError(0, "malloc failed allocating Material Group");
-        std::free(group.faces);
-        return;
+        Mc3dsError(0, "%s", noMemoryForGroup);
+        return false;
     }
     object->groups = static_cast<Mc3dsMaterialGroup *>(groups);
-    object->groups[object->groupCount++] = group;
+    return true;
+}
+
+// Fills the list of a group and marks the faces in it.
+static void ReadGroupFaces(Mc3dsFile *file, Mc3dsObject *object, Mc3dsMaterialGroup *group, int count)
+{
+    for (int done = 0, block; done < count; done += block) {
+        uint16_t faces[blockSize];
+        block = NextBlock(done, count);
+        Mc3dsReadU16s(file, faces, static_cast<size_t>(block));
+        for (int i = 0; i < block; ++i) {
+            if (faces[i] >= object->faceCount)
+                continue;
+            group->faces[group->count++] = faces[i];
+            object->faces[faces[i]].material = group->material;
+        }
+    }
 }
 
 bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
@@ -161,27 +178,22 @@ bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
     const uint16_t count = Mc3dsReadU16(file);
     if (count == 0)
         return false;
-    void *array = AllocateArray(file, count, 2, sizeof(uint32_t), "malloc failed allocating Material Group");
-    if (!array)
+    void *array = AllocateArray(file, count, 2, sizeof(uint32_t), noMemoryForGroup);
+    // The room comes first: a group that is given up must not have claimed its faces.
+    if (!array || !MakeRoomForGroup(object)) {
+        std::free(array);
         return false;
-    Mc3dsMaterialGroup group = {FindMaterial(file, name), 0, static_cast<uint32_t *>(array)};
-    for (int done = 0, block; done < count; done += block) {
-        uint16_t faces[blockSize];
-        block = NextBlock(done, count);
-        Mc3dsReadU16s(file, faces, static_cast<size_t>(block));
-        for (int i = 0; i < block; ++i) {
-            if (faces[i] >= object->faceCount)
-                continue;
-            group.faces[group.count++] = faces[i];
-            object->faces[faces[i]].material = group.material;
-        }
     }
-    const bool dropped = group.count < count;
-    if (group.count == 0)
+    Mc3dsMaterialGroup group = {FindMaterial(file, name), 0, static_cast<uint32_t *>(array)};
+    ReadGroupFaces(file, object, &group, count);
+    if (group.count != 0) {
+        object->groups[object->groupCount++] = group;
+    } else {
         std::free(group.faces);
-    else
-        AddGroup(object, group);
-    return dropped;
+        if (object->groupCount == 0)
+            std::free(object->groups);
+    }
+    return group.count < count;
 }
 
 // True when face numbers of a group had to be dropped.

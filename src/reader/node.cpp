@@ -84,7 +84,7 @@ static void ReadTrack(Mc3dsFile *file, const Mc3dsChunk *chunk, uint32_t *keyCou
     const uint32_t count = ReadTrackHead(file, chunk, 6 + valueCount * 4);
     if (count == 0)
         return;
-    *keys = static_cast<Key *>(std::malloc(count * sizeof(Key)));
+    *keys = static_cast<Key *>(Mc3dsResize(nullptr, count, sizeof(Key)));
     if (!*keys) {
         Mc3dsError(0, "Out of memory allocating keys");
         return;

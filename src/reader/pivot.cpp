@@ -49,8 +49,8 @@ static void MoveOften(Mc3dsObject *object, const float (*pivots)[3], uint32_t co
 static bool Queue(Mc3dsObject *object)
 {
     if (object->waitingPivotCount == object->waitingPivotCapacity) {
-        const size_t capacity = size_t{object->waitingPivotCapacity} * 2 + 16;
-        void *grown = std::realloc(object->waitingPivots, capacity * sizeof *object->waitingPivots);
+        const uint64_t capacity = uint64_t{object->waitingPivotCapacity} * 2 + 16;
+        void *grown = Mc3dsResize(object->waitingPivots, capacity, sizeof *object->waitingPivots);
         if (!grown)
             return false;
         object->waitingPivots = static_cast<float(*)[3]>(grown);
