@@ -5,6 +5,10 @@ target_compile_options(mc3ds_options INTERFACE -Wall -Wextra -Wshadow -Wconversi
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86|AMD64|amd64")
     target_compile_options(mc3ds_options INTERFACE -msse2 -mfpmath=sse)
 endif()
+# gcc 12 sees overlaps in "text" + std::string that aren't there.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(mc3ds_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+endif()
 if(MC3DS_WERROR)
     target_compile_options(mc3ds_options INTERFACE -Werror)
 endif()
