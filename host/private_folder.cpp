@@ -1,0 +1,65 @@
+#include <chrono>
+#include <mutex>
+#include <random>
+#include <system_error>
+#include <thread>
+
+#include "host.h"
+
+namespace fs = std::filesystem;
+
+static std::mutex foldersMutex;
+static std::vector<fs::path> folders;
+
+static std::string RandomName()
+{
+    static std::random_device source;
+    std::string name = ".3ds2mcx-";
+    for (int i = 0; i < 8; ++i)
+        name += "0123456789abcdefghijklmnopqrstuv"[source() % 32];
+    return name;
+}
+
+fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
+{
+    CleanUpWhenInterrupted(RemovePrivateFolders);
+    const std::lock_guard lock(foldersMutex);
+    std::error_code failure;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const fs::path folder = parent / RandomName();
+        if (fs::create_directory(folder, failure)) {
+            folders.push_back(folder);
+            fs::permissions(folder, fs::perms::owner_all, failure);
+            return folder;
+        }
+        if (failure)
+            break;
+    }
+    *why = "no folder can be made in " + InQuotes(parent.string()) + ": " +
+           (failure ? failure.message() : "all names are taken");
+    return {};
+}
+
+void RemovePrivateFolders()
+{
+    const std::lock_guard lock(foldersMutex);
+    for (const fs::path &folder : folders) {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+        // After an interrupt the library may add one more file while the folder is being emptied.
+        for (int attempt = 0; attempt < 20 && fs::exists(folder, ignored); ++attempt) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            fs::remove_all(folder, ignored);
+        }
+    }
+    folders.clear();
+}
+
+bool EnterFolder(const fs::path &folder, std::string *why)
+{
+    std::error_code failure;
+    fs::current_path(folder, failure);
+    if (failure)
+        *why = "folder " + InQuotes(folder.string()) + " can't be entered: " + failure.message();
+    return !failure;
+}
