@@ -1,0 +1,92 @@
+// Files that open and then can't be read. The linker leads fopen here from every object of this program.
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <unistd.h>
+
+#include "harness.h"
+#include "seeds.h"
+
+extern "C" FILE *__real_fopen64(const char *path, const char *mode);
+
+// Stands in for the files whose path ends with suffix, while that isn't empty.
+static struct {
+    std::string suffix, bytes;
+    size_t position;
+    int reads;   // so far; each gets seven bytes at most
+    int failing; // number of the first that gets nothing; nor do those behind it
+    bool atEnd;  // they meet the end of the file, else an error
+} disk;
+
+static ssize_t ReadPiece(void *, char *out, size_t size)
+{
+    if (++disk.reads >= disk.failing) {
+        errno = EIO;
+        return disk.atEnd ? 0 : -1;
+    }
+    const size_t left = disk.bytes.size() - std::min(disk.position, disk.bytes.size());
+    const size_t count = std::min({size, left, size_t{7}});
+    std::memcpy(out, disk.bytes.data() + disk.bytes.size() - left, count);
+    disk.position += count;
+    return static_cast<ssize_t>(count);
+}
+
+static int MoveTo(void *, off64_t *offset, int whence)
+{
+    const size_t from = whence == SEEK_CUR ? disk.position : whence == SEEK_END ? disk.bytes.size() : 0;
+    *offset += static_cast<off64_t>(from);
+    disk.position = static_cast<size_t>(*offset);
+    return 0;
+}
+
+extern "C" FILE *__wrap_fopen64(const char *path, const char *mode)
+{
+    if (disk.suffix.empty() || !std::string(path).ends_with(disk.suffix))
+        return __real_fopen64(path, mode);
+    return fopencookie(nullptr, mode, {ReadPiece, nullptr, MoveTo, nullptr});
+}
+
+using FileFailureTest = SceneTest;
+
+TEST_F(FileFailureTest, AFileThatFailsInAnyReadEndsTheLoadAndHarmsNoOther)
+{
+    const Seed &seed = FindSeed("Animated");
+    const auto loadFromDisk = [&](const std::string &suffix, int failing, bool atEnd) {
+        disk = {suffix, suffix == "vue" ? seed.vue : seed.scene, 0, 0, failing, atEnd};
+        Load("scene.3ds");
+        return TakeReportLines();
+    };
+    LoadBytes(seed.scene, seed.vue);
+    const std::string whole = TakeReportLines();
+    for (const std::string suffix : {"3ds", "vue"}) {
+        EXPECT_EQ(loadFromDisk(suffix, INT32_MAX, false), whole) << "reads that come short do no harm";
+        const int reads = disk.reads;
+        EXPECT_GT(reads, 40);
+        for (int failing = 1; failing < reads; ++failing)
+            for (const bool atEnd : {false, true}) {
+                SCOPED_TRACE(suffix + " fails in read " + std::to_string(failing));
+                const std::string reports = loadFromDisk(suffix, failing, atEnd);
+                const bool told = reports.find("E0 File Error") != std::string::npos;
+                // An error within the length of a topmost chunk shows as damage only: no number comes behind.
+                const bool cut = reports.find("E1 Chunk header can't be read whole") != std::string::npos;
+                EXPECT_EQ(told || (cut && !atEnd), suffix == "3ds" && !atEnd) << reports;
+                EXPECT_EQ(loadFromDisk("", 0, false), whole);
+            }
+    }
+}
+
+TEST_F(FileFailureTest, AFolderIsNoSceneAndAPipeIsRefused)
+{
+    EXPECT_EQ(Load("."), nullptr);
+    EXPECT_EQ(TakeReportLines("E"), "E0 File Error\nE1 File is not a 3DS file\n");
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string path = "/dev/fd/" + std::to_string(ends[0]);
+    EXPECT_EQ(write(ends[1], FindSeed("BareEditor").scene.data(), 50), 50);
+    EXPECT_EQ(Load(path), nullptr);
+    EXPECT_EQ(TakeReportLines("E"), "E1 Unable to open file <" + path + ">\n");
+    close(ends[0]);
+    close(ends[1]);
+}

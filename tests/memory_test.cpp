@@ -1,0 +1,150 @@
+// Every allocation of the library fails in its turn, alone or with all that follow. The linker leads malloc
+// and its like here from every object of this program, the library's among them.
+
+#include <cstdlib>
+#include <set>
+
+#include "check_scene.h"
+#include "harness.h"
+#include "seeds.h"
+
+static struct {
+    bool counting;
+    int allocations; // so far
+    int failing;     // number of the first that fails
+    bool onward;     // all behind it fail as well
+    int live;        // blocks handed out and not freed
+} memory;
+
+static bool IsRefused()
+{
+    if (!memory.counting)
+        return false;
+    ++memory.allocations;
+    return memory.allocations == memory.failing || (memory.onward && memory.allocations > memory.failing);
+}
+
+extern "C" {
+void *__real_malloc(size_t size);
+void *__real_calloc(size_t count, size_t size);
+void *__real_realloc(void *block, size_t size);
+void __real_free(void *block);
+
+static void *Counted(void *block)
+{
+    memory.live += block != nullptr;
+    return block;
+}
+
+void *__wrap_malloc(size_t size)
+{
+    return IsRefused() ? nullptr : Counted(__real_malloc(size));
+}
+
+void *__wrap_calloc(size_t count, size_t size)
+{
+    return IsRefused() ? nullptr : Counted(__real_calloc(count, size));
+}
+
+void *__wrap_realloc(void *block, size_t size)
+{
+    if (IsRefused())
+        return nullptr;
+    return block ? __real_realloc(block, size) : Counted(__real_malloc(size));
+}
+
+void __wrap_free(void *block)
+{
+    memory.live -= block != nullptr;
+    __real_free(block);
+}
+}
+
+// Runs work with the failing-th allocation refused, and tells whether it came to that.
+template <class Work>
+static bool RunShortOfMemory(int failing, bool onward, Work work)
+{
+    memory = {true, 0, failing, onward, memory.live};
+    work();
+    memory.counting = false;
+    return memory.allocations >= failing;
+}
+
+struct MemoryTest : SceneTest, testing::WithParamInterface<bool> {};
+
+// The files of an output; what is wrong with the model of a direct build.
+static std::string WriteAll(const LoadedScene &scene, uint32_t flags)
+{
+    Mc3dsOptions options = DefaultOptions(flags);
+    return (flags & MC3DS_DIRECT) != 0 ? CheckOutput(scene.get(), flags) : Output(scene, options);
+}
+
+static std::string Describe(const LoadedScene &scene)
+{
+    uint32_t keys = 0;
+    for (uint32_t i = 0; scene && i < scene->objectCount; ++i)
+        keys += scene->objects[i].positionKeyCount + scene->objects[i].rotationKeyCount +
+                scene->objects[i].scaleKeyCount;
+    return WriteAll(scene, MC3DS_ANIMATION) + std::to_string(keys) + " keys";
+}
+
+TEST_P(MemoryTest, ALoadIsWholeOrTellsOnceWhatHasNoMemory)
+{
+    std::set<std::string> heard;
+    for (const char *name : {"BareEditor", "LongNames", "Replacements", "Animated"}) {
+        const std::string whole = Describe(LoadBytes(FindSeed(name).scene, FindSeed(name).vue));
+        for (int failing = 1;; ++failing) {
+            SCOPED_TRACE(std::string(name) + ", allocation " + std::to_string(failing));
+            TakeReports();
+            const int liveBefore = memory.live;
+            LoadedScene scene;
+            if (!RunShortOfMemory(failing, GetParam(), [&] { scene = Load("scene.3ds"); }))
+                break;
+            size_t told = 0;
+            for (const Report &report : TakeReports())
+                if (report.channel == 'E' && report.level == 0) {
+                    ++told;
+                    heard.insert(report.text);
+                }
+            EXPECT_TRUE(told == 1 || GetParam() || (told == 0 && (!scene || Describe(scene) == whole)));
+            EXPECT_EQ(scene == nullptr, failing <= 2);
+            EXPECT_EQ(told == 0 && !scene, failing == 1) << "without a report";
+            scene.reset();
+            EXPECT_EQ(memory.live, liveBefore);
+            EXPECT_EQ(Describe(Load("scene.3ds")), whole) << "the next load";
+        }
+    }
+    EXPECT_EQ(heard, (std::set<std::string>{
+                         "malloc failed allocating global material", "malloc failed allocating global object",
+                         "malloc failed allocating Material Group", "Out of memory allocating vertex array",
+                         "Out of memory allocating faces", "Out of memory allocating keys",
+                         "Out of memory allocating frames"}));
+}
+
+TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
+{
+    for (const char *name : {"Textures", "Materials", "Deep"})
+        for (const uint32_t flags :
+             {MC3DS_CENTRE, MC3DS_SOURCE, MC3DS_ANIMATION | MC3DS_HEADER, MC3DS_PER_OBJECT, MC3DS_DIRECT}) {
+            const LoadedScene scene = LoadBytes(FindSeed(name).scene, FindSeed(name).vue);
+            TakeReports();
+            const std::string whole = WriteAll(scene, flags), wholeReports = TakeReportLines("E");
+            for (int failing = 1;; ++failing) {
+                SCOPED_TRACE(std::string(name) + ", flags " + std::to_string(flags) + ", allocation " +
+                             std::to_string(failing));
+                const int liveBefore = memory.live;
+                std::string text;
+                if (!RunShortOfMemory(failing, GetParam(), [&] { text = WriteAll(scene, flags); }))
+                    break;
+                const bool told = TakeReportLines("E") != wholeReports;
+                EXPECT_TRUE(told || text == whole || (failing == 1 && text.empty()));
+                EXPECT_EQ(memory.live, liveBefore);
+                EXPECT_EQ(CheckScene(scene.get()), "");
+                EXPECT_EQ(WriteAll(scene, flags), whole) << "the next output";
+                TakeReports();
+            }
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(Once, MemoryTest, testing::Values(false));
+INSTANTIATE_TEST_SUITE_P(FromThenOn, MemoryTest, testing::Values(true));

@@ -1,0 +1,360 @@
+// What the text outputs say, example by example.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <sstream>
+
+#include "harness.h"
+
+using namespace chunks;
+
+struct OutputTest : SceneTest {};
+
+static const std::vector<float> corners = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+static const Bytes grey = Colour24(128, 128, 128);
+
+static Bytes Object(const Bytes &name, const std::vector<float> &xyz, const Bytes &more = "")
+{
+    return NamedObject(name, {Mesh({Points(xyz), more})});
+}
+
+static Bytes Placed(const Bytes &name, float x = 0, float y = 0, float z = 0)
+{
+    return Object(name, corners, MeshMatrix({1, 0, 0, 0, 1, 0, 0, 0, 1, x, y, z}));
+}
+
+static std::string Written(const Bytes &scene, uint32_t flags = 0, float scale = 1)
+{
+    Mc3dsOptions options = DefaultOptions(flags);
+    options.scale = scale;
+    return Output(LoadBytes(scene), options);
+}
+
+// Every line of the text that has the word in it, from that word on.
+static std::string Lines(const std::string &text, const std::string &word)
+{
+    std::istringstream lines(text);
+    std::string taken;
+    for (std::string line; std::getline(lines, line);)
+        if (const size_t at = line.find(word); at != std::string::npos)
+            taken += line.substr(at) + '\n';
+    return taken;
+}
+
+// The files that the last Output left.
+static std::string FileNames()
+{
+    std::vector<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator("output"))
+        names.push_back(entry.path().filename().string() + ' ');
+    std::sort(names.begin(), names.end());
+    return Join(names);
+}
+
+TEST_F(OutputTest, TextureCoordinatesAreShiftedTurnedOverAndFolded)
+{
+    const struct {
+        std::vector<float> uv;
+        const char *written; // u and v of every vertex
+        int reports;
+    } rows[] = {
+        {{31, 1}, "0 0 ", 0},
+        {{1.75f, 30.25f}, "0.75 0.75 ", 0},
+        {{1, 31}, "0 0 ", 0},
+        {{0.25f, 31.75f}, "1.25 1.25 ", 0},
+        {{0, 32}, "1 1 ", 0},
+        {{-0.25f, 32.25f}, "0.75 0.75 ", 0},
+        {{-1, 33}, "1 1 ", 0},
+        {{-2.5f, 34.5f}, "0.5 0.5 ", 0},
+        {{0, 0, 1, 1, 0.25f, 0.75f}, "1 1 2 0 1.25 0.25 ", 0},
+        {{0, 0, 31, 0, 40, 0}, "1 0 32 0 9 0 ", 1},
+        {{0, 0, 69, -40}, "1 0 6 8 ", 3},
+        // The fold takes 1,024 steps at most, and the rest at once.
+        {{0, 0, 32799, 0}, "1 0 32 0 ", 1024},
+        {{0, 0, 33000, 0}, "1 0 9 0 ", 1025},
+        {{0, 0, 32959, 0}, "1 0 32 0 ", 1025},
+        {{0, 0, 1e30f, -1e30f}, "1 0 32 32 ", 2},
+        {{0, 0, INFINITY, 0}, "1 0 0 0 ", 1},
+        // Too large for a 32-bit number: the shift is that of 0.
+        {{-3e9f, 0}, "-3e+09 0 ", 0},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.written);
+        const std::vector<float> xyz(row.uv.size() / 2 * 3);
+        std::istringstream words(Written(Scene({Object("A", xyz, TexVerts(row.uv))})));
+        std::ostringstream written;
+        double u, v;
+        for (std::string word; words >> word;)
+            if (word == "UV" && words >> u >> v)
+                written << u << ' ' << v << ' ';
+        EXPECT_EQ(written.str(), row.written);
+        const std::string report =
+            "E2 Texture co-ordinate range larger than 32.0. Possible errors in output\n";
+        std::string reports;
+        for (int i = 0; i < row.reports; ++i)
+            reports += report;
+        EXPECT_EQ(TakeReportLines("E"), reports);
+    }
+}
+
+TEST_F(OutputTest, TheScaleStandsInPositionsAndVerticesAndNotInAxes)
+{
+    const Bytes scene =
+        Scene({Placed("A", 5, 6, 7), Placed("B", 8, 6, 7)}, {ObjectNode("A", noParent), ObjectNode("B", 0)});
+    const std::string axes =
+        "1.000000 0.000000 0.000000 0.0 0.000000 1.000000 0.000000 0.0 0.000000 0.000000 1.000000 0.0 ";
+    const std::string a = "Transform " + axes + "10.000000 14.000000 -12.000000 1.0\nTransform " + axes;
+    EXPECT_EQ(Lines(Written(scene, 0, 2), "Transform "), a + "6.000000 0.000000 0.000000 1.0\n");
+    EXPECT_EQ(Lines(Written(scene, MC3DS_FLAT, 2), "Transform "), a + "16.000000 14.000000 -12.000000 1.0\n");
+    EXPECT_EQ(Lines(Written(scene, MC3DS_MERGED, 2), "Transform "),
+              a + "16.000000 14.000000 -12.000000 1.0\n");
+}
+
+TEST_F(OutputTest, ScaleAndSizeAreWrittenBack)
+{
+    const std::vector<float> box = {0, 0, 0, 10, 20, 50}, point = {3, 4, 5};
+    const struct {
+        std::vector<float> xyz;
+        uint32_t flags;
+        float scale, size;
+        const char *scaleAfter, *sizeAfter;
+    } rows[] = {
+        {box, MC3DS_FIT_SIZE, 7, 100, "2.000000", "100.000000"},
+        {box, 0, 2, 7, "2.000000", "100.000000"},
+        {box, MC3DS_CENTRE, 0.5f, 0, "0.500000", "25.000000"},
+        {point, MC3DS_FIT_SIZE, 1, 9, "inf", "9.000000"},
+        {{}, MC3DS_FIT_SIZE, 1, 9, "-0.000000", "9.000000"},
+        {{}, 0, 2, 9, "2.000000", "-inf"},
+    };
+    for (const auto &row : rows) {
+        const LoadedScene scene = LoadBytes(Scene({Object("A", row.xyz)}));
+        Mc3dsOptions options = DefaultOptions(row.flags);
+        options.scale = row.scale;
+        options.size = row.size;
+        TakeReports();
+        Output(scene, options);
+        EXPECT_EQ(TakeReports()[0].text, std::string("Scale ") + row.scaleAfter);
+        EXPECT_EQ(std::to_string(options.scale), row.scaleAfter);
+        EXPECT_EQ(std::to_string(options.size), row.sizeAfter);
+    }
+}
+
+TEST_F(OutputTest, PerObjectFilesKeepSixCharactersOfTheNameAtMost)
+{
+    const struct {
+        const char *outputFile, *written;
+    } rows[] = {
+        {"scene1.mcx", "scene10.mcx scene11.mcx "},
+        {"scene.mcx", "scene0.mcx scene1.mcx "},
+        {"abcdefghij.c", "abcdef0.mcx abcdef1.mcx "},
+        {"abcd", "0.mcx 1.mcx "},
+        {"abc", "abc0.mcx abc1.mcx "},
+        {"", "0.mcx 1.mcx "},
+        {nullptr, "0.mcx 1.mcx "},
+    };
+    const LoadedScene scene = LoadBytes(Scene({Placed("A"), Placed("B")}));
+    for (const auto &row : rows) {
+        Mc3dsOptions options = DefaultOptions(MC3DS_PER_OBJECT);
+        options.outputFile = row.outputFile;
+        Output(scene, options);
+        EXPECT_EQ(FileNames(), row.written);
+    }
+}
+
+// A triangle that wears a material with these maps.
+static LoadedScene Mapped(const Bytes &maps)
+{
+    return LoadBytes(Scene({Material("M", {Finish(grey, grey, grey, 1), maps}),
+                            Object("A", corners, Faces({0, 1, 2}, {MaterialGroup("M", {0})}))}));
+}
+
+TEST_F(OutputTest, HintsAndTextureModesAreSpelledOut)
+{
+    constexpr uint32_t hs = MC3DS_HINT_HS, editable = MC3DS_HINT_EDITABLE, lit = MC3DS_TEXTURE_LIT,
+                       filter = MC3DS_TEXTURE_FILTER, foreshorten = MC3DS_TEXTURE_FORESHORTEN;
+    const struct {
+        uint32_t hintFlags, surfaceFlags;
+        std::string hints, modes, sourceHints, sourceModes;
+    } rows[] = {
+        {0, 0, "NULL", "Null", "0L", "0L"},
+        {hs, lit, "HS", "Lit", "mcHS", "mcLIT"},
+        {editable, foreshorten, "EDITABLE", "Foreshorten", "mcEDITABLE", "mcFORESHORTEN"},
+        {hs | editable, lit | foreshorten, "HS EDITABLE", "Lit Foreshorten", "mcHS|mcEDITABLE",
+         "mcLIT|mcFORESHORTEN"},
+        {~3u, filter, "NULL", "Filter", "0L", "mcFILTER"},
+        {~2u, lit | filter, "HS", "Lit Filter", "mcHS", "mcLIT|mcFILTER"},
+        {~1u, filter | foreshorten, "EDITABLE", "Filter Foreshorten", "mcEDITABLE", "mcFILTER|mcFORESHORTEN"},
+        {~0u, ~0u, "HS EDITABLE", "Lit Filter Foreshorten", "mcHS|mcEDITABLE",
+         "mcLIT|mcFILTER|mcFORESHORTEN"},
+    };
+    const LoadedScene scene = Mapped(Map(0xA200, "BRICK"));
+    for (const auto &row : rows) {
+        Mc3dsOptions options = DefaultOptions();
+        options.hintFlags = row.hintFlags;
+        options.surfaceFlags = row.surfaceFlags;
+        const std::string script = Output(scene, options);
+        EXPECT_EQ(Lines(script, "Hints") + Lines(script, "TextureModes"),
+                  "Hints " + row.hints + "\nTextureModes " + row.modes + "\n");
+        options.flags = MC3DS_SOURCE;
+        const std::string source = Output(scene, options);
+        EXPECT_EQ(Lines(source, "Hints(") + Lines(source, "TextureModes("),
+                  "Hints(" + row.sourceHints + ");\nTextureModes(" + row.sourceModes + ");\n");
+    }
+}
+
+TEST_F(OutputTest, TexturesFollowTheMapsOfTheMaterial)
+{
+    constexpr uint32_t keep = MC3DS_TEXTURES, replace = MC3DS_TEXTURES | MC3DS_TEXTURE_EXTENSION;
+    const Bytes texture = Map(0xA200, "Brick.GIF"), mask = Map(0xA210, "MASK"), sky = Map(0xA220, "SKY.CEL");
+    const struct {
+        Bytes maps;
+        uint32_t surfaceFlags;
+        const char *extension;
+        std::string written; // behind "Texture"
+    } rows[] = {
+        {"", keep, "bmp", " NULL"},
+        {mask, keep, "", " NULL"},
+        {texture, keep, "bmp", " Brick.GIF"},
+        {texture, 0, "", " NULL # Brick.GIF"},
+        {texture + mask, keep, "", "Ext Brick.GIF Mask MASK"},
+        {texture + mask, MC3DS_TEXTURE_EXTENSION, "bmp", " NULL # Brick.bmp Mask MASK.bmp "},
+        {texture + sky, keep, "", " Brick.GIF"},
+        {sky + mask, keep, "", " SKY.CEL"},
+        {sky + mask, 0, "", " NULL # SKY.CEL"},
+        {sky, replace, "", " SKY"},
+        {sky, replace, nullptr, " SKY"},
+        {Map(0xA200, "A.B\\C"), replace, "bmp", " A.B\\C.bmp"},
+        {Map(0xA200, "A.B/C"), replace, "bmp", " A.bmp"},
+        {Map(0xA200, "A.B.C"), replace, "bmp", " A.B.bmp"},
+        {texture, replace, "a.long.extension", " Brick.a.long.extension"},
+    };
+    for (const auto &row : rows) {
+        Mc3dsOptions options = DefaultOptions();
+        options.surfaceFlags = row.surfaceFlags;
+        options.textureExtension = row.extension;
+        EXPECT_EQ(Lines(Output(Mapped(row.maps), options), "Texture"),
+                  (row.written == " NULL" ? "Texture" : "TextureModes Null\nTexture") + row.written + "\n");
+    }
+}
+
+TEST_F(OutputTest, FacesThatCannotBeDrawnAreLeftOutAndNothingElse)
+{
+    const Bytes faces =
+        Faces({0, 1, 3, 0, 1, 2, 2, 1, 0, 2, 0, 1}, {MaterialGroup("M", {0}), MaterialGroup("?", {1, 1}),
+                                                     MaterialGroup("M", {2, 9}), MaterialGroup("M", {2})});
+    const std::string script =
+        Written(Scene({Material("M", {Finish(grey, grey, grey, 1)}), Object("A", corners, faces)}));
+    // The face without its vertex has its surface all the same; that of the unknown material comes once.
+    const std::string surface = "Surface 0.501961 0.501961 0.501961\n";
+    EXPECT_EQ(Lines(script, "Surface"), surface + surface + surface + "Surface 0.587000 0.587000 0.587000\n");
+    EXPECT_EQ(Lines(script, "Triangle"), "Triangle 3 2 1\nTriangle 3 2 1\nTriangle 1 2 3\nTriangle 3 1 2\n");
+}
+
+// Both objects hang on a node that there isn't, so that no clump is reached.
+static const Bytes rootless =
+    Scene({Placed("A"), Placed("B")}, {Kfhdr(1), ObjectNode("A", 5), ObjectNode("B", 5)});
+
+TEST_F(OutputTest, AFileThatCannotBeOpenedCostsOnlyThatFile)
+{
+    constexpr uint32_t all = MC3DS_HEADER | MC3DS_ANIMATION;
+    const std::string lost = "E1 Unable to open file <";
+    const struct {
+        uint32_t flags;
+        const char *outputFile, *headerFile, *animationFile;
+        std::string written, errors;
+    } rows[] = {
+        {all, "x", "y", "z", "x y z ", ""},
+        {all, "no/x", "y", "z", "y z ", lost + "no/x>\n"},
+        {all, "x", "no/y", "z", "x z ", lost + "no/y>\n"},
+        {all | MC3DS_SOURCE, "x", "y", "", "x y ", lost + ">\n"},
+        {all, nullptr, nullptr, nullptr, "", lost + ">\n" + lost + ">\n" + lost + ">\n"},
+        {all | MC3DS_PER_OBJECT, "no/abcd", "y", "z", "", lost + "no/0.mcx>\n" + lost + "no/1.mcx>\n"},
+        {all | MC3DS_DIRECT | MC3DS_SOURCE | MC3DS_PER_OBJECT, "x", "y", "z", "", ""},
+    };
+    for (const auto &row : rows) {
+        const LoadedScene scene = LoadBytes(rootless, "frame 0\n");
+        Mc3dsOptions options = DefaultOptions(row.flags);
+        options.outputFile = row.outputFile;
+        options.headerFile = row.headerFile;
+        options.animationFile = row.animationFile;
+        Output(scene, options);
+        EXPECT_EQ(FileNames(), row.written);
+        EXPECT_EQ(TakeReportLines("E"), row.errors);
+    }
+    Written(rootless, MC3DS_ANIMATION); // without a .vue file
+    EXPECT_EQ(FileNames(), "out.mcx ");
+}
+
+TEST_F(OutputTest, WithoutAClumpTheFunctionReturnsNull)
+{
+    EXPECT_EQ(Lines(Written(rootless, MC3DS_SOURCE), "return"), "return(NULL);\nreturn(NULL);\n");
+    EXPECT_EQ(Lines(Written(rootless, MC3DS_SOURCE | MC3DS_MERGED), "return"),
+              "return(NULL);\nreturn(tmpclump);\n");
+}
+
+TEST_F(OutputTest, OnlyADirectBuildOfSomethingTouchesTheClump)
+{
+    int mark = 0;
+    McClump *const untouched = reinterpret_cast<McClump *>(&mark), *clump = untouched;
+    const LoadedScene scene = LoadBytes(rootless), empty = LoadBytes(Scene({}));
+    Mc3dsOptions direct = DefaultOptions(MC3DS_DIRECT), text = DefaultOptions(MC3DS_SOURCE);
+    text.clumpName = nullptr;
+    direct.size = -1;
+    TakeReports();
+    Mc3dsOutput(empty.get(), &direct, &clump);
+    Mc3dsOutput(nullptr, &direct, &clump);
+    Mc3dsOutput(scene.get(), nullptr, &clump);
+    EXPECT_EQ(direct.size, -1); // a scene without objects changes nothing
+    EXPECT_EQ(TakeReportLines(), "");
+    Mc3dsOutput(scene.get(), &text, &clump);
+    EXPECT_EQ(Lines(ReadFile("out.c"), "McBuild"), "McBuild(void)\n");
+    EXPECT_EQ(clump, untouched);
+    Mc3dsOutput(scene.get(), &direct, nullptr);
+    Mc3dsOutput(scene.get(), &direct, &clump);
+    EXPECT_EQ(clump, nullptr);
+}
+
+TEST_F(OutputTest, TheAnimationFileFollowsTheTreeOrListsWhatHasFrames)
+{
+    // B is A's child; C's parent is a node of no object.
+    const Bytes bytes = Scene({Placed("A"), Placed("B"), Placed("C")},
+                              {Kfhdr(1), ObjectNode("B", 1), ObjectNode("A", noParent), ObjectNode("C", 9)});
+    const char *const five = " 1 0 0 0 1 0 0 0 1 5 0 0\n", *const singular = " 1 0 0 0 1 0 1 1 0 5 0 0\n";
+    const char *const noInverse = "E0 Unable to invert matrix\n";
+    const struct {
+        std::string named; // objects that the .vue file names
+        const char *matrix;
+        uint32_t flags;
+        const char *written; // number and x of every line
+        const char *errors;
+    } rows[] = {
+        {"ABC", five, 0, "1:5 2:0 ", ""},
+        {"ABC", five, MC3DS_MERGED, "1:5 2:0 ", ""},
+        {"ABC", five, MC3DS_FLAT, "1:5 2:5 3:5 ", ""},
+        {"A", five, 0, "1:5 2:-5 ", ""},
+        {"A", five, MC3DS_FLAT, "1:5 ", ""},
+        {"B", five, 0, "", ""},
+        {"BC", five, MC3DS_FLAT, "2:5 3:5 ", ""},
+        {"A", singular, 0, "1:5 2:0 ", noInverse},
+        {"A", singular, MC3DS_FLAT, "1:5 ", ""},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.named + row.matrix);
+        std::string vue = "frame 0\n", word;
+        for (const char name : row.named)
+            vue += "transform " + std::string(1, name) + row.matrix;
+        const LoadedScene scene = LoadBytes(bytes, vue);
+        Mc3dsOptions options = DefaultOptions(row.flags | MC3DS_ANIMATION);
+        options.outputFile = "no/script"; // its tree would bring reports of its own
+        Output(scene, options);
+        std::istringstream words(ReadFile("output/out.anm"));
+        std::ostringstream written;
+        for (double number = 0, value = 0; words >> word >> number;) {
+            for (int i = 0; word == "Transform" && i < 12 && words >> value; ++i)
+                if (i == 9)
+                    written << number << ':' << value + 0.0 << ' ';
+        }
+        EXPECT_EQ(written.str(), row.written);
+        EXPECT_EQ(TakeReportLines("E", 0), row.errors);
+    }
+}

@@ -1,0 +1,316 @@
+// The program as its users meet it: command lines in, exit status, words and files out.
+#if defined(MC3DS_PROGRAM)
+
+#include <algorithm>
+#include <cstdlib>
+#include <regex>
+#include <sstream>
+
+#include "command.h"
+#include "harness.h"
+
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#endif
+
+namespace fs = std::filesystem;
+using namespace chunks;
+
+static const fs::path program = fs::absolute(MC3DS_PROGRAM);
+
+struct Outcome {
+    int status;
+    std::string said;  // stdout, then stderr
+    std::string files; // those that came, sorted, a blank between
+};
+
+static std::string ListFiles()
+{
+    std::vector<std::string> names;
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator("."))
+        names.push_back(entry.path().lexically_relative(".").generic_string());
+    std::sort(names.begin(), names.end());
+    std::string list;
+    for (const std::string &name : names)
+        list += (list.empty() ? "" : " ") + name;
+    return list;
+}
+
+static Bytes Triangle(const Bytes &name, float x)
+{
+    return NamedObject(name, {Mesh({Points({x, 0, 0, x + 4, 0, 0, x, 2, 0}), TexVerts({0, 0, 1, 0, 0, 1}),
+                                    Faces({0, 1, 2}, {MaterialGroup("GLASS", {0})})})});
+}
+
+// A folder with a scene of two objects, LID in BOX, its animation, and things that are none.
+static void MakeInputs()
+{
+    for (const fs::directory_entry &entry : fs::directory_iterator("."))
+        fs::remove_all(entry.path());
+    const Bytes grey = Colour24(51, 51, 51);
+    const Bytes glass = Material("GLASS", {Finish(grey, grey, grey, 2, 25, 50), Map(0xA200, "PANE.GIF")});
+    WriteFile("two.3ds", Scene({glass, Triangle("BOX", 0), Triangle("LID", 6)},
+                               {Kfhdr(2), ObjectNode("BOX", noParent), ObjectNode("LID", 0)}));
+    WriteFile("two.vue",
+              "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 7 0 0 transform LID 1 0 0 0 1 0 0 0 1 0 0 0");
+    WriteFile("none.3ds", Scene({}));
+    WriteFile("text.3ds", "no scene");
+    WriteFile("lost.3ds", Scene({Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
+    fs::create_directory("dir");
+}
+
+// before stands ahead of the program's name in the shell's line.
+static Outcome Start(const std::string &arguments, const std::string &before = "")
+{
+    const std::string inputs = ' ' + ListFiles() + ' ';
+#if defined(_WIN32)
+    const CommandResult result = RunCommand('"' + Quoted(program.string()) + ' ' + arguments + '"');
+    Outcome run = {result.status, result.output, ""};
+#else
+    const std::string line = before + MC3DS_EMULATOR " " + Quoted(program.string()) + ' ' + arguments;
+    const CommandResult result = RunCommand("{ " + line + "\n}");
+    Outcome run = {WIFEXITED(result.status) ? WEXITSTATUS(result.status) : -1, result.output, ""};
+#endif
+    std::istringstream names(ListFiles());
+    for (std::string name; names >> name;)
+        if (inputs.find(' ' + name + ' ') == std::string::npos)
+            run.files += (run.files.empty() ? "" : " ") + name;
+    return run;
+}
+
+struct ProgramTest : SceneTest {};
+
+struct Row {
+    const char *arguments;
+    int status;
+    const char *says; // an expression that the program's words match
+    const char *files = "";
+};
+
+static const Row rows[] = {
+    {"two.3ds", 0, "two.3ds: wrote two.mcx \\([0-9]+ bytes\\)", "two.mcx"},
+    {"-q two.3ds", 0, "^$", "two.mcx"},
+    {"-v two.3ds", 0, "Object <BOX>\nObject <LID>\n", "two.mcx"},
+    {"-vv two.3ds -o dir/x.y", 0, "Reading 3 vertices", "dir/x.y"},
+    {"two.3ds --source --header --animation", 0, "wrote two.mca", "two.c two.h two.mca"},
+    {"two.3ds --header=dir/two.mcx --animation=a -o two.mcx", 0, "wrote dir/two.mcx",
+     "a dir/two.mcx two.mcx"},
+    {"two.3ds --per-object", 0, "wrote two1.mcx", "two0.mcx two1.mcx"},
+    {"two.3ds --per-object --source -o dir/overlong_name.x", 0, "",
+     "dir/overlong_name0.c dir/overlong_name1.c"},
+    {"none.3ds", 1, "error: the scene has no objects"},
+    {"text.3ds", 1, "error: File is not a 3DS file"},
+    {"missing.3ds", 1, "error: no scene: No such file or directory"},
+    {"dir", 1, "error: .*it is a folder"},
+    {"two.3ds -o dir", 1, "cannot write \"dir\": it is a folder"},
+    {"two.3ds -o lost/x.mcx", 1, "cannot write \"lost/x.mcx\": folder \"lost\": No such file"},
+    {"two.3ds -o dir/../two.3ds", 1, "it is the scene itself"},
+    {"two.3ds --header=two.vue", 1, "it is the animation that belongs to the scene"},
+    {"two.3ds --animation=./two.mcx", 1, "two of the files to write are one"},
+    {"lost.3ds", 0, "warning: 1 of 1 objects hang from something that is no object.*\"BOX\"", "lost.mcx"},
+    {"lost.3ds --animation", 0, "warning: no animation: there is no \"lost.vue\"", "lost.mcx"},
+    {"", 2, "no scene is given"},
+    {"two.3ds none.3ds", 2, "more than one scene.*none.3ds"},
+    {"two.3ds --bogus", 2, "--bogus"},
+    {"two.3ds --direct --source", 2, "--direct and --source contradict"},
+    {"two.3ds --direct -o x", 2, "--direct and --output contradict"},
+    {"two.3ds --direct --animation=x", 2, "--direct and --animation=FILE contradict"},
+    {"two.3ds --per-object --header", 2, "--per-object and --header contradict"},
+    {"two.3ds --per-object --center", 2, "--per-object and --centre contradict"},
+    {"two.3ds --scale 1 --size 1", 2, "--scale and --size contradict"},
+    {"two.3ds --clump-name x", 2, "--clump-name needs --source"},
+    {"two.3ds --clump-name a-b --source", 2, "--clump-name: \"a-b\""},
+    {"two.3ds --scale 1,5", 2, "--scale: \"1,5\" is no number"},
+    {"two.3ds --scale 0", 2, "--scale: 0 is out of range: above 0"},
+    {"two.3ds --size 1e99", 2, "--size: 1e99 is out of range"},
+    {"two.3ds --opacity 1.5", 2, "--opacity: 1.5 is out of range: 0 to 1"},
+    {"two.3ds --weights 1,2", 2, "--weights: \"1,2\" is not three numbers"},
+    {"--help", 0, "-o, --output OUTPUT .*default: the scene's name"},
+    {"--version --bogus", 0, "^3ds2mcx 3.0\n$"},
+};
+
+TEST_F(ProgramTest, EachCommandLineHasItsStatusItsWordsAndItsFiles)
+{
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.arguments);
+        MakeInputs();
+        const Outcome run = Start(row.arguments);
+        EXPECT_EQ(run.status, row.status);
+        EXPECT_TRUE(std::regex_search(run.said, std::regex(row.says))) << run.said;
+        EXPECT_EQ(run.files, row.files);
+    }
+}
+
+TEST_F(ProgramTest, EachOptionOfTheLibraryReachesTheOutput)
+{
+    const char *const fragments[][2] = {
+        {"--protos", "ProtoInstance LID"},
+        {"--flat", "    Tag 1\n"},
+        {"--merged", "Triangle 4 5 6"},
+        {"--centre", "0.0 -5.000000 0.000000 1.000000 1.0"},
+        {"--scale 2.5", "Vertex[^\n]* 25.000000"},
+        {"--size 5", "VertexExt +5.000000"},
+        {"--texture-lit", "TextureModes Lit"},
+        {"--texture-filter", "TextureModes Filter"},
+        {"--texture-foreshorten", "TextureModes Foreshorten"},
+        {"--no-textures", "Texture NULL # PANE.GIF"},
+        {"--texture-extension .bmp", "Texture PANE.bmp"},
+        {"--texture-extension \"\"", "Texture PANE\n"},
+        {"--opacity 0.25", "Opacity 0.250000"},
+        {"--weights 1,1,3", "Surface 1.000000"},
+        {"--hint-hs", "Hints HS\n"},
+        {"--hint-editable", "Hints EDITABLE"},
+        {"--animation", " 7.000000 0.000000 "},
+        {"--source", "McBuildtwo\\(void\\)"},
+        {"--source --clump-name Other", "McBuildOther\\(void\\)"},
+    };
+    MakeInputs();
+    ASSERT_EQ(Start("two.3ds -o plain").status, 0);
+    const std::string plain = ReadFile("plain");
+    for (const auto &[arguments, fragment] : fragments) {
+        SCOPED_TRACE(arguments);
+        ASSERT_EQ(Start(std::string("two.3ds -o out ") + arguments).status, 0);
+        EXPECT_TRUE(std::regex_search(ReadFile("out"), std::regex(fragment))) << ReadFile("out");
+        EXPECT_FALSE(std::regex_search(plain, std::regex(fragment)));
+    }
+}
+
+TEST_F(ProgramTest, CommentsNameTheFileAsItWillBeCalled)
+{
+    MakeInputs();
+    ASSERT_EQ(Start("two.3ds --per-object -o dir/overlong_name.mcx").status, 0);
+    EXPECT_NE(ReadFile("dir/overlong_name1.mcx")
+                  .find("# <overlong_name.mcx> Created from 3D Studio File <two.3ds>"),
+              std::string::npos);
+}
+
+// Whatever the limit cuts off, the script, the header or the animation file: the run fails and all of it
+// goes.
+TEST_F(ProgramTest, FilesAppearWholeOrNotAtAll)
+{
+#if !defined(_WIN32)
+    int failed = 0, done = 0;
+    for (int blocks = 1; blocks <= 12; ++blocks) {
+        SCOPED_TRACE(blocks);
+        MakeInputs();
+        WriteFile("two.vue", ReadFile("two.vue") + "\nframe 1\n");
+        WriteFile("out.c", "old");
+        const std::string limit = "ulimit -f " + std::to_string(blocks) + " 2>&1; ";
+        const Outcome run = Start("two.3ds --header --animation --source -o out.c", limit);
+        if (run.status == 0) {
+            ++done;
+            EXPECT_EQ(run.files, "out.h out.mca");
+        } else {
+            ++failed;
+            EXPECT_EQ(run.status, 1);
+            EXPECT_NE(run.said.find("cannot write \"out."), std::string::npos) << run.said;
+            EXPECT_NE(run.said.find("File too large"), std::string::npos) << run.said;
+            EXPECT_EQ(run.files, "");
+            EXPECT_EQ(ReadFile("out.c"), "old");
+        }
+    }
+    EXPECT_GT(failed, 0);
+    EXPECT_GT(done, 0);
+#endif
+}
+
+TEST_F(ProgramTest, TargetsThatAreNoPlainFilesStayWhatTheyAre)
+{
+#if !defined(_WIN32)
+    MakeInputs();
+    ASSERT_EQ(Start("two.3ds -q -o plain").status, 0);
+    EXPECT_EQ(Start("two.3ds -o /dev/null --header=/dev/null").status, 0);
+    EXPECT_EQ(fs::status("/dev/null").type(), fs::file_type::character);
+
+    const Outcome full = Start("two.3ds -o x.mcx --header=/dev/full");
+    EXPECT_EQ(full.status, 1);
+    EXPECT_NE(full.said.find("cannot write \"/dev/full\": No space left on device"), std::string::npos);
+    EXPECT_EQ(full.files, "");
+    EXPECT_EQ(Start("--direct two.3ds >/dev/full").status, 1);
+    EXPECT_EQ(Start("two.3ds -o /dev/null --header").status, 1); // not /dev/null.h
+
+    fs::create_symlink("dir/seen.mcx", "link");
+    WriteFile("dir/seen.mcx", "old");
+    fs::permissions("dir/seen.mcx", fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(Start("two.3ds -o link").status, 0);
+    EXPECT_TRUE(fs::is_symlink("link"));
+    EXPECT_NE(ReadFile("dir/seen.mcx"), "old");
+    EXPECT_EQ(fs::status("link").permissions(), fs::perms::owner_read | fs::perms::owner_write);
+
+    ASSERT_EQ(std::system("mkfifo pipe && { cat pipe >got & }"), 0);
+    EXPECT_EQ(Start("two.3ds -q -o pipe; wait").status, 0);
+    EXPECT_TRUE(fs::is_fifo("pipe"));
+#endif
+}
+
+TEST_F(ProgramTest, AnInterruptedRunLeavesNothingBehind)
+{
+#if !defined(_WIN32)
+    MakeInputs();
+    // Nobody reads the pipe: the program waits for that with its private folder made.
+    const Outcome run = Start("two.3ds -o pipe & { sleep 0.5; ls -A | grep 3ds2mcx-; kill $!; wait $!; }",
+                              "mkfifo pipe; export TMPDIR=$PWD; ");
+    EXPECT_NE(run.said.find(".3ds2mcx-"), std::string::npos);
+    EXPECT_EQ(run.status, 128 + 15);
+    EXPECT_EQ(run.files, "pipe");
+#endif
+}
+
+// With stderr closed a file that is opened next would take its place.
+TEST_F(ProgramTest, ReportsNeverEndUpInAFile)
+{
+#if !defined(_WIN32)
+    const Bytes wide =
+        Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), TexVerts({0, 0, 99, 0, 0, 1}), Faces({0, 1, 2})});
+    WriteFile("wide.3ds", Scene({NamedObject("WIDE", {wide})}));
+    ASSERT_NE(Start("wide.3ds -o out").said.find("co-ordinate range"), std::string::npos);
+    const std::string plain = ReadFile("out");
+    ASSERT_EQ(Start("wide.3ds -o out 2>&-").status, 0);
+    EXPECT_EQ(ReadFile("out"), plain);
+#endif
+}
+
+TEST_F(ProgramTest, AnAnimationInOtherLettersIsPointedOut)
+{
+    MakeInputs();
+    fs::rename("two.vue", "Two.VUE");
+    if (fs::exists("two.vue"))
+        GTEST_SKIP() << "the file system doesn't tell letters by case";
+    const Outcome run = Start("two.3ds --animation");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.said.find("there is \"Two.VUE\", but it must be called \"two.vue\""), std::string::npos);
+    EXPECT_EQ(run.files, "two.mcx");
+}
+
+#if defined(MC3DS_HAVE_MCLMODEL)
+TEST_F(ProgramTest, TheListOfADirectBuildTellsWhereThingsAre)
+{
+    MakeInputs();
+    const Outcome run = Start("two.3ds --direct --protos --size 5");
+    EXPECT_EQ(run.files, "");
+    EXPECT_EQ(run.said, "model: 2 clumps, 2 prototypes, 1 surface\n"
+                        "prototype BOX: 3 vertices, 1 triangle\n"
+                        "prototype LID: 3 vertices, 1 triangle\n"
+                        "clump 2 BOX: 0 vertices, 0 triangles\n"
+                        "  . placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
+                        "  . instance of BOX, placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
+                        "  . bounds 0 0 -1 to 2 0 0\n"
+                        "  clump 3 LID: 0 vertices, 0 triangles\n"
+                        "    . placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
+                        "    . instance of LID, placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
+                        "    . bounds 3 0 -1 to 5 0 0\n");
+    std::string nodes;
+    for (uint16_t i = 0; i < 200; ++i)
+        nodes += ObjectNode("$$$DUMMY", i == 0 ? noParent : static_cast<uint16_t>(i - 1));
+    WriteFile("deep.3ds", Scene({Triangle("BOX", 0)}, {Kfhdr(1), nodes}));
+    std::istringstream lines(Start("deep.3ds --direct").said);
+    size_t longest = 0;
+    std::string said;
+    for (std::string line; std::getline(lines, line); said += line + '\n')
+        longest = std::max(longest, line.size());
+    EXPECT_NE(said.find(" depth 200: clump "), std::string::npos) << said;
+    EXPECT_LT(longest, 100u);
+}
+#endif
+
+#endif

@@ -1,0 +1,91 @@
+// The library as its hosts see it: headers, exports, callbacks.
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+
+#include "command.h"
+#include "harness.h"
+#include "worked_scene.h"
+
+struct PublicFace : SceneTest {};
+
+TEST_F(PublicFace, TheHeadersCompileAloneAndTogetherInBothLanguages)
+{
+    WriteFile("alone.c", "#include <mcl3ds20.h>\n#include <mcl3ds20.h>\nMc3dsOptions options;\n");
+    WriteFile("together.c", "#include <mclmodel.h>\n#include <mcl3ds20.h>\n"
+                            "McClump *clump; void f(Mc3dsFile *s, Mc3dsOptions *o);\n"
+                            "void f(Mc3dsFile *s, Mc3dsOptions *o) { Mc3dsOutput(s, o, &clump); }\n");
+    WriteFile("library.c", "#include <mclib.h>\nMcUV uv = {CREAL(0.5), mcLIT};\n");
+    const std::string strict = " -pedantic -Wall -Wextra -Werror -fsyntax-only -I" +
+                               Quoted(MC3DS_INCLUDE_DIR) + " -I" + Quoted(MC3DS_MCL_INCLUDE_DIR) + " ";
+    for (const char *source : {"alone.c", "together.c", "library.c"}) {
+        MustRun(Quoted(MC3DS_C_COMPILER) + " -std=c99" + strict + source);
+        MustRun(Quoted(MC3DS_CXX_COMPILER) + " -std=c++17 -x c++" + strict + source);
+    }
+}
+
+#if !defined(_WIN32)
+TEST_F(PublicFace, TheLibraryExportsSixNamesAndNothingElse)
+{
+    std::istringstream symbols(MustRun("nm -D --defined-only " + Quoted(MC3DS_LIBRARY)));
+    std::vector<std::string> names;
+    for (std::string address, kind, name; symbols >> address >> kind >> name;)
+        names.push_back(kind + " " + name);
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"T Mc3dsGetVersion", "T Mc3dsLoadFile", "T Mc3dsOutput",
+                                               "T Mc3dsSetErrorCallback", "T Mc3dsSetMessageCallback",
+                                               "T Mc3dsUnloadFile"}));
+}
+#endif
+
+static int heard;
+
+static void Throw(int32_t, const char *)
+{
+    ++heard;
+    throw std::runtime_error("a host that throws");
+}
+
+TEST_F(PublicFace, ACallbackMayThrowOrBeMissing)
+{
+    const auto work = [](Mc3dsCallback callback) {
+        Mc3dsSetErrorCallback(callback);
+        Mc3dsSetMessageCallback(callback);
+        Mc3dsOptions options = DefaultOptions(MC3DS_HEADER | MC3DS_ANIMATION);
+        EXPECT_FALSE(Load("missing.3ds"));
+        return Output(LoadBytes(WorkedScene(), WorkedVue()), options);
+    };
+    const Mc3dsCallback silent = [](int32_t, const char *) { ++heard; };
+    const std::string written = work(silent);
+    EXPECT_GT(std::exchange(heard, 0), 80);
+    EXPECT_EQ(work(Throw), written);
+    const int heardThrowing = std::exchange(heard, 0);
+    EXPECT_EQ(work(nullptr), written);
+    EXPECT_EQ(heard, 0);
+    work(silent);
+    EXPECT_EQ(heardThrowing, heard);
+}
+
+TEST_F(PublicFace, SettersGiveBackWhatWasSetBeforeEachForItself)
+{
+    Mc3dsCallback error = [](int32_t, const char *) {},
+                  message = [](int32_t level, const char *) { heard = level; };
+    Mc3dsSetErrorCallback(nullptr);
+    Mc3dsSetMessageCallback(nullptr);
+    EXPECT_EQ(Mc3dsSetErrorCallback(error), nullptr);
+    EXPECT_EQ(Mc3dsSetMessageCallback(message), nullptr);
+    EXPECT_EQ(Mc3dsSetErrorCallback(nullptr), error);
+    EXPECT_EQ(Mc3dsSetMessageCallback(nullptr), message);
+    EXPECT_STREQ(Mc3dsGetVersion(), "3.0");
+    EXPECT_EQ(Mc3dsGetVersion(), Mc3dsGetVersion());
+}
+
+TEST_F(PublicFace, ALongReportIsCutAndNoOtherFollows)
+{
+    const std::string path(300, 'x');
+    EXPECT_FALSE(Load(path));
+    EXPECT_EQ(TakeReportLines(), "E1 " + ("Unable to open file <" + path).substr(0, 255) + "\n");
+    Mc3dsUnloadFile(nullptr);
+    EXPECT_EQ(Mc3dsLoadFile(nullptr), nullptr);
+    EXPECT_EQ(TakeReportLines(), "");
+}
