@@ -1,0 +1,210 @@
+// Times actions, in turns and in one process, and prints for each the median in seconds and by how many KiB
+// the peak of the process' memory has grown since its start.
+//   mc3ds_measure RUNS OUTPUT ACTION FILE [ACTION FILE]...
+// fread, load and base-load read FILE and free what they read; fwrite writes its bytes; script and source
+// write the scene in it, direct and bare build its model; convert and base-convert load it and write it as a
+// script. base- is the plain way, bare as many calls of the Meshcaster library as a direct build makes, with
+// nothing around them. Files are written to OUTPUT and stay as OUTPUT.ACTION; a header and an animation file
+// have .h and .anim behind that.
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <mclmodel.h>
+#include <string>
+#include <vector>
+
+#include "baseline.h"
+
+struct Job {
+    std::string action, path, bytes;
+    const Mc3dsFile *scene;
+    std::vector<double> times;
+};
+
+static std::string output;
+
+static double Now()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Not getrusage's figure, which a process inherits from the one that started it.
+static long PeakKiB()
+{
+    long peak = 0;
+    FILE *status = std::fopen("/proc/self/status", "r");
+    for (char line[256]; status && std::fgets(line, sizeof line, status);)
+        if (std::strncmp(line, "VmHWM:", 6) == 0)
+            peak = std::atol(line + 6);
+    if (status)
+        std::fclose(status);
+    return peak;
+}
+
+static void Require(bool condition, const std::string &what)
+{
+    if (condition)
+        return;
+    std::perror(what.c_str());
+    std::exit(1);
+}
+
+static void PlainRead(const std::string &path, char *bytes, size_t size)
+{
+    FILE *stream = std::fopen(path.c_str(), "rb");
+    Require(stream && std::fread(bytes, 1, size, stream) == size, path);
+    std::fclose(stream);
+}
+
+static void PlainWrite(const std::string &bytes)
+{
+    FILE *stream = std::fopen(output.c_str(), "wb");
+    Require(stream && std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size(), output);
+    Require(std::fclose(stream) == 0, output);
+}
+
+static void BareSurface(const Mc3dsMaterial &material)
+{
+    McSetSurface(0.1f, 0.5f, 0.9f);
+    McSetSurfaceColor(material.diffuse[0], material.diffuse[1], material.diffuse[2]);
+    McSetSurfaceOpacity(1.0f);
+    McSetSurfaceGeometrySampling(mcSOLID);
+    McSetSurfaceLightSampling(mcVERTEX);
+    if (material.textureMap[0] != '\0')
+        McSetSurfaceTextureModes(0);
+    McSetSurfaceTexture(material.textureMap[0] != '\0' ? material.textureMap : nullptr);
+}
+
+static void BareTriangle(const Mc3dsFace &face)
+{
+    McTriangle(static_cast<int>(face.a) + 1, static_cast<int>(face.b) + 1, static_cast<int>(face.c) + 1);
+}
+
+static void BareMesh(const Mc3dsFile *scene, const Mc3dsObject &object)
+{
+    for (int32_t i = 0; i < object.vertexCount; ++i) {
+        const Mc3dsVertex &vertex = object.vertices[i];
+        McUV uv = {vertex.u, vertex.v};
+        McVertexExt(vertex.x, vertex.y, vertex.z, &uv, nullptr);
+    }
+    for (uint32_t i = 0; i < object.groupCount; ++i) {
+        BareSurface(scene->materials[object.groups[i].material]);
+        for (uint32_t j = 0; j < object.groups[i].count; ++j)
+            BareTriangle(object.faces[object.groups[i].faces[j]]);
+    }
+    BareSurface(scene->materials[0]);
+    for (int32_t i = 0; i < object.faceCount; ++i)
+        if (object.faces[i].material == 0)
+            BareTriangle(object.faces[i]);
+}
+
+static McClump *BareModel(const Mc3dsFile *scene)
+{
+    McClump *clump = nullptr;
+    McMatrix4d *matrix = McCreateMatrix();
+    McModelBegin();
+    McClumpBegin();
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        McTransformBegin();
+        for (int element = 0; element < 16; ++element)
+            McSetMatrixElement(matrix, element / 4, element % 4, element % 5 == 0 ? 1.0f : 0.0f);
+        McTransformCTM(matrix);
+        McClumpBegin();
+        McSetHints(0);
+        McSetTag(static_cast<int>(i));
+        BareMesh(scene, scene->objects[i]);
+        McClumpEnd(&clump);
+        McTransformEnd();
+    }
+    McClumpEnd(&clump);
+    McModelEnd();
+    McDestroyMatrix(matrix);
+    return clump;
+}
+
+static McClump *Output(const std::string &action, const Mc3dsFile *scene)
+{
+    const std::string header = output + ".h", animation = output + ".anim";
+    McClump *clump = nullptr;
+    const uint32_t flags = action.ends_with("source") ? MC3DS_SOURCE | MC3DS_HEADER | MC3DS_ANIMATION
+                           : action == "direct"       ? MC3DS_DIRECT
+                                                      : 0;
+    Mc3dsOptions options = {
+        flags, MC3DS_TEXTURES, 0,    "Scene", output.c_str(), header.c_str(), animation.c_str(),
+        "",    0.75f,          0.0f, 0.299f,  0.587f,         0.114f,         1.0f};
+    if (action.starts_with("base-"))
+        BaselineOutput(scene, &options);
+    else
+        Mc3dsOutput(scene, &options, &clump);
+    return clump;
+}
+
+static void Prepare(Job *job)
+{
+    const bool plain = job->action == "fread" || job->action == "fwrite";
+    if (plain) {
+        FILE *stream = std::fopen(job->path.c_str(), "rb");
+        Require(stream && fseeko(stream, 0, SEEK_END) == 0, job->path);
+        job->bytes.resize(static_cast<size_t>(ftello(stream)));
+        std::fclose(stream);
+        PlainRead(job->path, job->bytes.data(), job->bytes.size());
+    } else if (!job->action.ends_with("load") && !job->action.ends_with("convert")) {
+        job->scene = Mc3dsLoadFile(job->path.c_str());
+        Require(job->scene != nullptr, job->path);
+    }
+}
+
+static McClump *Act(const Job &job)
+{
+    const char *path = job.path.c_str();
+    if (job.action == "fread") {
+        auto *memory = static_cast<char *>(std::malloc(job.bytes.size()));
+        PlainRead(job.path, memory, job.bytes.size());
+        std::free(memory);
+    } else if (job.action == "fwrite") {
+        PlainWrite(job.bytes);
+    } else if (job.scene) {
+        return job.action == "bare" ? BareModel(job.scene) : Output(job.action, job.scene);
+    } else {
+        const bool base = job.action.starts_with("base-");
+        Mc3dsFile *scene = base ? BaselineLoad(path) : Mc3dsLoadFile(path);
+        if (scene && job.action.ends_with("convert"))
+            Output(job.action, scene);
+        if (scene)
+            base ? BaselineFree(scene) : Mc3dsUnloadFile(scene);
+    }
+    return nullptr;
+}
+
+int main(int argc, char **argv)
+{
+    const long peakAtStart = PeakKiB();
+    if (argc < 5 || argc % 2 == 0) {
+        std::fprintf(stderr, "usage: %s RUNS OUTPUT ACTION FILE [ACTION FILE]...\n", argv[0]);
+        return 2;
+    }
+    output = argv[2];
+    // Hosts listen; reports that go nowhere could be cheaper.
+    Mc3dsSetErrorCallback([](int32_t, const char *) {});
+    Mc3dsSetMessageCallback([](int32_t, const char *) {});
+    std::vector<Job> jobs;
+    for (int i = 3; i < argc; i += 2)
+        Prepare(&jobs.emplace_back(Job{argv[i], argv[i + 1], "", nullptr, {}}));
+    for (int run = 0; run < std::atoi(argv[1]); ++run)
+        for (Job &job : jobs) {
+            const double start = Now();
+            McClump *clump = Act(job);
+            job.times.push_back(Now() - start);
+            McFreeModel(clump);
+            for (const char *kind : {"", ".h", ".anim"})
+                std::rename((output + kind).c_str(), (output + "." + job.action + kind).c_str());
+        }
+    for (Job &job : jobs) {
+        std::sort(job.times.begin(), job.times.end());
+        std::printf("%s %s %.6f %ld\n", job.action.c_str(), job.path.c_str(), job.times[job.times.size() / 2],
+                    PeakKiB() - peakAtStart);
+    }
+    return 0;
+}
