@@ -1,0 +1,46 @@
+#!/bin/sh
+# Installs what the named groups need and the machine lacks: tools/setup.sh [build] [test] [ci]
+# Where nothing is lacking, nothing is fetched and no rights are needed.
+set -eu
+
+wanted=
+for group in "$@"; do
+    case $group in
+    build) wanted="$wanted g++ cmake ninja-build libcli11-dev libpng-dev" ;;
+    test) wanted="$wanted libgtest-dev" ;;
+    ci) wanted="$wanted clang clang-format libclang-rt-14-dev libbenchmark-dev" ;;
+    *)
+        echo "setup.sh: no group is called '$group'; there are build, test and ci" >&2
+        exit 2
+        ;;
+    esac
+done
+
+if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+    echo "setup.sh: not a Debian system; going on with what is installed. Packages by their Debian names:$wanted" >&2
+    exit 0
+fi
+
+missing=
+for package in $wanted; do
+    # A package installed for two architectures answers twice.
+    case $(dpkg-query -W -f '${db:Status-Status} ' "$package" 2>/dev/null || true) in
+    "installed "*) ;;
+    *) missing="$missing $package" ;;
+    esac
+done
+[ -n "$missing" ] || exit 0
+
+as_root=
+if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+        echo "setup.sh: to be installed by root, as there is no sudo:$missing" >&2
+        exit 1
+    fi
+    as_root=sudo
+fi
+echo "Installing$missing"
+$as_root apt-get -q -o DPkg::Lock::Timeout=300 update
+# shellcheck disable=SC2086
+$as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get -q -y -o DPkg::Lock::Timeout=300 install --no-install-recommends $missing

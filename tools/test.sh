@@ -1,0 +1,9 @@
+#!/bin/sh
+# Sets up, builds, and runs every test. The last lines and the exit status are those of ctest.
+set -eu
+cd "$(dirname "$0")/.."
+
+tools/setup.sh build test
+cmake --preset release
+cmake --build --preset release --parallel "$(nproc)"
+exec ctest --preset release
