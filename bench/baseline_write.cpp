@@ -27,41 +27,42 @@ static void Separator(Writer *writer)
     writer->blank = true;
 }
 
+#define LINE(writer, ...) (StartLine(writer), std::fprintf((writer)->out, __VA_ARGS__))
+
 // One line in script or C source.
-#define LINE(writer, script, text, ...)                                                                      \
-    (StartLine(writer),                                                                                      \
-     std::fprintf((writer)->out, (writer)->source ? text : script __VA_OPT__(, ) __VA_ARGS__))
+#define EITHER(writer, script, text, ...)                                                                    \
+    LINE(writer, (writer)->source ? text : script __VA_OPT__(, ) __VA_ARGS__)
 
 static void Placement(Writer *writer, const Mc3dsTransform &transform)
 {
     const auto &m = transform.m;
     if (!writer->source) {
-        LINE(writer, "Transform %f %f %f 0.0 %f %f %f 0.0 %f %f %f 0.0 %f %f %f 1.0\n", "", m[0][0], m[0][1],
+        LINE(writer, "Transform %f %f %f 0.0 %f %f %f 0.0 %f %f %f 0.0 %f %f %f 1.0\n", m[0][0], m[0][1],
              m[0][2], m[1][0], m[1][1], m[1][2], m[2][0], m[2][1], m[2][2], m[3][0], m[3][1], m[3][2]);
         return;
     }
     for (int r = 0; r < 4; ++r) {
         for (int c = 0; c < 3; ++c)
-            LINE(writer, "", "McSetMatrixElement(tmpmat, %d, %d, CREAL(%f));\n", r, c, m[r][c]);
-        LINE(writer, "", "McSetMatrixElement(tmpmat, %d, 3, CREAL(%s));\n", r, r < 3 ? "0.0f" : "1.0f");
+            LINE(writer, "McSetMatrixElement(tmpmat, %d, %d, CREAL(%f));\n", r, c, m[r][c]);
+        LINE(writer, "McSetMatrixElement(tmpmat, %d, 3, CREAL(%s));\n", r, r < 3 ? "0.0f" : "1.0f");
     }
-    LINE(writer, "", "McTransformCTM(tmpmat);\n");
+    LINE(writer, "McTransformCTM(tmpmat);\n");
 }
 
 static void ClumpHead(Writer *writer, uint32_t tag)
 {
     Separator(writer);
-    LINE(writer, "ClumpBegin\n", "McClumpBegin();\n");
+    EITHER(writer, "ClumpBegin\n", "McClumpBegin();\n");
     ++writer->indent;
-    LINE(writer, "Hints NULL\n", "McSetHints(0L);\n");
-    LINE(writer, "Tag %u\n", "McSetTag(%u);\n", tag);
+    EITHER(writer, "Hints NULL\n", "McSetHints(0L);\n");
+    EITHER(writer, "Tag %u\n", "McSetTag(%u);\n", tag);
     Separator(writer);
 }
 
 static void ClumpEnd(Writer *writer)
 {
     --writer->indent;
-    LINE(writer, "ClumpEnd\n", "McClumpEnd(&tmpclump);\n");
+    EITHER(writer, "ClumpEnd\n", "McClumpEnd(&tmpclump);\n");
 }
 
 static double Reduce(const Mc3dsOptions *options, const float c[3])
@@ -75,28 +76,28 @@ static void Surface(Writer *writer, const Mc3dsMaterial &material)
     const float *c = material.diffuse;
     const double ambient = Reduce(writer->options, material.ambient);
     Separator(writer);
-    LINE(writer, "Surface %f %f %f\n", "McSetSurface(CREAL(%f), CREAL(%f), CREAL(%f));\n",
-         ambient < 0.1f ? 0.1f : ambient, Reduce(writer->options, c),
-         Reduce(writer->options, material.specular));
-    LINE(writer, "Color %f %f %f\n", "McSetSurfaceColor(CREAL(%f), CREAL(%f), CREAL(%f));\n", c[0], c[1],
-         c[2]);
-    LINE(writer, "Opacity %f\n", "McSetSurfaceOpacity(CREAL(%f));\n",
-         static_cast<float>(1.0 - static_cast<double>(material.transparency)));
-    LINE(writer, "GeometrySampling %s\n", "McSetSurfaceGeometrySampling(mc%s);\n",
-         material.shading == 1 ? "WIREFRAME" : "SOLID");
-    LINE(writer, "LightSampling %s\n", "McSetSurfaceLightSampling(mc%s);\n",
-         material.shading <= 2 ? "FACET" : "VERTEX");
+    EITHER(writer, "Surface %f %f %f\n", "McSetSurface(CREAL(%f), CREAL(%f), CREAL(%f));\n",
+           ambient < 0.1f ? 0.1f : ambient, Reduce(writer->options, c),
+           Reduce(writer->options, material.specular));
+    EITHER(writer, "Color %f %f %f\n", "McSetSurfaceColor(CREAL(%f), CREAL(%f), CREAL(%f));\n", c[0], c[1],
+           c[2]);
+    EITHER(writer, "Opacity %f\n", "McSetSurfaceOpacity(CREAL(%f));\n",
+           static_cast<float>(1.0 - static_cast<double>(material.transparency)));
+    EITHER(writer, "GeometrySampling %s\n", "McSetSurfaceGeometrySampling(mc%s);\n",
+           material.shading == 1 ? "WIREFRAME" : "SOLID");
+    EITHER(writer, "LightSampling %s\n", "McSetSurfaceLightSampling(mc%s);\n",
+           material.shading <= 2 ? "FACET" : "VERTEX");
     if (material.textureMap[0] != '\0') {
-        LINE(writer, "TextureModes Null\n", "McSetSurfaceTextureModes(0L);\n");
-        LINE(writer, "Texture %s\n", "McSetSurfaceTexture(\"%s\");\n", material.textureMap);
+        EITHER(writer, "TextureModes Null\n", "McSetSurfaceTextureModes(0L);\n");
+        EITHER(writer, "Texture %s\n", "McSetSurfaceTexture(\"%s\");\n", material.textureMap);
     } else {
-        LINE(writer, "Texture NULL\n", "McSetSurfaceTexture(NULL);\n");
+        EITHER(writer, "Texture NULL\n", "McSetSurfaceTexture(NULL);\n");
     }
 }
 
 static void Triangle(Writer *writer, const Mc3dsFace &face)
 {
-    LINE(writer, "Triangle %u %u %u\n", "McTriangle(%u, %u, %u);\n", face.a + 1, face.b + 1, face.c + 1);
+    EITHER(writer, "Triangle %u %u %u\n", "McTriangle(%u, %u, %u);\n", face.a + 1, face.b + 1, face.c + 1);
 }
 
 static void Vertices(Writer *writer, const Mc3dsObject &object)
@@ -116,12 +117,12 @@ static void Vertices(Writer *writer, const Mc3dsObject &object)
             while (number > 32.0f)
                 number -= 32.0f;
         if (writer->source) {
-            LINE(writer, "", "tmpuv.u = CREAL(%f);\n", uv[0]);
-            LINE(writer, "", "tmpuv.v = CREAL(%f);\n", uv[1]);
-            LINE(writer, "", "McVertexExt(CREAL(%10.6f), CREAL(%10.6f), CREAL(%10.6f), &tmpuv, NULL);\n",
-                 p[0], p[1], p[2]);
+            LINE(writer, "tmpuv.u = CREAL(%f);\n", uv[0]);
+            LINE(writer, "tmpuv.v = CREAL(%f);\n", uv[1]);
+            LINE(writer, "McVertexExt(CREAL(%10.6f), CREAL(%10.6f), CREAL(%10.6f), &tmpuv, NULL);\n", p[0],
+                 p[1], p[2]);
         } else {
-            LINE(writer, "VertexExt %10.6f %10.6f %10.6f UV %f %f\n", "", p[0], p[1], p[2], uv[0], uv[1]);
+            LINE(writer, "VertexExt %10.6f %10.6f %10.6f UV %f %f\n", p[0], p[1], p[2], uv[0], uv[1]);
         }
     }
 }
@@ -175,18 +176,18 @@ static void Object(Writer *writer, uint32_t index, const Mc3dsTransform *parentI
     Mc3dsTransform local, inverse;
     Place(writer, animated ? &object.frames[0] : &object.meshMatrix, parentInverse, &local, &inverse);
     Separator(writer);
-    LINE(writer, "TransformBegin\n", "McTransformBegin();\n");
+    EITHER(writer, "TransformBegin\n", "McTransformBegin();\n");
     ++writer->indent;
     Placement(writer, local);
     Separator(writer);
-    LINE(writer, "# %s\n", "// %s\n", object.safeName);
+    EITHER(writer, "# %s\n", "// %s\n", object.safeName);
     ClumpHead(writer, index + 2);
     Geometry(writer, object);
     for (const uint32_t child : Children(writer, object))
         Object(writer, child, &inverse);
     ClumpEnd(writer);
     --writer->indent;
-    LINE(writer, "TransformEnd\n", "McTransformEnd();\n");
+    EITHER(writer, "TransformEnd\n", "McTransformEnd();\n");
 }
 
 static void Frame(Writer *writer, uint32_t index, uint32_t frame, const Mc3dsTransform *parentInverse)
@@ -217,7 +218,7 @@ static void Document(Writer *writer)
                      "  if (!tmpmat) return(NULL);\n\n",
                      writer->options->clumpName);
     writer->indent = writer->source;
-    LINE(writer, "ModelBegin\n", "McModelBegin();\n");
+    EITHER(writer, "ModelBegin\n", "McModelBegin();\n");
     ++writer->indent;
     if (scene->rootCount > 1)
         ClumpHead(writer, 1);
@@ -229,7 +230,7 @@ static void Document(Writer *writer)
     if (scene->rootCount > 1)
         ClumpEnd(writer);
     --writer->indent;
-    LINE(writer, "ModelEnd\n", "McModelEnd();\n");
+    EITHER(writer, "ModelEnd\n", "McModelEnd();\n");
     if (writer->source)
         std::fprintf(writer->out, "    McDestroyMatrix(tmpmat);\n  return(tmpclump);\n}\n");
 }

@@ -1,9 +1,9 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Loads files that are made to cost time or memory, and prints what each cost.
 
-A file of 64 KiB has 0.1 s and 64 MiB, one of 1 MiB has 1.6 s and 512 MiB; the .vue file beside a scene counts
-with it. Frames are apart: they may take 4,194,304 entries of 96 bytes and 1.5 s. Ends with 1 when a load takes
-more. Reports go to callbacks that do nothing.
+A file of 64 KiB has 0.1 s and 64 MiB, one of 1 MiB has 1.6 s and 512 MiB; the .vue file beside a scene
+counts with it. Frames are apart: they may take 4,194,304 entries of 96 bytes and 1.5 s. Ends with 1 when a
+load takes more. Reports go to callbacks that do nothing.
 """
 import argparse
 import os
@@ -83,7 +83,8 @@ CASES = {
     "texture arrays of 65,535": claims(POINTS + chunk(0x4140, u16(CLAIM)))[0],
     "texture arrays of one point array": lambda n: scene(named_object("a", mesh(
         POINTS, fill(n, chunk(0x4140, u16(CLAIM)))))),
-    "texture arrays of another count": lambda n: scene(named_object("a", mesh(fill(n, chunk(0x4140, u16(9)))))),
+    "texture arrays of another count": lambda n: scene(named_object("a", mesh(
+        fill(n, chunk(0x4140, u16(9)))))),
     "face arrays of 65,535 in one mesh": claims(FACES)[0],
     "face arrays of 65,535, a mesh each": claims(FACES)[1],
     "groups of 65,535 in one face array": lambda n: scene(named_object("a", mesh(chunk(
@@ -132,8 +133,8 @@ CASES = {
                                                   b"frame 0\n" + fill(n // 2, transform("z"))),
     ".vue records of frames outside": lambda n: (scene(objects(n // 2), frame_count(3)),
                                                  b"frame 9\n" + fill(n // 2, transform("a"))),
-    ".vue with numbers of hundreds of digits": lambda n: (scene(objects(90), frame_count(3)), b"frame 0\n" + fill(
-        n, transform("a", "1." + "9" * 248))),
+    ".vue with numbers of hundreds of digits": lambda n: (
+        scene(objects(90), frame_count(3)), b"frame 0\n" + fill(n, transform("a", "1." + "9" * 248))),
     ".vue with numbers that are none": lambda n: (scene(objects(90), frame_count(3)), b"frame 0\n" + fill(
         n, b'transform "a" ' + b"x " * 999)),
     ".vue of keywords": lambda n: (scene(objects(90), frame_count(3)), fill(n, b"frame 1 ")),
@@ -145,10 +146,43 @@ CASES = {
 FRAME_CASES = {
     "2^32 - 1 frames": lambda n: (scene(objects(n), frame_count(0xFFFFFFFF)), b"\n"),
     "2^32 - 1 frames of no object": lambda n: (scene(b"", frame_count(0xFFFFFFFF)), b"\n"),
-    "4,194,304 frames of one object": lambda n: (scene(named_object("a", mesh()), frame_count(4194303)), b"\n"),
+    "4,194,304 frames of one object": lambda n: (
+        scene(named_object("a", mesh()), frame_count(4194303)), b"\n"),
     "as many of 1,000 objects": lambda n: (scene(objects(6000 + 30), frame_count(4189)), b"\n"),
     "as many of all objects": lambda n: (scene(objects(n), frame_count(4194304 // (n // 6) - 1)), b"\n"),
 }
+
+
+def cost(program, path, most_seconds):
+    """Seconds and MiB of a load, of at most three if other work on the machine may have been in the way."""
+    seconds, mib = [], 0.0
+    while len(seconds) < 3 and min(seconds, default=61) > most_seconds and max(seconds, default=0) < 60:
+        try:
+            run = subprocess.run([program, "1", path + ".out", "load", path], check=True, capture_output=True,
+                                 text=True, timeout=60)
+        except subprocess.TimeoutExpired:
+            return 60.0, mib
+        words = run.stdout.split()
+        seconds.append(float(words[-3]))
+        mib = max(mib, int(words[-1]) / 1024)
+    return min(seconds), mib
+
+
+def load(program, case, data, most_seconds, most_mib):
+    """Prints the row of a file. True when its load stays within its bounds."""
+    data, vue = data if isinstance(data, tuple) else (data, b"")
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "bad.3DS")
+        with open(path, "wb") as file:
+            file.write(data)
+        if vue:
+            with open(path[:-3] + "vue", "wb") as file:
+                file.write(vue)
+        seconds, mib = cost(program, path, most_seconds)
+    kept = seconds <= most_seconds and mib <= most_mib
+    print("| %s | %.0f KiB | %.4f s | %.1f MiB | %s |" % (
+        case, (len(data) + len(vue)) / 1024, seconds, mib, "kept" if kept else "EXCEEDED"), flush=True)
+    return kept
 
 
 def main():
@@ -158,39 +192,15 @@ def main():
     options = parser.parse_args()
     program = os.path.join(options.build, "bench", "mc3ds_measure")
     failed = False
-
-    def load(case, data, most_seconds, most_mib):
-        data, vue = data if isinstance(data, tuple) else (data, None)
-        with tempfile.TemporaryDirectory() as folder:
-            path = os.path.join(folder, "bad.3DS")
-            with open(path, "wb") as file:
-                file.write(data)
-            if vue is not None:
-                with open(path[:-3] + "vue", "wb") as file:
-                    file.write(vue)
-            try:
-                run = subprocess.run([program, "1", os.path.join(folder, "out"), "load", path],
-                                     capture_output=True, text=True, timeout=60)
-                words = run.stdout.split()
-                seconds, mib = float(words[-2]), int(words[-1]) / 1024
-            except subprocess.TimeoutExpired:
-                seconds, mib = 60.0, 0.0
-            except IndexError:
-                seconds, mib = float("inf"), 0.0
-        kept = seconds <= most_seconds and mib <= most_mib
-        print("| %s | %.0f KiB | %.4f s | %.1f MiB | %s |" % (
-            case, (len(data) + len(vue or b"")) / 1024, seconds, mib, "kept" if kept else "EXCEEDED"), flush=True)
-        return kept
-
     print("| File | Size | Time | Memory | |\n| --- | --- | --- | --- | --- |")
     for size, most_seconds, most_mib in ((1 << 16, 0.1, 64), (1 << 20, 1.6, 512)):
         room = size - 256  # for the chunks around
         for case, make in CASES.items():
             if options.only in case:
-                failed |= not load(case, make(room), most_seconds, most_mib)
+                failed |= not load(program, case, make(room), most_seconds, most_mib)
         for case, make in FRAME_CASES.items():
             if options.only in case:
-                failed |= not load(case, make(room), 1.5, FRAME_MIB + most_mib)
+                failed |= not load(program, case, make(room), 1.5, FRAME_MIB + most_mib)
     return 1 if failed else 0
 
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Counts the instructions that a load and a conversion of a scene of 10 MB take, by valgrind's callgrind. Counts
-# don't waver with the load of a machine; they depend a little on compiler and C library (Debian 12, gcc).
+# Counts the instructions that a load and a conversion of a scene of 10 MB take, by valgrind's callgrind. The
+# counts don't waver with other work on a machine; they depend on compiler and C library (Debian 12, gcc).
 #   instructions.sh BUILD            prints the counts beside the recorded ones
 #   instructions.sh BUILD --check    fails when one has grown by more than a tenth
 #   instructions.sh BUILD --record   records them, and those of the plain way to compare with
@@ -19,7 +19,7 @@ count()
         sed -n 's/.*Collected : \([0-9]*\).*/\1/p'
 }
 
-python3 "$here/make_scene.py" "$work/scene.3DS" 340 1000 1000 --nodes
+python3 -B "$here/make_scene.py" "$work/scene.3DS" 340 1000 1000 --nodes
 start=$(count)
 actions="load convert"
 if [ "$mode" = --record ]; then

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """Writes a scene for the timings: the same bytes for the same arguments.
 
 With FRAMES the .vue file beside the scene is written as well. VERTICES and FACES are those of each mesh.

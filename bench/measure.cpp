@@ -1,5 +1,5 @@
-// Times actions, in turns and in one process, and prints for each the median in seconds and by how many KiB
-// the peak of the process' memory has grown since its start.
+// Times actions, in turns and in one process, and prints for each the median in seconds, that of the
+// processor's time alone, and by how many KiB the peak of the process' memory has grown since its start.
 //   mc3ds_measure RUNS OUTPUT ACTION FILE [ACTION FILE]...
 // fread, load and base-load read FILE and free what they read; fwrite writes its bytes; script and source
 // write the scene in it, direct and bare build its model; convert and base-convert load it and write it as a
@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <mclmodel.h>
 #include <string>
 #include <vector>
@@ -20,7 +21,7 @@
 struct Job {
     std::string action, path, bytes;
     const Mc3dsFile *scene;
-    std::vector<double> times;
+    std::vector<double> times, processorTimes;
 };
 
 static std::string output;
@@ -28,6 +29,17 @@ static std::string output;
 static double Now()
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+static double ProcessorNow()
+{
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+static double Median(std::vector<double> numbers)
+{
+    std::sort(numbers.begin(), numbers.end());
+    return numbers[numbers.size() / 2];
 }
 
 // Not getrusage's figure, which a process inherits from the one that started it.
@@ -191,20 +203,19 @@ int main(int argc, char **argv)
     Mc3dsSetMessageCallback([](int32_t, const char *) {});
     std::vector<Job> jobs;
     for (int i = 3; i < argc; i += 2)
-        Prepare(&jobs.emplace_back(Job{argv[i], argv[i + 1], "", nullptr, {}}));
+        Prepare(&jobs.emplace_back(Job{argv[i], argv[i + 1], "", nullptr, {}, {}}));
     for (int run = 0; run < std::atoi(argv[1]); ++run)
         for (Job &job : jobs) {
-            const double start = Now();
+            const double start = Now(), processorStart = ProcessorNow();
             McClump *clump = Act(job);
             job.times.push_back(Now() - start);
+            job.processorTimes.push_back(ProcessorNow() - processorStart);
             McFreeModel(clump);
             for (const char *kind : {"", ".h", ".anim"})
                 std::rename((output + kind).c_str(), (output + "." + job.action + kind).c_str());
         }
-    for (Job &job : jobs) {
-        std::sort(job.times.begin(), job.times.end());
-        std::printf("%s %s %.6f %ld\n", job.action.c_str(), job.path.c_str(), job.times[job.times.size() / 2],
-                    PeakKiB() - peakAtStart);
-    }
+    for (const Job &job : jobs)
+        std::printf("%s %s %.6f %.6f %ld\n", job.action.c_str(), job.path.c_str(), Median(job.times),
+                    Median(job.processorTimes), PeakKiB() - peakAtStart);
     return 0;
 }

@@ -67,22 +67,18 @@ void McClumpEnd(McClump **clump)
 }
 
 #if defined(MC3DS_FUNCTION)
-
 McClump *MC3DS_FUNCTION(void);
+#endif
 
-static McClump *Build(char **arguments)
+int main(int count, char **arguments)
 {
-    (void)arguments;
-    return MC3DS_FUNCTION();
-}
-
-#else
-
-static McClump *Build(char **arguments)
-{
-    Mc3dsOptions options = {0};
     McClump *clump = clumps;
+    (void)count, (void)arguments;
+#if defined(MC3DS_FUNCTION)
+    clump = MC3DS_FUNCTION();
+#else
     Mc3dsFile *scene = Mc3dsLoadFile(arguments[1]);
+    Mc3dsOptions options = {0};
     options.flags = MC3DS_DIRECT | (uint32_t)atoi(arguments[2]);
     options.surfaceFlags = (uint32_t)atoi(arguments[3]);
     options.hintFlags = (uint32_t)atoi(arguments[4]);
@@ -94,14 +90,7 @@ static McClump *Build(char **arguments)
     options.opacity = 0.3f;
     Mc3dsOutput(scene, &options, &clump);
     Mc3dsUnloadFile(scene);
-    return clump;
-}
-
 #endif
-
-int main(int count, char **arguments)
-{
-    const McClump *clump = Build(arguments);
-    printf("result %d\n", clump && count ? clump->number : 0);
+    printf("result %d\n", clump ? clump->number : 0);
     return 0;
 }

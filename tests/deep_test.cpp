@@ -22,7 +22,7 @@ static std::string Chain()
     return Scene({}, {Join(nodes)});
 }
 
-static void BuildAndFree(const LoadedScene &scene, uint32_t flags, size_t clumpsExpected)
+static void BuildAndFree(const LoadedScene &scene, uint32_t flags, [[maybe_unused]] size_t clumps)
 {
     Mc3dsOptions options = DefaultOptions(MC3DS_DIRECT | flags);
     McClump *clump = nullptr;
@@ -31,7 +31,7 @@ static void BuildAndFree(const LoadedScene &scene, uint32_t flags, size_t clumps
 #if defined(MC3DS_HAVE_MCLMODEL)
     McModelView model = {};
     McGetModel(clump, &model);
-    EXPECT_EQ(model.clumpCount, clumpsExpected);
+    EXPECT_EQ(model.clumpCount, clumps);
     McFreeModel(clump);
     EXPECT_EQ(McErrorCount(), 0u) << McFirstError();
 #endif

@@ -125,8 +125,6 @@ TEST_F(DirectTargets, AllThreeMakeTheSameCalls)
         options.opacity = 0.3f;
         Output(scene, options);
         const std::string script = ReadFile("output/out.mcx");
-        options.scale = row.scale;
-        options.size = 100;
         options.flags |= MC3DS_SOURCE;
         options.outputFile = "out.c";
         Output(scene, options);
