@@ -42,11 +42,16 @@ bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
 static bool ReadPlainWord(Mc3dsFile *file, char word[longestWord + 1])
 {
     size_t length = 0;
-    while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
+    int character = Mc3dsPeekCharacter(file);
+    while (Mc3dsIsSpace(character)) {
         Mc3dsTakeCharacter(file);
-    while (length < longestWord && Mc3dsPeekCharacter(file) != Mc3dsEndOfText &&
-           !Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
-        word[length++] = static_cast<char>(Mc3dsTakeCharacter(file));
+        character = Mc3dsPeekCharacter(file);
+    }
+    while (length < longestWord && character != Mc3dsEndOfText && !Mc3dsIsSpace(character)) {
+        word[length++] = static_cast<char>(character);
+        Mc3dsTakeCharacter(file);
+        character = Mc3dsPeekCharacter(file);
+    }
     word[length] = '\0';
     return length > 0;
 }

@@ -134,7 +134,10 @@ MC3DS_PRINTF(2, 3) void Mc3dsMessage(int32_t level, const char *format, ...);
 void Mc3dsLowerCase(char *text);
 
 // White space of the file formats: 0x09 to 0x0D and 0x20, whatever the locale says.
-bool Mc3dsIsSpace(int character);
+inline bool Mc3dsIsSpace(int character)
+{
+    return character == 0x20 || (character >= 0x09 && character <= 0x0D);
+}
 
 // Copies text into a field of size bytes, cut where it doesn't fit; a cut brings a warning that calls the
 // field by what.

@@ -6,9 +6,9 @@ static char reportBuffer[256];
 
 static void Report(Mc3dsCallback callback, int32_t level, const char *format, va_list arguments)
 {
-    Mc3dsFormatTextV(reportBuffer, sizeof reportBuffer, format, arguments);
     if (!callback)
-        return;
+        return; // no one could see the text
+    Mc3dsFormatTextV(reportBuffer, sizeof reportBuffer, format, arguments);
     // A host in C++ may have its callback throw. The callers up the stack hold open files and memory, and are
     // C functions to the host: the exception ends here.
     try {

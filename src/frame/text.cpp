@@ -10,11 +10,6 @@ void Mc3dsLowerCase(char *text)
             *text = static_cast<char>(*text + 0x20);
 }
 
-bool Mc3dsIsSpace(int character)
-{
-    return character == 0x20 || (character >= 0x09 && character <= 0x0D);
-}
-
 void Mc3dsCopyText(char *field, size_t size, const char *text, const char *what)
 {
     const size_t length = std::strlen(text);

@@ -29,10 +29,8 @@ static int NextBlock(int done, int count)
 
 static void GrowBounds(float value, float *low, float *high)
 {
-    if (value > *high)
-        *high = value;
-    if (value < *low)
-        *low = value;
+    *high = value > *high ? value : *high;
+    *low = value < *low ? value : *low;
 }
 
 // A second POINT_ARRAY replaces the first; the bounds keep what they have seen.

@@ -3,6 +3,7 @@
 #define MC3DS_READER_READER_H
 
 #include "../frame/frame.h"
+#include "window.h"
 
 // A chunk being walked. Positions are bytes from the start of the file.
 struct Mc3dsChunk {
@@ -12,19 +13,16 @@ struct Mc3dsChunk {
     uint16_t tag;
 };
 
-// ---- stream.cpp: the primitives. They read from file->stream, one load at a time. At the end of the file
-// every byte reads as 0xFF.
+// ---- stream.cpp: the primitives, of which Mc3dsReadU16 and Mc3dsReadU32 stand in window.h. They read from
+// file->stream, one load at a time. At the end of the file every byte reads as 0xFF.
 
 // Starts reading at the first byte of file->stream. False when the stream can't be seeked.
 bool Mc3dsOpenStream(Mc3dsFile *file);
 void Mc3dsCloseStream(Mc3dsFile *file);
 void Mc3dsSeek(Mc3dsFile *file, uint32_t position);
-uint64_t Mc3dsPosition(const Mc3dsFile *file);
 
 uint8_t Mc3dsReadByte(Mc3dsFile *file);
-uint16_t Mc3dsReadU16(Mc3dsFile *file);
-uint32_t Mc3dsReadU32(Mc3dsFile *file); // 0 and "File Error" when the stream is in error
-float Mc3dsReadFloat(Mc3dsFile *file);  // Mc3dsReadU32, taken as the bits of a float
+float Mc3dsReadFloat(Mc3dsFile *file); // Mc3dsReadU32, taken as the bits of a float
 
 // count numbers one after another, exactly as so many calls of Mc3dsReadU16 or Mc3dsReadU32 would give.
 void Mc3dsReadU16s(Mc3dsFile *file, uint16_t *numbers, size_t count);
@@ -42,9 +40,29 @@ bool Mc3dsIsSpent(const Mc3dsFile *file);
 // ---- text_stream.cpp: the .vue file in file->stream, read once from front to back.
 
 constexpr int Mc3dsEndOfText = -1;
+
+struct Mc3dsTextWindow {
+    const uint8_t *next, *last;
+    uint8_t bytes[16384];
+};
+
+extern Mc3dsTextWindow mc3dsTextWindow;
+
 void Mc3dsOpenTextStream(Mc3dsFile *file);
-int Mc3dsPeekCharacter(Mc3dsFile *file); // the next byte, which stays, or Mc3dsEndOfText
-int Mc3dsTakeCharacter(Mc3dsFile *file);
+bool Mc3dsFillTextWindow(Mc3dsFile *file); // false at the end
+
+// The next byte, which stays, or Mc3dsEndOfText.
+inline int Mc3dsPeekCharacter(Mc3dsFile *file)
+{
+    const bool more = mc3dsTextWindow.next < mc3dsTextWindow.last || Mc3dsFillTextWindow(file);
+    return more ? *mc3dsTextWindow.next : Mc3dsEndOfText;
+}
+
+inline int Mc3dsTakeCharacter(Mc3dsFile *file)
+{
+    const bool more = mc3dsTextWindow.next < mc3dsTextWindow.last || Mc3dsFillTextWindow(file);
+    return more ? *mc3dsTextWindow.next++ : Mc3dsEndOfText;
+}
 
 // ---- walk.cpp
 

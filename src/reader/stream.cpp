@@ -6,27 +6,17 @@
 
 #include "reader.h"
 
-static struct {
-    const uint8_t *next;   // the next byte to be handed out
-    const uint8_t *last;   // behind the last byte of the window
-    uint64_t lastPosition; // the file position of last
-    uint64_t start;        // the file position of the window's first byte
-    uint64_t streamAt;     // where the stream itself stands
-    uint64_t end;          // where the file was found to end
-    uint64_t budget; // bytes that the load may still hand out, those behind the end of the file included
-    bool broken;     // the stream's error indicator: nothing can be read but what the window holds
-    bool failed;     // the same as it shows to the readers: a byte was asked for and could not be had
-    bool spent;      // the budget was exceeded
-    uint8_t bytes[65536];
-} window;
+Mc3dsWindow mc3dsWindow;
+
+static Mc3dsWindow &window = mc3dsWindow;
 
 static char nameBuffer[130]; // the shared name buffer: 129 bytes and a terminator
 
-// A window without bytes at a position of the file.
-static void EmptyWindow(uint64_t position)
+// Leaves nothing to be taken at a position. What was read before stays, for a seek that comes back to it.
+static void LookAway(uint64_t position)
 {
     window.next = window.last = window.bytes;
-    window.start = window.lastPosition = position;
+    window.lastPosition = position;
 }
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
@@ -41,8 +31,8 @@ bool Mc3dsOpenStream(Mc3dsFile *file)
     // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
     // more than enough for it.
     const uint64_t counted = size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0xFFFFFFFF;
-    EmptyWindow(0);
-    window.streamAt = 0;
+    LookAway(0);
+    window.start = window.streamAt = 0;
     window.end = UINT64_MAX;
     window.broken = window.failed = window.spent = false;
     window.budget = counted * 16 + (uint64_t{1} << 20);
@@ -57,15 +47,13 @@ void Mc3dsCloseStream(Mc3dsFile *file)
 
 void Mc3dsSeek(Mc3dsFile *, uint32_t position)
 {
-    if (position >= window.start && position <= window.lastPosition && !window.failed)
-        window.next = window.bytes + (position - window.start);
-    else
-        EmptyWindow(position);
-}
-
-uint64_t Mc3dsPosition(const Mc3dsFile *)
-{
-    return window.lastPosition - static_cast<uint64_t>(window.last - window.next);
+    if (position < window.start || position > window.streamAt || window.failed) {
+        LookAway(position);
+        return;
+    }
+    window.next = window.bytes + (position - window.start);
+    window.last = window.bytes + (window.streamAt - window.start);
+    window.lastPosition = window.streamAt;
 }
 
 bool Mc3dsMayRead(Mc3dsFile *, uint64_t bytes)
@@ -83,43 +71,36 @@ bool Mc3dsIsSpent(const Mc3dsFile *)
     return window.spent;
 }
 
-// Fills the window, which has nothing left, from where it ends. False at the end of the file and in error.
+// Fills the window from the position at which nothing is left. False at the end of the file and in error.
 static bool MoveWindow(Mc3dsFile *file)
 {
-    EmptyWindow(window.lastPosition);
-    if (window.start >= window.end)
+    const uint64_t position = window.lastPosition;
+    if (position >= window.end)
         return false;
     window.failed = window.broken;
-    if (window.broken || (window.streamAt != window.start &&
-                          fseeko(file->stream, static_cast<off_t>(window.start), SEEK_SET) != 0))
+    const bool goesOn = position == window.streamAt;
+    if (window.broken || (!goesOn && fseeko(file->stream, static_cast<off_t>(position), SEEK_SET) != 0))
         return false;
-    const size_t length = std::fread(window.bytes, 1, sizeof window.bytes, file->stream);
+    // A jump to somewhere else may be for a few bytes only, and the next one come back.
+    const size_t wanted = goesOn ? sizeof window.bytes : sizeof window.bytes / 16;
+    const size_t length = std::fread(window.bytes, 1, wanted, file->stream);
+    window.start = position;
+    window.streamAt = position + length;
+    window.broken = std::ferror(file->stream) != 0;
+    if (length < wanted && !window.broken)
+        window.end = window.streamAt;
+    window.failed = window.broken && length == 0;
+    LookAway(position);
     window.last += length;
     window.lastPosition += length;
-    window.streamAt = window.lastPosition;
-    window.broken = std::ferror(file->stream) != 0;
-    if (length < sizeof window.bytes && !window.broken)
-        window.end = window.lastPosition;
-    window.failed = window.broken && length == 0;
     return length > 0;
-}
-
-// The bytes that are wanted, all of them in the window: where nearly every read finds them. Null otherwise.
-static const uint8_t *TakeFromWindow(size_t count)
-{
-    if (static_cast<size_t>(window.last - window.next) < count || window.budget < count)
-        return nullptr;
-    const uint8_t *bytes = window.next;
-    window.next += count;
-    window.budget -= count;
-    return bytes;
 }
 
 // Takes count bytes out of the file; behind its end, bytes of all ones, and the position stays there. Returns
 // how many were in the file.
 static size_t Take(Mc3dsFile *file, void *out, size_t count)
 {
-    if (const uint8_t *bytes = TakeFromWindow(count)) {
+    if (const uint8_t *bytes = Mc3dsTakeFromWindow(count)) {
         std::memcpy(out, bytes, count);
         return count;
     }
@@ -146,22 +127,15 @@ uint8_t Mc3dsReadByte(Mc3dsFile *file)
     return byte;
 }
 
-uint16_t Mc3dsReadU16(Mc3dsFile *file)
+uint16_t Mc3dsReadU16Slowly(Mc3dsFile *file)
 {
-    uint8_t stored[2];
-    const uint8_t *bytes = TakeFromWindow(sizeof stored);
-    if (!bytes) {
-        Take(file, stored, sizeof stored);
-        bytes = stored;
-    }
-    return static_cast<uint16_t>(bytes[0] | bytes[1] << 8);
+    uint16_t number;
+    Mc3dsReadU16s(file, &number, 1);
+    return number;
 }
 
-uint32_t Mc3dsReadU32(Mc3dsFile *file)
+uint32_t Mc3dsReadU32Slowly(Mc3dsFile *file)
 {
-    if (const uint8_t *bytes = TakeFromWindow(4)) // which has nothing left once the stream has failed
-        return static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
-               static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
     uint32_t number;
     Mc3dsReadU32s(file, &number, 1);
     return number;

@@ -3,31 +3,17 @@
 
 #include "reader.h"
 
-static struct {
-    size_t next, length;
-    uint8_t bytes[16384];
-} text;
+Mc3dsTextWindow mc3dsTextWindow;
 
 void Mc3dsOpenTextStream(Mc3dsFile *)
 {
-    text.next = text.length = 0;
+    mc3dsTextWindow.next = mc3dsTextWindow.last = mc3dsTextWindow.bytes;
 }
 
-int Mc3dsPeekCharacter(Mc3dsFile *file)
+bool Mc3dsFillTextWindow(Mc3dsFile *file)
 {
-    if (text.next == text.length) {
-        text.next = 0;
-        text.length = std::fread(text.bytes, 1, sizeof text.bytes, file->stream);
-        if (text.length == 0)
-            return Mc3dsEndOfText;
-    }
-    return text.bytes[text.next];
-}
-
-int Mc3dsTakeCharacter(Mc3dsFile *file)
-{
-    const int character = Mc3dsPeekCharacter(file);
-    if (character != Mc3dsEndOfText)
-        ++text.next;
-    return character;
+    Mc3dsTextWindow &window = mc3dsTextWindow;
+    window.next = window.bytes;
+    window.last = window.bytes + std::fread(window.bytes, 1, sizeof window.bytes, file->stream);
+    return window.next < window.last;
 }
