@@ -2,14 +2,19 @@
 
 #include "output.h"
 
-// parentNode is compared as a signed number, so that only these node numbers can have children.
-constexpr uint32_t nodeNumbers = 0x8000;
+// The node numbers that can have children: those that were given, as far as parentNode, compared as a signed
+// number, reaches.
+static uint32_t ParentNumbers(const Mc3dsFile *file)
+{
+    return file->nodeCounter < 0x8000 ? file->nodeCounter : 0x8000;
+}
 
 void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
 {
+    const uint32_t nodeNumbers = ParentNumbers(file);
     hierarchy->parents = static_cast<uint16_t *>(Mc3dsResize(nullptr, file->objectCount, sizeof(uint16_t)));
     hierarchy->ranges =
-        static_cast<Mc3dsChildRange *>(Mc3dsResize(nullptr, nodeNumbers, sizeof(Mc3dsChildRange)));
+        static_cast<Mc3dsChildRange *>(Mc3dsResize(nullptr, nodeNumbers + 1, sizeof(Mc3dsChildRange)));
     if (!hierarchy->parents || !hierarchy->ranges) {
         Mc3dsCloseHierarchy(hierarchy);
         return;
@@ -39,7 +44,7 @@ void Mc3dsCloseHierarchy(Mc3dsHierarchy *hierarchy)
 static uint32_t FindChild(const Mc3dsFile *file, const Mc3dsHierarchy *hierarchy, int32_t nodeId,
                           uint32_t from)
 {
-    if (nodeId < 0 || static_cast<uint32_t>(nodeId) >= nodeNumbers)
+    if (nodeId < 0 || static_cast<uint32_t>(nodeId) >= ParentNumbers(file))
         return file->objectCount;
     if (!hierarchy->ranges) {
         while (from < file->objectCount && file->objects[from].parentNode != nodeId)

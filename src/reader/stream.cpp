@@ -21,13 +21,12 @@ static void LookAway(uint64_t position)
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
 {
-    if (fseeko(file->stream, 0, SEEK_END) != 0)
-        return false;
-    const off_t size = ftello(file->stream);
-    if (size < 0 || fseeko(file->stream, 0, SEEK_SET) != 0)
-        return false;
     // The window replaces the buffer of the stream.
     std::setvbuf(file->stream, nullptr, _IONBF, 0);
+    // A folder, which some systems open, may have no end to seek to; its first read tells what it is.
+    const off_t size = fseeko(file->stream, 0, SEEK_END) == 0 ? ftello(file->stream) : 0;
+    if (size < 0 || fseeko(file->stream, 0, SEEK_SET) != 0)
+        return false;
     // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
     // more than enough for it.
     const uint64_t counted = size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0xFFFFFFFF;
