@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs what the named groups need and the machine lacks: tools/setup.sh [build] [test] [ci]
+# Installs what the named groups need and the machine lacks: tools/setup.sh GROUP...
 # Where nothing is lacking, nothing is fetched and no rights are needed.
 set -eu
 
@@ -9,8 +9,10 @@ for group in "$@"; do
     build) wanted="$wanted g++ cmake ninja-build libcli11-dev libpng-dev" ;;
     test) wanted="$wanted libgtest-dev" ;;
     ci) wanted="$wanted clang clang-format libclang-rt-14-dev libbenchmark-dev" ;;
+    matrix) wanted="$wanted valgrind g++-12-multilib g++-s390x-linux-gnu qemu-user googletest" ;;
+    coverage) wanted="$wanted gcovr" ;;
     *)
-        echo "setup.sh: no group is called '$group'; there are build, test and ci" >&2
+        echo "setup.sh: no group is called '$group'; there are build, test, ci, matrix and coverage" >&2
         exit 2
         ;;
     esac

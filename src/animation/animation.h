@@ -21,6 +21,10 @@ void Mc3dsApplyFramePivot(Mc3dsObject *object, uint32_t frame);
 bool Mc3dsParseInteger(const char *word, int32_t *value); // as "%d"; the nearest one where it doesn't fit
 bool Mc3dsParseReal(const char *word, double *value);     // as "%lf"
 
+// The number at the beginning of the text if it is written plainly, with what stands behind it; null
+// otherwise. The text may end in anything that is no digit.
+const char *Mc3dsParsePlainReal(const char *text, double *value);
+
 // ---- frames.cpp
 
 void Mc3dsWriteFrames(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsTransform *axes,

@@ -41,16 +41,24 @@ bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
 // A plain word, as scanf's "%250s" reads it. False at the end of the file.
 static bool ReadPlainWord(Mc3dsFile *file, char word[longestWord + 1])
 {
+    Mc3dsTextWindow &window = mc3dsTextWindow;
     size_t length = 0;
-    int character = Mc3dsPeekCharacter(file);
-    while (Mc3dsIsSpace(character)) {
-        Mc3dsTakeCharacter(file);
-        character = Mc3dsPeekCharacter(file);
-    }
-    while (length < longestWord && character != Mc3dsEndOfText && !Mc3dsIsSpace(character)) {
-        word[length++] = static_cast<char>(character);
-        Mc3dsTakeCharacter(file);
-        character = Mc3dsPeekCharacter(file);
+    while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
+        ++window.next;
+    // A word goes on behind the end of the window only where it reaches that end.
+    while (length < longestWord && Mc3dsPeekCharacter(file) != Mc3dsEndOfText) {
+        const auto available = static_cast<size_t>(window.last - window.next);
+        const size_t room = longestWord - length;
+        const uint8_t *at = window.next, *limit = at + (available < room ? available : room);
+        while (at < limit && !Mc3dsIsSpace(*at))
+            ++at;
+        const auto taken = static_cast<size_t>(at - window.next);
+        std::memcpy(word + length, window.next, taken);
+        length += taken;
+        const bool ends = at < window.last;
+        window.next = at;
+        if (ends)
+            break;
     }
     word[length] = '\0';
     return length > 0;
@@ -77,8 +85,23 @@ static bool ReadWordBehindComments(Mc3dsFile *file, char word[longestWord + 1])
     return false;
 }
 
+// A plainly written number that ends within the window, as nearly all do: it needs no copy.
+static bool ReadNumberInWindow(Mc3dsFile *file, double *number)
+{
+    Mc3dsTextWindow &window = mc3dsTextWindow;
+    while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
+        ++window.next;
+    const char *end = Mc3dsParsePlainReal(reinterpret_cast<const char *>(window.next), number);
+    if (!end || end == reinterpret_cast<const char *>(window.last) || !Mc3dsIsSpace(*end))
+        return false;
+    window.next = reinterpret_cast<const uint8_t *>(end);
+    return true;
+}
+
 bool Mc3dsReadVueNumber(Mc3dsFile *file, double *number)
 {
+    if (ReadNumberInWindow(file, number))
+        return true;
     char word[longestWord + 1];
     while (ReadWordBehindComments(file, word))
         if (Mc3dsParseReal(word, number))

@@ -79,8 +79,42 @@ static const char *ParseUnsigned(const char *text, bool hexadecimal, double *val
     return result.ptr;
 }
 
+static const char *TakeDigits(const char *text, uint64_t *digits)
+{
+    for (unsigned digit; (digit = static_cast<unsigned>(*text - '0')) < 10; ++text)
+        *digits = *digits * 10 + digit;
+    return text;
+}
+
+// Plain decimal notation of at most 15 digits, which is what .vue files have: the digits as a whole number
+// and the power of ten are both exact then, and their quotient is rounded once.
+const char *Mc3dsParsePlainReal(const char *text, double *value)
+{
+    static constexpr double powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                        1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    constexpr ptrdiff_t mostDigits = 15;
+    const bool negative = TakeSign(&text);
+    uint64_t digits = 0; // wraps round where there are too many
+    const char *end = TakeDigits(text, &digits);
+    ptrdiff_t count = end - text, decimals = 0;
+    if (*end == '.') {
+        const char *const point = end;
+        end = TakeDigits(point + 1, &digits);
+        decimals = end - point - 1;
+        count += decimals;
+    }
+    const char next = static_cast<char>(*end | 0x20);
+    if (count == 0 || count > mostDigits || next == 'e' || next == 'x')
+        return nullptr;
+    const double magnitude = static_cast<double>(static_cast<int64_t>(digits)) / powers[decimals];
+    *value = negative ? -magnitude : magnitude;
+    return end;
+}
+
 bool Mc3dsParseReal(const char *word, double *value)
 {
+    if (Mc3dsParsePlainReal(word, value))
+        return true;
     const bool negative = TakeSign(&word);
     if (*word == '-' || *word == '+')
         return false; // from_chars would take a second minus

@@ -136,7 +136,8 @@ void Mc3dsLowerCase(char *text);
 // White space of the file formats: 0x09 to 0x0D and 0x20, whatever the locale says.
 inline bool Mc3dsIsSpace(int character)
 {
-    return character == 0x20 || (character >= 0x09 && character <= 0x0D);
+    // One bit for each of them; whatever else there is, no byte at all included, lies above.
+    return static_cast<unsigned>(character) <= 0x20 && (uint64_t{0x100003E00} >> character & 1) != 0;
 }
 
 // Copies text into a field of size bytes, cut where it doesn't fit; a cut brings a warning that calls the

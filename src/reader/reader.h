@@ -43,7 +43,7 @@ constexpr int Mc3dsEndOfText = -1;
 
 struct Mc3dsTextWindow {
     const uint8_t *next, *last;
-    uint8_t bytes[16384];
+    uint8_t bytes[16384 + 1]; // a NUL stands behind the last
 };
 
 extern Mc3dsTextWindow mc3dsTextWindow;
