@@ -11,52 +11,46 @@ static uint32_t ParentNumbers(const Mc3dsFile *file)
 
 void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
 {
-    const uint32_t nodeNumbers = ParentNumbers(file);
-    hierarchy->parents = static_cast<uint16_t *>(Mc3dsResize(nullptr, file->objectCount, sizeof(uint16_t)));
-    hierarchy->ranges =
-        static_cast<Mc3dsChildRange *>(Mc3dsResize(nullptr, nodeNumbers + 1, sizeof(Mc3dsChildRange)));
-    if (!hierarchy->parents || !hierarchy->ranges) {
+    const uint32_t parentNumbers = ParentNumbers(file);
+    hierarchy->firstChild =
+        static_cast<uint32_t *>(Mc3dsResize(nullptr, parentNumbers + 1, sizeof(uint32_t)));
+    hierarchy->nextSibling =
+        static_cast<uint32_t *>(Mc3dsResize(nullptr, file->objectCount, sizeof(uint32_t)));
+    if (!hierarchy->firstChild || !hierarchy->nextSibling) {
         Mc3dsCloseHierarchy(hierarchy);
         return;
     }
-    for (uint32_t node = 0; node < nodeNumbers; ++node)
-        hierarchy->ranges[node] = {UINT32_MAX, 0};
-    for (uint32_t i = 0; i < file->objectCount; ++i) {
+    for (uint32_t node = 0; node < parentNumbers; ++node)
+        hierarchy->firstChild[node] = file->objectCount;
+    for (uint32_t i = file->objectCount; i-- > 0;) {
         const uint16_t parent = file->objects[i].parentNode;
-        hierarchy->parents[i] = parent;
-        if (parent >= nodeNumbers)
+        if (parent >= parentNumbers)
             continue;
-        Mc3dsChildRange &range = hierarchy->ranges[parent];
-        if (range.first > i)
-            range.first = i;
-        range.last = i;
+        hierarchy->nextSibling[i] = hierarchy->firstChild[parent];
+        hierarchy->firstChild[parent] = i;
     }
 }
 
 void Mc3dsCloseHierarchy(Mc3dsHierarchy *hierarchy)
 {
-    std::free(hierarchy->parents);
-    std::free(hierarchy->ranges);
+    std::free(hierarchy->firstChild);
+    std::free(hierarchy->nextSibling);
     *hierarchy = {};
 }
 
-// The index of the first child of a node at or behind index from; objectCount if there is none.
-static uint32_t FindChild(const Mc3dsFile *file, const Mc3dsHierarchy *hierarchy, int32_t nodeId,
-                          uint32_t from)
+// The index of the first object from index from on that is a child of the node; objectCount if there is none.
+static uint32_t ScanForChild(const Mc3dsFile *file, int32_t nodeId, uint32_t from)
+{
+    while (from < file->objectCount && file->objects[from].parentNode != nodeId)
+        ++from;
+    return from;
+}
+
+static uint32_t FirstChild(const Mc3dsFile *file, const Mc3dsHierarchy *hierarchy, int32_t nodeId)
 {
     if (nodeId < 0 || static_cast<uint32_t>(nodeId) >= ParentNumbers(file))
         return file->objectCount;
-    if (!hierarchy->ranges) {
-        while (from < file->objectCount && file->objects[from].parentNode != nodeId)
-            ++from;
-        return from;
-    }
-    const Mc3dsChildRange range = hierarchy->ranges[nodeId];
-    if (from < range.first)
-        from = range.first;
-    while (from <= range.last && hierarchy->parents[from] != nodeId)
-        ++from;
-    return from <= range.last ? from : file->objectCount;
+    return hierarchy->firstChild ? hierarchy->firstChild[nodeId] : ScanForChild(file, nodeId, 0);
 }
 
 Mc3dsLevel *Mc3dsInnermostLevel(Mc3dsLevels *levels)
@@ -86,7 +80,7 @@ static bool GrowLevels(Mc3dsWriter *writer, Mc3dsLevels *levels)
 bool Mc3dsEnterLevel(const Mc3dsFile *file, Mc3dsWriter *writer, Mc3dsLevels *levels, uint32_t index,
                      const Mc3dsTransform *inverse)
 {
-    const uint32_t child = FindChild(file, &writer->hierarchy, file->objects[index].nodeId, 0);
+    const uint32_t child = FirstChild(file, &writer->hierarchy, file->objects[index].nodeId);
     if (child == file->objectCount)
         return false;
     if (levels->count == levels->capacity && !GrowLevels(writer, levels))
@@ -102,7 +96,11 @@ void Mc3dsLeaveLevel(Mc3dsLevels *levels)
 
 bool Mc3dsTakeChild(const Mc3dsFile *file, const Mc3dsWriter *writer, Mc3dsLevel *level, uint32_t *child)
 {
-    *child = FindChild(file, &writer->hierarchy, file->objects[level->index].nodeId, level->nextChild);
-    level->nextChild = *child + 1;
-    return *child < file->objectCount;
+    *child = level->nextChild;
+    if (*child == file->objectCount)
+        return false;
+    const uint32_t *siblings = writer->hierarchy.nextSibling;
+    level->nextChild =
+        siblings ? siblings[*child] : ScanForChild(file, file->objects[level->index].nodeId, *child + 1);
+    return true;
 }

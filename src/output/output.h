@@ -6,23 +6,18 @@
 
 struct McClump;
 
-// The children of one node number lie between these indices of objects.
-struct Mc3dsChildRange {
-    uint32_t first, last;
-};
-
-// The hierarchy as an output walks it: parent numbers side by side and, for each node number, the stretch of
-// them that its children lie in. Null where there was no memory: the records themselves are scanned then.
+// The hierarchy as an output walks it, made from the scene when the output begins. Indices into objects;
+// objectCount where there is none. Null where there was no memory: the objects themselves are searched then.
 struct Mc3dsHierarchy {
-    uint16_t *parents;       // owned; parentNode of every object
-    Mc3dsChildRange *ranges; // owned; by node number, first above last for a node without children
+    uint32_t *firstChild;  // owned; by node number
+    uint32_t *nextSibling; // owned; by object: the next one with the same parent
 };
 
 // One level of the object tree that a walk is in. The levels live on the heap: a hierarchy may be as deep as
 // it has objects.
 struct Mc3dsLevel {
     uint32_t index;         // the object of this level
-    uint32_t nextChild;     // where the scan for its next child starts
+    uint32_t nextChild;     // its child that comes next; objectCount: none is left
     Mc3dsTransform inverse; // of its world transform: what its children stand against
 };
 

@@ -50,9 +50,11 @@ void Mc3dsIndentText(Mc3dsWriter *writer)
 {
     // Two blanks a level; a hierarchy may be so deep that they don't fit at once.
     size_t length = writer->indent > 0 ? 2 * static_cast<size_t>(writer->indent) : 0;
-    constexpr size_t common = 64; // one that is known when this is compiled costs next to nothing
-    if (length <= common) {
-        std::memset(Mc3dsReserveText(writer), ' ', common);
+    constexpr size_t run = 64; // blanks whose number is known when this is compiled cost next to nothing
+    if (length <= Mc3dsTextSlack - run) {
+        char *out = Mc3dsReserveText(writer);
+        for (size_t i = 0; i < length; i += run)
+            std::memset(out + i, ' ', run);
         writer->textLength += length;
         return;
     }
