@@ -1,9 +1,12 @@
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <system_error>
 
-#include "host.h"
+#include "batch.h"
+#include "info.h"
 #if defined(MC3DS_HAVE_MCLMODEL)
 #include "mclmodel.h"
 #endif
@@ -12,13 +15,13 @@ namespace fs = std::filesystem;
 
 using Scene = std::unique_ptr<Mc3dsFile, void (*)(Mc3dsFile *)>;
 
-// Null, with its reports, when there is nothing to convert.
+// Null, with its reports, when there is no scene.
 static Scene LoadScene(const std::string &path)
 {
     Scene scene(nullptr, Mc3dsUnloadFile);
     std::error_code failure;
     if (fs::is_directory(path, failure)) {
-        ReportError("cannot be read: it is a folder");
+        ReportError("cannot be read: it is a folder; --recursive converts the scenes in it");
         return scene;
     }
     if (path.find_first_of("\r\n") != std::string::npos) {
@@ -31,13 +34,12 @@ static Scene LoadScene(const std::string &path)
     if (MemoryRanOut() || reason == ENOMEM) {
         ReportError("out of memory while reading; nothing is written");
         scene.reset();
-    } else if (!scene && LastLibraryError().starts_with("Unable to open")) {
-        ReportError(std::string("no scene: ") + std::strerror(reason));
     } else if (!scene) {
-        ReportError("no scene; nothing is written");
-    } else if (scene->objectCount == 0) {
-        ReportError("the scene has no objects; nothing is written");
-        scene.reset();
+        const std::string why = TakeLibraryError();
+        if (why.empty() || why.starts_with("Unable to open"))
+            ReportError(std::string("no scene: ") + std::strerror(reason) + "; nothing is written");
+        else
+            ReportError(why + "; nothing is written");
     }
     return scene;
 }
@@ -96,26 +98,85 @@ static bool BuildModel(const Mc3dsFile *scene, Mc3dsOptions *asked)
     return !outOfMemory;
 }
 
-static bool Convert(const HostOptions &options, const std::string &scenePath)
+// Whether --no-clobber leaves nothing to do, as far as that can be told without reading the scene.
+static bool AllTargetsExist(const HostOptions &options, const std::string &scenePath)
 {
-    const Scene scene = LoadScene(scenePath);
-    if (!scene)
+    const std::vector<NamedTarget> targets = TargetNames(options, scenePath);
+    std::error_code failure;
+    if (options.info || (options.flags & (MC3DS_PER_OBJECT | MC3DS_DIRECT)))
         return false;
-    if (options.flags & MC3DS_ANIMATION)
-        ReportMissingAnimation(scene.get(), scenePath);
-    if (!(options.flags & (MC3DS_FLAT | MC3DS_PER_OBJECT)))
-        ReportLostObjects(scene.get());
-    const std::string clumpName = ClumpName(options, scenePath);
-    Mc3dsOptions asked = LibraryOptions(options, clumpName);
-    if (options.flags & MC3DS_DIRECT)
-        return BuildModel(scene.get(), &asked);
-    return ConvertToFiles(options, scenePath, scene.get(), &asked);
+    for (const NamedTarget &target : targets)
+        if (!fs::is_regular_file(target.name, failure))
+            return false;
+    for (const NamedTarget &target : targets)
+        ReportKept(target.name);
+    return true;
 }
 
-bool ConvertScene(const HostOptions &options, const std::string &scenePath)
+static Scene LoadAndShow(const HostOptions &options, const std::string &path)
 {
-    SetReportSubject(scenePath);
-    const bool done = Convert(options, scenePath);
-    FinishReports();
-    return done;
+    SceneNotes notes;
+    StartNotes(&notes);
+    Scene scene = LoadScene(path);
+    StopNotes();
+    if (options.json)
+        PrintJson(scene.get(), path, notes);
+    else if (scene)
+        PrintInfo(scene.get(), path, notes);
+    ShowWarningsSoFar(true); // the library's are in what was printed
+    return scene;
+}
+
+static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfMany)
+{
+    const std::string &path = result->scene;
+    if (options.noClobber && AllTargetsExist(options, path))
+        return true;
+    const Scene scene = options.info ? LoadAndShow(options, path) : LoadScene(path);
+    if (!scene)
+        return false;
+    result->objects = scene->objectCount;
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        result->vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
+        result->triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
+    }
+    if (options.info && options.previewFile.empty())
+        return true;
+    if (scene->objectCount == 0) {
+        ReportError("the scene has no objects; nothing is written");
+        return false;
+    }
+    if (!options.info)
+        ReportSceneNotes(options, scene.get(), path);
+    const std::string clumpName = ClumpName(options, path);
+    Mc3dsOptions asked = LibraryOptions(options, clumpName);
+    if (options.flags & MC3DS_DIRECT) {
+        if (oneOfMany)
+            std::printf("scene %s\n", Visible(path).c_str());
+        if (!BuildModel(scene.get(), &asked))
+            return false;
+        if (options.previewFile.empty())
+            return true;
+    }
+    return ConvertToFiles(options, path, scene.get(), &asked);
+}
+
+SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany)
+{
+    const auto start = std::chrono::steady_clock::now();
+    SceneResult result;
+    result.scene = job.scene;
+    result.bytes = job.bytes;
+    SetReportSubject(&result);
+    try {
+        result.done = Convert(OptionsFor(options, job), &result, oneOfMany);
+    } catch (const std::bad_alloc &) {
+        ReportError("out of memory; nothing is written");
+    } catch (const std::exception &failure) {
+        ReportError(failure.what());
+    }
+    RemovePrivateFolders();
+    SetReportSubject(nullptr);
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return result;
 }

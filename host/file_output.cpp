@@ -14,17 +14,19 @@ static bool IsTaken(const std::vector<OutputFile> &files, const fs::path &path)
     return false;
 }
 
-// A private folder for each file, shared by those whose targets stand in one folder. What isn't replaced may
-// stand where nothing can be made, such as among the devices; it grows among the temporary files.
-// The files of a per-object run share the folder of the first, and are found there when they are written.
-static bool MakeRoom(std::vector<OutputFile> *files, bool perObject)
+// Folders are shared by files whose targets stand in one folder. What isn't replaced may stand where nothing
+// can be made, such as among the devices; it grows among the temporary files.
+bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject)
 {
     std::string why;
     for (OutputFile &file : *files) {
+        const bool isObject = perObject && file.kind != TextKind::Picture;
+        if (isObject && &file != &files->front())
+            continue;
         std::error_code failure;
-        const bool elsewhere = file.inPlace && !perObject;
+        const bool elsewhere = file.inPlace && !isObject;
         const fs::path parent = elsewhere ? fs::temp_directory_path(failure) : file.target.parent_path();
-        const fs::path name = fs::path(file.shown).filename();
+        const fs::path name = file.standardOutput ? fs::path(bareName) : fs::path(file.shown).filename();
         fs::path folder;
         for (const OutputFile &other : *files)
             if (other.written.parent_path().parent_path() == parent &&
@@ -39,8 +41,6 @@ static bool MakeRoom(std::vector<OutputFile> *files, bool perObject)
             return false;
         }
         file.written = folder / name;
-        if (perObject)
-            break;
     }
     return true;
 }
@@ -60,13 +60,14 @@ static void FindObjectFiles(const fs::path &folder, std::vector<OutputFile> *fil
     if (!shortest.empty())
         shortest.pop_back();
     for (size_t i = 0; i < files->size(); ++i)
-        (*files)[i].written = folder / (shortest + std::to_string(i) + ".mcx");
+        if ((*files)[i].kind != TextKind::Picture)
+            (*files)[i].written = folder / (shortest + std::to_string(i) + ".mcx");
 }
 
 // Lets the library write into the private folders, from inside that of the first file: it sees bare names,
 // and the comments of its files name no folder that is gone when they are read. Returns errno as the library
 // left it, or -1 with a report when it couldn't begin.
-static int WriteFiles(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::string &bareName,
+static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::string &bareName,
                       const std::vector<OutputFile> &files)
 {
     std::string header, animation, why;
@@ -104,14 +105,14 @@ static int WriteFiles(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::st
 
 // reason is errno behind the writing. Where nothing failed it may be anything, but for what only failed
 // writes leave there.
-static bool CheckFiles(const Mc3dsFile *scene, const std::vector<OutputFile> &files, int reason)
+static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &files, int reason)
 {
     if (reason == ENOMEM || MemoryRanOut()) {
         ReportError("out of memory while writing; nothing is kept");
         return false;
     }
     for (const OutputFile &file : files) {
-        if (!IsWhole(file, scene)) {
+        if (file.kind != TextKind::Picture && !IsWhole(file, scene)) {
             ReportUnwritten(file.shown, reason ? std::strerror(reason) : "its end is missing");
             return false;
         }
@@ -125,33 +126,73 @@ static bool CheckFiles(const Mc3dsFile *scene, const std::vector<OutputFile> &fi
     return !failed;
 }
 
+static bool WriteAll(const HostOptions &options, const std::string &bareName, const Mc3dsFile *scene,
+                     Mc3dsOptions *asked, std::vector<OutputFile> *files)
+{
+    if (files->front().kind != TextKind::Picture) {
+        const fs::path folder = files->front().written.parent_path();
+        const int reason = WriteTexts(scene, asked, bareName, *files);
+        if (options.flags & MC3DS_PER_OBJECT)
+            FindObjectFiles(folder, files);
+        if (reason < 0 || !CheckTexts(scene, *files, reason))
+            return false;
+    }
+    const OutputFile &last = files->back();
+    if (last.kind != TextKind::Picture)
+        return true;
+    // The picture is of a model that is built once more, with the same to be said about it.
+    MuteLibrary(files->size() > 1 || (options.flags & MC3DS_DIRECT));
+    const bool drawn = WritePreview(scene, *asked, options.preview, last.shown, last.written);
+    MuteLibrary(false);
+    return drawn;
+}
+
+// Copying can still fail where moving hardly does, and so comes first: what is replaced stays as it was until
+// then.
+static bool DeliverAll(const std::vector<OutputFile> &files, bool noClobber)
+{
+    for (const bool inPlace : {true, false}) {
+        for (const OutputFile &file : files) {
+            uintmax_t size = 0;
+            std::error_code failure;
+            if (file.inPlace != inPlace)
+                continue;
+            if (noClobber && !inPlace && fs::exists(file.target, failure)) {
+                ReportKept(file.shown);
+                continue;
+            }
+            if (!Deliver(file, &size))
+                return false;
+            ReportWritten(file.shown, size);
+        }
+    }
+    return true;
+}
+
+static bool MakeOutputFolder(const std::string &output)
+{
+    std::error_code failure;
+    const fs::path folder = fs::path(output).parent_path();
+    if (!folder.empty())
+        fs::create_directories(folder, failure);
+    if (failure)
+        ReportUnwritten(output, "its folder can't be made: " + failure.message());
+    return !failure;
+}
+
 bool ConvertToFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
                     Mc3dsOptions *asked)
 {
     std::vector<OutputFile> files;
+    if (!options.outputDir.empty() && !MakeOutputFolder(OutputName(options, scenePath)))
+        return false;
     if (!PlanOutput(options, scenePath, scene, &files))
         return false;
-    const bool perObject = options.flags & MC3DS_PER_OBJECT;
-    if (!MakeRoom(&files, perObject))
-        return false;
-    const std::string bareName = fs::path(OutputName(options, scenePath)).filename().string();
-    const fs::path folder = files.front().written.parent_path();
-    const int reason = WriteFiles(scene, asked, bareName, files);
-    FinishReports();
-    if (perObject)
-        FindObjectFiles(folder, &files);
-    bool done = reason >= 0 && CheckFiles(scene, files, reason);
-    // Copying can still fail where moving hardly does: what is replaced stays as it was until then.
-    for (const bool inPlace : {true, false}) {
-        for (const OutputFile &file : files) {
-            uintmax_t size = 0;
-            if (file.inPlace != inPlace)
-                continue;
-            done = done && Deliver(file, &size);
-            if (done)
-                ReportResult("wrote " + file.shown + " (" + std::to_string(size) + " bytes)");
-        }
-    }
+    const std::string bareName = BareOutputName(options, scenePath);
+    const bool done = MakeRoom(&files, bareName, options.flags & MC3DS_PER_OBJECT) &&
+                      WriteAll(options, bareName, scene, asked, &files);
+    ShowWarningsSoFar(false);
+    const bool delivered = done && DeliverAll(files, options.noClobber);
     RemovePrivateFolders();
-    return done;
+    return delivered;
 }

@@ -4,7 +4,7 @@
 #include <exception>
 #include <new>
 
-#include "host.h"
+#include "batch.h"
 
 static int Run(int argc, const char *const *argv)
 {
@@ -12,11 +12,7 @@ static int Run(int argc, const char *const *argv)
     const int status = ParseOptions(argc, argv, &options);
     if (status >= 0)
         return status;
-    StartReports(options.verbosity);
-    bool done = true;
-    for (const std::string &scene : options.scenes)
-        done = ConvertScene(options, scene) && done;
-    return done ? exitDone : exitFailed;
+    return ConvertAll(options);
 }
 
 int main(int argc, char **argv)
@@ -32,7 +28,7 @@ int main(int argc, char **argv)
     }
     RemovePrivateFolders();
     StopIfInterrupted();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && status == exitDone) {
         ReportError(std::string("cannot write to the standard output: ") + std::strerror(errno));
         status = exitFailed;
     }

@@ -42,27 +42,23 @@ static const BitRow bitRows[] = {
      "the hint EDITABLE on every clump (default: off)"},
 };
 
-// Options that can't stand together.
-struct ConflictRow {
-    const char *a, *b;
-    const char *why;
+struct BoolRow {
+    const char *name;
+    bool HostOptions::*value;
+    const char *group;
+    const char *help;
 };
 
-static const char noFile[] = "a direct build writes no file";
-static const char ownSpace[] = "the file of an object holds its geometry alone, unplaced";
-static const ConflictRow conflictRows[] = {
-    {"--direct", "--source", "a direct build writes no source"},
-    {"--direct", "--output", noFile},
-    {"--direct", "--header", noFile},
-    {"--direct", "--per-object", noFile},
-    {"--per-object", "--header", "a run of one file for each object writes no header file"},
-    {"--per-object", "--animation", "a run of one file for each object writes no animation file"},
-    {"--per-object", "--protos", ownSpace},
-    {"--per-object", "--flat", ownSpace},
-    {"--per-object", "--merged", ownSpace},
-    {"--per-object", "--centre", ownSpace},
-    {"--scale", "--size", "each decides what the other one is"},
-    {"--quiet", "--verbose", "one asks for less and the other for more"},
+static const BoolRow boolRows[] = {
+    {"--recursive", &HostOptions::recursive, "Files",
+     "a SCENE may be a folder: all *.3ds files in it and below, in any case (default: files only)"},
+    {"--no-clobber", &HostOptions::noClobber, "Files",
+     "leave files alone that exist already, and say so (default: replace them)"},
+    {"--info", &HostOptions::info, "Looking",
+     "show what the scene holds on the standard output, and convert nothing (default: off)"},
+    {"--json", &HostOptions::json, "Looking", "with --info: one line of JSON for each scene (default: text)"},
+    {"--strict", &HostOptions::strict, "Reports",
+     "warnings count as failures, status 1; files are written all the same (default: off)"},
 };
 
 // Stands for a FILE that wasn't given. No file can be called that.
@@ -110,21 +106,48 @@ static std::string ReadExtension(std::string text)
     return text;
 }
 
+static unsigned ReadJobs(const std::string &text)
+{
+    unsigned jobs = 0;
+    const char *end = text.data() + text.size();
+    const auto [stop, failure] = std::from_chars(text.data(), end, jobs);
+    if (failure != std::errc() || stop != end || jobs < 1 || jobs > jobsMost)
+        throw CLI::ValidationError("--jobs",
+                                   InQuotes(text) + " is no number from 1 to " + std::to_string(jobsMost));
+    return jobs;
+}
+
+static std::string ReadName(const char *option, const std::string &text, bool mayBeStandardOutput)
+{
+    if (text.empty())
+        throw CLI::ValidationError(option, "the name is empty");
+    if (text == standardOutputName && !mayBeStandardOutput)
+        throw CLI::ValidationError(option, "only --output can be -, the standard output");
+    return text;
+}
+
+// A value that read takes in, or throws CLI::ValidationError about.
+static void AddValue(CLI::App *app, const char *names, const char *type, const char *group, const char *help,
+                     const std::function<void(const std::string &)> &read)
+{
+    app->add_option_function<std::string>(names, read, help)->type_name(type)->group(group);
+}
+
 static void AddFileOptions(CLI::App *app, HostOptions *options)
 {
-    app->add_option("scene", options->scenes, "the 3D Studio file to convert")->type_name("SCENE.3DS");
-    app->add_option_function<std::string>(
-           "-o,--output",
-           [options](const std::string &text) {
-               if (text.empty())
-                   throw CLI::ValidationError("--output", "the name is empty");
-               if (text == "-")
-                   throw CLI::ValidationError("--output", "- is no file; the standard output is /dev/stdout");
-               options->output = text;
-           },
-           "the file to write (default: the scene's name with .mcx, or .c with --source)")
-        ->type_name("OUTPUT")
-        ->group("Files");
+    app->add_option("scene", options->scenes, "the 3D Studio files to convert")->type_name("SCENE");
+    AddValue(app, "-o,--output", "OUTPUT", "Files",
+             "the file to write, - for the standard output (default: the scene's name with .mcx, or .c with "
+             "--source)",
+             [options](const std::string &text) { options->output = ReadName("--output", text, true); });
+    AddValue(
+        app, "--output-dir", "DIR", "Files",
+        "folder for the files, made if need be; what comes from below a folder keeps its place below "
+        "(default: beside each scene)",
+        [options](const std::string &text) { options->outputDir = ReadName("--output-dir", text, false); });
+    AddValue(app, "-j,--jobs", "N", "Files",
+             "convert N scenes at a time, each in a process of its own; 1 to 256 (default: 1)",
+             [options](const std::string &text) { options->jobs = ReadJobs(text); });
     app->add_flag("--header{/}", options->headerFile,
                   "write a header file of tags too (default for FILE: OUTPUT with .h)")
         ->type_name("[=FILE]")
@@ -136,95 +159,117 @@ static void AddFileOptions(CLI::App *app, HostOptions *options)
         ->group("Files");
 }
 
-static void AddFormOptions(CLI::App *app, HostOptions *options)
+static void AddSwitches(CLI::App *app, HostOptions *options)
 {
     for (const BitRow &row : bitRows)
         app->add_flag_callback(
                row.name, [options, &row] { options->*row.word |= row.bit; }, row.help)
             ->group(row.group);
-    app->add_option_function<std::string>(
-           "--clump-name",
-           [options](const std::string &text) {
-               if (!IsIdentifierPart(text))
-                   throw CLI::ValidationError("--clump-name", InQuotes(text) + " can't be part of a C name");
-               options->clumpName = text;
-           },
-           "with --source: the function is called McBuildNAME; letters, digits, _ (default: the scene's "
-           "name)")
-        ->type_name("NAME")
-        ->group("Form");
-}
-
-static void AddNumberOptions(CLI::App *app, HostOptions *options)
-{
-    constexpr float most = std::numeric_limits<float>::max();
-    app->add_option_function<std::string>(
-           "--scale",
-           [options](const std::string &text) {
-               options->scale = ReadNumber("--scale", text, 0, false, most, "above 0");
-           },
-           "factor from the file's units to the model's; above 0 (default: 1)")
-        ->type_name("X")
-        ->group("Size");
-    app->add_option_function<std::string>(
-           "--size",
-           [options](const std::string &text) {
-               options->size = ReadNumber("--size", text, 0, false, most, "above 0");
-               options->flags |= MC3DS_FIT_SIZE;
-           },
-           "longest side of the scene's bounds in the model's units; above 0 (default: as --scale makes it)")
-        ->type_name("X")
-        ->group("Size");
-    app->add_option_function<std::string>(
-           "--opacity",
-           [options](const std::string &text) {
-               options->opacity = ReadNumber("--opacity", text, 0, true, 1, "0 to 1");
-               options->flags |= MC3DS_OPACITY;
-           },
-           "opacity of all transparent materials; 0 to 1 (default: that of each material)")
-        ->type_name("X")
-        ->group("Surfaces");
-    app->add_option_function<std::string>(
-           "--weights", [options](const std::string &text) { ReadWeights(text, options->weights); },
-           "what red, green and blue count in a surface's coefficients; any numbers (default: "
-           "0.299,0.587,0.114)")
-        ->type_name("R,G,B")
-        ->group("Surfaces");
-}
-
-static void AddOtherOptions(CLI::App *app, HostOptions *options)
-{
+    for (const BoolRow &row : boolRows)
+        app->add_flag(row.name, options->*row.value, row.help)->group(row.group);
     app->add_flag_callback(
            "--no-textures", [options] { options->surfaceFlags &= ~MC3DS_TEXTURES; },
            "name textures in comments only (default: use them)")
         ->group("Surfaces");
-    app->add_option_function<std::string>(
-           "--texture-extension",
-           [options](const std::string &text) {
-               options->textureExtension = ReadExtension(text);
-               options->surfaceFlags |= MC3DS_TEXTURE_EXTENSION;
-           },
-           "give texture names this extension, \"\" for none (default: as in the file)")
-        ->type_name("EXT")
-        ->group("Surfaces");
+}
+
+static void AddFormOptions(CLI::App *app, HostOptions *options)
+{
+    constexpr float most = std::numeric_limits<float>::max();
+    AddValue(app, "--clump-name", "NAME", "Form",
+             "with --source: the function is called McBuildNAME; letters, digits, _ (default: the scene's "
+             "name)",
+             [options](const std::string &text) {
+                 if (!IsIdentifierPart(text))
+                     throw CLI::ValidationError("--clump-name",
+                                                InQuotes(text) + " can't be part of a C name");
+                 options->clumpName = text;
+             });
+    AddValue(app, "--scale", "X", "Size", "factor from the file's units to the model's; above 0 (default: 1)",
+             [options](const std::string &text) {
+                 options->scale = ReadNumber("--scale", text, 0, false, most, "above 0");
+             });
+    AddValue(
+        app, "--size", "X", "Size",
+        "longest side of the scene's bounds in the model's units; above 0 (default: as --scale makes it)",
+        [options](const std::string &text) {
+            options->size = ReadNumber("--size", text, 0, false, most, "above 0");
+            options->flags |= MC3DS_FIT_SIZE;
+        });
+}
+
+static void AddSurfaceOptions(CLI::App *app, HostOptions *options)
+{
+    AddValue(app, "--opacity", "X", "Surfaces",
+             "opacity of all transparent materials; 0 to 1 (default: that of each material)",
+             [options](const std::string &text) {
+                 options->opacity = ReadNumber("--opacity", text, 0, true, 1, "0 to 1");
+                 options->flags |= MC3DS_OPACITY;
+             });
+    AddValue(app, "--weights", "R,G,B", "Surfaces",
+             "what red, green and blue count in a surface's coefficients; any numbers (default: "
+             "0.299,0.587,0.114)",
+             [options](const std::string &text) { ReadWeights(text, options->weights); });
+    AddValue(app, "--texture-extension", "EXT", "Surfaces",
+             "give texture names this extension, \"\" for none (default: as in the file)",
+             [options](const std::string &text) {
+                 options->textureExtension = ReadExtension(text);
+                 options->surfaceFlags |= MC3DS_TEXTURE_EXTENSION;
+             });
+}
+
+static void Accept(const char *option, const std::string &whyNot)
+{
+    if (!whyNot.empty())
+        throw CLI::ValidationError(option, whyNot);
+}
+
+static void AddPreviewOptions(CLI::App *app, HostOptions *options)
+{
+    AddValue(app, "--preview", "FILE.png", "Looking",
+             "draw a picture of the model too; with --info that is all that is written (default: none)",
+             [options](const std::string &text) {
+                 const std::string extension = InLowerCase(std::filesystem::path(text).extension().string());
+                 Accept("--preview", extension == ".png" ? "" : InQuotes(text) + " doesn't end in .png");
+                 options->previewFile = text;
+             });
+    AddValue(app, "--preview-size", "WxH", "Looking",
+             "pixels of a picture, 16x16 to 4096x4096 (default: 800x600, in a strip 320x240)",
+             [options](const std::string &text) {
+                 Accept("--preview-size", ReadPreviewSize(text, &options->preview));
+             });
+    AddValue(app, "--preview-frame", "N", "Looking",
+             "the frame of the animation to draw, from 0; strip: five from all of it, side by side (default: "
+             "objects stand as in the output)",
+             [options](const std::string &text) {
+                 Accept("--preview-frame", ReadPreviewFrame(text, &options->preview));
+             });
+}
+
+static void AddReportOptions(CLI::App *app, HostOptions *options)
+{
     app->add_flag_callback(
            "-q,--quiet", [options] { options->verbosity = -1; },
-           "report errors only (default: warnings and written files too)")
+           "report errors only (default: each kind of warning once, and written files, or one line for many "
+           "scenes)")
         ->group("Reports");
     app->add_flag_function(
            "-v,--verbose", [options](int64_t count) { options->verbosity = static_cast<int>(count); },
-           "report each file, object and material; -vv: every detail (default: off)")
+           "report each file, object, material and warning; -vv: every detail (default: off)")
         ->group("Reports");
+    AddValue(
+        app, "--summary", "FILE", "Reports", "write what was done with each scene as JSON (default: none)",
+        [options](const std::string &text) { options->summaryFile = ReadName("--summary", text, false); });
     app->set_help_flag("-h,--help", "print this and exit")->group("Reports");
     app->set_version_flag("--version", "", "print the version and exit")->group("Reports");
 }
 
 static void PrintHelp(const CLI::App &app)
 {
-    std::fputs("usage: 3ds2mcx [options] SCENE.3DS\n\n"
-               "Converts a 3D Studio scene for the Meshcaster renderer.\n",
+    std::fputs("usage: 3ds2mcx [options] SCENE...\n\n"
+               "Converts 3D Studio scenes for the Meshcaster renderer.\n",
                stdout);
-    for (const char *group : {"Files", "Form", "Size", "Surfaces", "Hints", "Reports"}) {
+    for (const char *group : {"Files", "Form", "Size", "Surfaces", "Hints", "Looking", "Reports"}) {
         std::printf("\n%s\n", group);
         for (const CLI::Option *option : app.get_options()) {
             if (option->get_group() != group)
@@ -239,24 +284,10 @@ static void PrintHelp(const CLI::App &app)
             std::printf("  %-26s %s\n", name.c_str(), option->get_description().c_str());
         }
     }
-}
-
-// The reason why the command line can't be followed; empty when it can.
-static std::string FindConflict(const CLI::App &app, const HostOptions &options)
-{
-    for (const ConflictRow &row : conflictRows)
-        if (app.count(row.a) != 0 && app.count(row.b) != 0)
-            return std::string(row.a) + " and " + row.b + " contradict each other: " + row.why;
-    if (app.count("--direct") != 0 && !options.animationFile.empty())
-        return std::string("--direct and --animation=FILE contradict each other: ") + noFile;
-    if (app.count("--clump-name") != 0 && app.count("--source") == 0)
-        return "--clump-name needs --source: nothing else has the name in it";
-    if (options.scenes.empty())
-        return "no scene is given";
-    if (options.scenes.size() > 1)
-        return "more than one scene is given, the second is " + InQuotes(options.scenes[1]) +
-               "; a FILE goes behind an equals sign, as in --header=FILE";
-    return "";
+    std::fputs("\nExit status: 0 done, whatever warnings there were; 1 a scene could not be read or written "
+               "whole,\nor with --strict there were warnings; 2 the command line is wrong, and nothing was "
+               "done.\n",
+               stdout);
 }
 
 int ParseOptions(int argc, const char *const *argv, HostOptions *options)
@@ -264,18 +295,22 @@ int ParseOptions(int argc, const char *const *argv, HostOptions *options)
     CLI::App app("", "3ds2mcx");
     app.allow_windows_style_options(false);
     AddFileOptions(&app, options);
+    AddSwitches(&app, options);
     AddFormOptions(&app, options);
-    AddNumberOptions(&app, options);
-    AddOtherOptions(&app, options);
+    AddSurfaceOptions(&app, options);
+    AddPreviewOptions(&app, options);
+    AddReportOptions(&app, options);
     std::string why;
     try {
         app.parse(argc, argv);
         for (std::string *file : {&options->headerFile, &options->animationFile})
             if (*file == noName)
                 file->clear();
+            else if (*file == standardOutputName)
+                throw CLI::ValidationError("FILE", "only --output can be -, the standard output");
         options->flags |= app.count("--header") != 0 ? MC3DS_HEADER : 0;
         options->flags |= app.count("--animation") != 0 ? MC3DS_ANIMATION : 0;
-        why = FindConflict(app, *options);
+        why = FindConflict(*options, [&app](const char *option) { return app.count(option) != 0; });
     } catch (const CLI::CallForHelp &) {
         PrintHelp(app);
         return exitDone;

@@ -14,6 +14,41 @@ std::string OutputName(const HostOptions &options, const std::string &scenePath)
     return fs::path(scenePath).replace_extension(options.flags & MC3DS_SOURCE ? ".c" : ".mcx").string();
 }
 
+std::string BareOutputName(const HostOptions &options, const std::string &scenePath)
+{
+    HostOptions named = options;
+    if (named.output == standardOutputName)
+        named.output.clear();
+    return fs::path(OutputName(named, scenePath)).filename().string();
+}
+
+std::string ObjectFileName(const HostOptions &options, const std::string &scenePath, size_t index)
+{
+    const fs::path base = fs::path(OutputName(options, scenePath)).replace_extension();
+    return base.string() + std::to_string(index) + (options.flags & MC3DS_SOURCE ? ".c" : ".mcx");
+}
+
+static std::string SecondName(const std::string &given, const std::string &output, const char *extension)
+{
+    return given.empty() ? fs::path(output).replace_extension(extension).string() : given;
+}
+
+std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::string &scenePath)
+{
+    std::vector<NamedTarget> names;
+    const std::string output = OutputName(options, scenePath);
+    if (!options.info && !(options.flags & (MC3DS_DIRECT | MC3DS_PER_OBJECT))) {
+        names.push_back({options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script, output});
+        if (options.flags & MC3DS_HEADER)
+            names.push_back({TextKind::Header, SecondName(options.headerFile, output, ".h")});
+        if (options.flags & MC3DS_ANIMATION)
+            names.push_back({TextKind::Animation, SecondName(options.animationFile, output, ".mca")});
+    }
+    if (!options.previewFile.empty())
+        names.push_back({TextKind::Picture, options.previewFile});
+    return names;
+}
+
 std::string VuePath(const std::string &scenePath)
 {
     return scenePath.size() < 3 ? "" : scenePath.substr(0, scenePath.size() - 3) + "vue";
@@ -32,8 +67,14 @@ static bool SameFile(const fs::path &a, const fs::path &b)
     return a == b || (fs::equivalent(a, b, missing) && !missing);
 }
 
-// Finds out where a file is to go, and returns why it can't go there; empty when it can.
-static std::string Locate(OutputFile *file)
+// The files of other scenes are not to be lost by a slip of the hand.
+static bool IsInput(const fs::path &path)
+{
+    const std::string extension = InLowerCase(path.extension().string());
+    return extension == ".3ds" || extension == ".vue";
+}
+
+std::string LocateTarget(OutputFile *file)
 {
     fs::path path = file->shown;
     std::error_code failure;
@@ -61,6 +102,8 @@ static std::string Locate(OutputFile *file)
         if (!stream)
             return std::strerror(errno);
         std::fclose(stream);
+        if (IsInput(file->target))
+            return "a scene or an animation of that name exists, and is never replaced";
     }
     return "";
 }
@@ -68,29 +111,40 @@ static std::string Locate(OutputFile *file)
 static bool AddFile(TextKind kind, const std::string &name, const std::string &scenePath,
                     std::vector<OutputFile> *files)
 {
+    if (name == standardOutputName) {
+        files->push_back({kind, "standard output", {}, true, {}, true});
+        return true;
+    }
     OutputFile file = {kind, name, {}, false, {}};
-    std::string why = Locate(&file);
-    if (why.empty() && SameFile(file.target, scenePath))
+    std::string why = LocateTarget(&file);
+    if (SameFile(name, scenePath))
         why = "it is the scene itself";
-    if (why.empty() && SameFile(file.target, VuePath(scenePath)))
+    else if (SameFile(name, VuePath(scenePath)))
         why = "it is the animation that belongs to the scene";
     if (!why.empty()) {
         ReportUnwritten(name, why);
         return false;
     }
+    for (const OutputFile &other : *files) {
+        if (!other.inPlace && SameFile(other.target, file.target)) {
+            ReportError("two of the files to write are one: " + InQuotes(other.shown) + " and " +
+                        InQuotes(name));
+            return false;
+        }
+    }
     files->push_back(file);
     return true;
 }
 
-static bool AddObjectFiles(TextKind kind, const std::string &output, const std::string &scenePath,
-                           uint32_t objectCount, std::vector<OutputFile> *files)
+static bool AddObjectFiles(const HostOptions &options, const std::string &scenePath, uint32_t objectCount,
+                           std::vector<OutputFile> *files)
 {
-    const fs::path base = fs::path(output).replace_extension();
+    const TextKind kind = options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script;
     for (uint32_t i = 0; i < objectCount; ++i) {
-        const std::string name =
-            base.string() + std::to_string(i) + (kind == TextKind::Source ? ".c" : ".mcx");
-        if (!AddFile(kind, name, scenePath, files))
+        std::vector<OutputFile> added; // names that differ in a number need no comparing
+        if (!AddFile(kind, ObjectFileName(options, scenePath, i), scenePath, &added))
             return false;
+        files->push_back(added.front());
         // They all grow in one folder, from which a file can't be moved to wherever a link leads.
         if (files->back().target.parent_path() != files->front().target.parent_path())
             files->back().inPlace = true;
@@ -98,34 +152,13 @@ static bool AddObjectFiles(TextKind kind, const std::string &output, const std::
     return true;
 }
 
-static bool AddSecondFile(TextKind kind, const std::string &given, const char *extension,
-                          const std::string &scenePath, std::vector<OutputFile> *files)
-{
-    const OutputFile output = files->front();
-    const std::string name =
-        given.empty() ? fs::path(output.shown).replace_extension(extension).string() : given;
-    if (!AddFile(kind, name, scenePath, files))
-        return false;
-    const OutputFile &added = files->back();
-    for (const OutputFile &other : *files) {
-        if (&other != &added && !other.inPlace && SameFile(other.target, added.target)) {
-            ReportError("two of the files to write are one: " + InQuotes(other.shown) + " and " +
-                        InQuotes(name));
-            return false;
-        }
-    }
-    return true;
-}
-
 bool PlanOutput(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
                 std::vector<OutputFile> *files)
 {
-    const TextKind kind = options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script;
     const std::string output = OutputName(options, scenePath);
     const bool perObject = options.flags & MC3DS_PER_OBJECT;
-    const bool header = options.flags & MC3DS_HEADER;
     const bool animation = (options.flags & MC3DS_ANIMATION) && scene->hasAnimation;
-    const bool named = !perObject && !(header && options.headerFile.empty()) &&
+    const bool named = !perObject && !((options.flags & MC3DS_HEADER) && options.headerFile.empty()) &&
                        !(animation && options.animationFile.empty());
     std::error_code failure;
     const fs::file_status status = fs::status(output, failure);
@@ -133,10 +166,11 @@ bool PlanOutput(const HostOptions &options, const std::string &scenePath, const 
         ReportError("no file names can be made from " + InQuotes(output) + ": it is no regular file");
         return false;
     }
-    if (perObject)
-        return AddObjectFiles(kind, output, scenePath, scene->objectCount, files);
-    return AddFile(kind, output, scenePath, files) &&
-           (!header || AddSecondFile(TextKind::Header, options.headerFile, ".h", scenePath, files)) &&
-           (!animation ||
-            AddSecondFile(TextKind::Animation, options.animationFile, ".mca", scenePath, files));
+    if (perObject && !AddObjectFiles(options, scenePath, scene->objectCount, files))
+        return false;
+    for (const NamedTarget &target : TargetNames(options, scenePath))
+        if ((target.kind != TextKind::Animation || animation) &&
+            !AddFile(target.kind, target.name, scenePath, files))
+            return false;
+    return true;
 }

@@ -1,16 +1,10 @@
 #include <algorithm>
+#include <cmath>
 #include <system_error>
 
 #include "host.h"
 
 namespace fs = std::filesystem;
-
-static std::string LowerCase(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return text;
-}
 
 static std::string FindOtherCase(const fs::path &wanted)
 {
@@ -18,12 +12,13 @@ static std::string FindOtherCase(const fs::path &wanted)
     const fs::path folder = wanted.has_parent_path() ? wanted.parent_path() : fs::path(".");
     for (fs::directory_iterator entry(folder, failure), end; !failure && entry != end;
          entry.increment(failure))
-        if (LowerCase(entry->path().filename().string()) == LowerCase(wanted.filename().string()))
+        if (InLowerCase(entry->path().filename().string()) == InLowerCase(wanted.filename().string()))
             return entry->path().filename().string();
     return "";
 }
 
-void ReportMissingAnimation(const Mc3dsFile *scene, const std::string &scenePath)
+// Why the scene has no animation, if it has none.
+static void ReportMissingAnimation(const Mc3dsFile *scene, const std::string &scenePath)
 {
     const std::string vue = VuePath(scenePath);
     std::string why;
@@ -76,15 +71,92 @@ static std::vector<bool> FindPlaced(const Mc3dsFile *scene)
     return placed;
 }
 
-void ReportLostObjects(const Mc3dsFile *scene)
+// Objects that hang from no object that is written.
+static void ReportLostObjects(const Mc3dsFile *scene)
 {
     const std::vector<bool> placed = FindPlaced(scene);
     const auto lost = std::count(placed.begin(), placed.end(), false);
     if (lost == 0)
         return;
     const auto first = std::find(placed.begin(), placed.end(), false) - placed.begin();
-    ReportWarning(
-        std::to_string(lost) + " of " + std::to_string(scene->objectCount) +
-        " objects hang from something that is no object, and are left out without --flat; the first is " +
-        InQuotes(scene->objects[first].safeName));
+    ReportWarning("objects that hang from no object and are left out: " + std::to_string(lost) + " of " +
+                  std::to_string(scene->objectCount) +
+                  "; --flat writes them; the first: " + InQuotes(scene->objects[first].safeName));
+}
+
+static bool IsFinite(const Mc3dsTransform &transform)
+{
+    for (const auto &row : transform.m)
+        for (const double value : row)
+            if (!std::isfinite(value))
+                return false;
+    return true;
+}
+
+// Returns the largest of all finite co-ordinates.
+static double ReportNoNumbers(const HostOptions &options, const Mc3dsFile *scene)
+{
+    double largest = 0.0;
+    size_t vertices = 0, placements = 0;
+    std::string firstVertex, firstPlacement;
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        const Mc3dsObject &object = scene->objects[i];
+        for (int32_t at = 0; at < object.vertexCount; ++at) {
+            const Mc3dsVertex &v = object.vertices[at];
+            const double most = std::max({std::fabs(v.x), std::fabs(v.y), std::fabs(v.z)});
+            const bool finite = std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+            if (finite)
+                largest = std::max(largest, most);
+            if ((!finite || (object.hasTexture && (std::isnan(v.u) || std::isnan(v.v)))) && vertices++ == 0)
+                firstVertex = object.safeName;
+        }
+        bool finite = IsFinite(object.meshMatrix);
+        if ((options.flags & MC3DS_ANIMATION) && scene->hasAnimation && object.hasFrames)
+            for (uint32_t frame = 0; frame <= scene->frameCount && finite; ++frame)
+                finite = IsFinite(object.frames[frame]);
+        if (!finite && placements++ == 0)
+            firstPlacement = object.safeName;
+    }
+    const std::string noNumbers = " that hold no finite numbers, and are written as nan or inf: ";
+    if (vertices != 0)
+        ReportWarning("vertices" + noNumbers + std::to_string(vertices) + "; the first is in " +
+                      InQuotes(firstVertex));
+    if (placements != 0)
+        ReportWarning("placements" + noNumbers + std::to_string(placements) + "; the first is that of " +
+                      InQuotes(firstPlacement));
+    return largest;
+}
+
+// The bounds are those that the library takes: of what the file has, before anything is placed.
+static void ReportBadSize(const HostOptions &options, const Mc3dsFile *scene, double largest)
+{
+    float extent = -Mc3dsLargest;
+    for (int axis = 0; axis < 3; ++axis) {
+        float low = Mc3dsLargest, high = -Mc3dsLargest;
+        for (uint32_t i = 0; i < scene->objectCount; ++i) {
+            low = std::min(low, scene->objects[i].boundsMin[axis]);
+            high = std::max(high, scene->objects[i].boundsMax[axis]);
+        }
+        extent = std::max(extent, high - low);
+    }
+    const bool fits = options.flags & MC3DS_FIT_SIZE;
+    const float scale = fits ? options.size / extent : options.scale;
+    if (fits && (!(extent > 0.0f) || !std::isfinite(extent) || !std::isfinite(scale) || scale == 0.0f))
+        ReportWarning(
+            "the scene has no extent that --size could be made of, and is written with a scale of no "
+            "use; --scale needs none");
+    else if (largest * static_cast<double>(scale) > static_cast<double>(Mc3dsLargest))
+        ReportWarning("the scale takes co-ordinates beyond what a number holds, and they are written as inf");
+}
+
+void ReportSceneNotes(const HostOptions &options, const Mc3dsFile *scene, const std::string &scenePath)
+{
+    if (options.flags & MC3DS_ANIMATION)
+        ReportMissingAnimation(scene, scenePath);
+    if (!(options.flags & (MC3DS_FLAT | MC3DS_PER_OBJECT)))
+        ReportLostObjects(scene);
+    if (!(options.flags & MC3DS_PER_OBJECT))
+        ReportSharedMeshes(scene, scenePath);
+    ReportNames(options, scene);
+    ReportBadSize(options, scene, ReportNoNumbers(options, scene));
 }

@@ -66,29 +66,39 @@ bool IsWhole(const OutputFile &file, const Mc3dsFile *scene)
                std::string("#define TAG_") + scene->objects[last].safeName + ' ' + std::to_string(last + 2);
     }
     case TextKind::Animation: return AnimationIsWhole(stream.get(), scene->frameCount);
+    case TextKind::Picture: break; // whoever draws it looks at its own writes
     }
     return false;
 }
 
 // False with errno set.
-static bool CopyInto(const fs::path &from, const fs::path &into)
+static bool CopyInto(const fs::path &from, FILE *out)
 {
     const Stream in = OpenStream(from, "rb");
-    Stream out = OpenStream(into, "wb");
     if (!in || !out)
         return false;
     static char buffer[65536];
     while (const size_t length = std::fread(buffer, 1, sizeof buffer, in.get()))
-        if (std::fwrite(buffer, 1, length, out.get()) != length)
+        if (std::fwrite(buffer, 1, length, out) != length)
             return false;
-    return !std::ferror(in.get()) && std::fclose(out.release()) == 0;
+    return !std::ferror(in.get()) && std::fflush(out) == 0;
+}
+
+static bool CopyToTarget(const OutputFile &file)
+{
+    if (file.standardOutput) {
+        MakeStandardOutputBinary(); // line ends are those of a text file already
+        return CopyInto(file.written, stdout);
+    }
+    Stream out = OpenStream(file.target, "wb");
+    return CopyInto(file.written, out.get()) && std::fclose(out.release()) == 0;
 }
 
 bool Deliver(const OutputFile &file, uintmax_t *size)
 {
     std::error_code failure;
     *size = fs::file_size(file.written, failure);
-    if (!failure && file.inPlace && !CopyInto(file.written, file.target))
+    if (!failure && file.inPlace && !CopyToTarget(file))
         failure = std::error_code(errno, std::generic_category());
     if (!failure && !file.inPlace) {
         // What stood there before keeps its permissions.

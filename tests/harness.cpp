@@ -157,6 +157,11 @@ static std::string UnifyLineEnds(std::string text)
     return text;
 }
 
+std::string ReadText(const fs::path &path)
+{
+    return UnifyLineEnds(ReadFile(path));
+}
+
 std::string Output(const LoadedScene &scene, Mc3dsOptions &options)
 {
     const fs::path before = fs::current_path();
@@ -166,7 +171,7 @@ std::string Output(const LoadedScene &scene, Mc3dsOptions &options)
     Mc3dsOutput(scene.get(), &options, nullptr);
     std::map<std::string, std::string> files;
     for (const fs::directory_entry &entry : fs::directory_iterator("."))
-        files[entry.path().filename().string()] = UnifyLineEnds(ReadFile(entry.path()));
+        files[entry.path().filename().string()] = ReadText(entry.path());
     fs::current_path(before);
     if (files.size() == 1)
         return files.begin()->second;
@@ -192,7 +197,7 @@ testing::AssertionResult MatchesGolden(const std::string &text, const std::strin
     }
     if (!fs::exists(path))
         return testing::AssertionFailure() << name << " is missing; MC3DS_UPDATE_GOLDEN=1 writes it";
-    const std::string golden = UnifyLineEnds(ReadFile(path));
+    const std::string golden = ReadText(path);
     if (golden == text)
         return testing::AssertionSuccess();
     std::istringstream wanted(golden), got(text);

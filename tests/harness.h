@@ -63,6 +63,8 @@ Mc3dsOptions DefaultOptions(uint32_t flags = 0);
 std::string Output(const LoadedScene &scene, Mc3dsOptions &options);
 
 std::string ReadFile(const std::filesystem::path &path);
+// The same with line feeds alone for line ends.
+std::string ReadText(const std::filesystem::path &path);
 void WriteFile(const std::filesystem::path &path, const std::string &bytes);
 
 // A file of the samples folder, as an absolute path.

@@ -307,7 +307,7 @@ TEST_F(OutputTest, OnlyADirectBuildOfSomethingTouchesTheClump)
     EXPECT_EQ(direct.size, -1); // a scene without objects changes nothing
     EXPECT_EQ(TakeReportLines(), "");
     Mc3dsOutput(scene.get(), &text, &clump);
-    EXPECT_EQ(Lines(ReadFile("out.c"), "McBuild"), "McBuild(void)\n");
+    EXPECT_EQ(Lines(ReadText("out.c"), "McBuild"), "McBuild(void)\n");
     EXPECT_EQ(clump, untouched);
     Mc3dsOutput(scene.get(), &direct, nullptr);
     Mc3dsOutput(scene.get(), &direct, &clump);

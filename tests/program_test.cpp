@@ -1,82 +1,13 @@
 // The program as its users meet it: command lines in, exit status, words and files out.
 #if defined(MC3DS_PROGRAM)
 
-#include <algorithm>
 #include <cstdlib>
 #include <regex>
-#include <sstream>
 
-#include "command.h"
-#include "harness.h"
-
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#endif
+#include "program.h"
 
 namespace fs = std::filesystem;
 using namespace chunks;
-
-static const fs::path program = fs::absolute(MC3DS_PROGRAM);
-
-struct Outcome {
-    int status;
-    std::string said;  // stdout, then stderr
-    std::string files; // those that came, sorted, a blank between
-};
-
-static std::string ListFiles()
-{
-    std::vector<std::string> names;
-    for (const fs::directory_entry &entry : fs::recursive_directory_iterator("."))
-        names.push_back(entry.path().lexically_relative(".").generic_string());
-    std::sort(names.begin(), names.end());
-    std::string list;
-    for (const std::string &name : names)
-        list += (list.empty() ? "" : " ") + name;
-    return list;
-}
-
-static Bytes Triangle(const Bytes &name, float x)
-{
-    return NamedObject(name, {Mesh({Points({x, 0, 0, x + 4, 0, 0, x, 2, 0}), TexVerts({0, 0, 1, 0, 0, 1}),
-                                    Faces({0, 1, 2}, {MaterialGroup("GLASS", {0})})})});
-}
-
-// A folder with a scene of two objects, LID in BOX, its animation, and things that are none.
-static void MakeInputs()
-{
-    for (const fs::directory_entry &entry : fs::directory_iterator("."))
-        fs::remove_all(entry.path());
-    const Bytes grey = Colour24(51, 51, 51);
-    const Bytes glass = Material("GLASS", {Finish(grey, grey, grey, 2, 25, 50), Map(0xA200, "PANE.GIF")});
-    WriteFile("two.3ds", Scene({glass, Triangle("BOX", 0), Triangle("LID", 6)},
-                               {Kfhdr(2), ObjectNode("BOX", noParent), ObjectNode("LID", 0)}));
-    WriteFile("two.vue",
-              "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 7 0 0 transform LID 1 0 0 0 1 0 0 0 1 0 0 0");
-    WriteFile("none.3ds", Scene({}));
-    WriteFile("text.3ds", "no scene");
-    WriteFile("lost.3ds", Scene({Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
-    fs::create_directory("dir");
-}
-
-// before stands ahead of the program's name in the shell's line.
-static Outcome Start(const std::string &arguments, const std::string &before = "")
-{
-    const std::string inputs = ' ' + ListFiles() + ' ';
-#if defined(_WIN32)
-    const CommandResult result = RunCommand('"' + Quoted(program.string()) + ' ' + arguments + '"');
-    Outcome run = {result.status, result.output, ""};
-#else
-    const std::string line = before + MC3DS_EMULATOR " " + Quoted(program.string()) + ' ' + arguments;
-    const CommandResult result = RunCommand("{ " + line + "\n}");
-    Outcome run = {WIFEXITED(result.status) ? WEXITSTATUS(result.status) : -1, result.output, ""};
-#endif
-    std::istringstream names(ListFiles());
-    for (std::string name; names >> name;)
-        if (inputs.find(' ' + name + ' ') == std::string::npos)
-            run.files += (run.files.empty() ? "" : " ") + name;
-    return run;
-}
 
 struct ProgramTest : SceneTest {};
 
@@ -99,18 +30,33 @@ static const Row rows[] = {
     {"two.3ds --per-object --source -o dir/overlong_name.x", 0, "",
      "dir/overlong_name0.c dir/overlong_name1.c"},
     {"none.3ds", 1, "error: the scene has no objects"},
-    {"text.3ds", 1, "error: File is not a 3DS file"},
+    {"text.3ds", 1, "error: File is not a 3DS file; nothing is written"},
     {"missing.3ds", 1, "error: no scene: No such file or directory"},
-    {"dir", 1, "error: .*it is a folder"},
+    {"dir", 1, "error: .*it is a folder; --recursive"},
     {"two.3ds -o dir", 1, "cannot write \"dir\": it is a folder"},
     {"two.3ds -o lost/x.mcx", 1, "cannot write \"lost/x.mcx\": folder \"lost\": No such file"},
     {"two.3ds -o dir/../two.3ds", 1, "it is the scene itself"},
+    {"two.3ds -o none.3ds", 1, "a scene or an animation of that name exists"},
     {"two.3ds --header=two.vue", 1, "it is the animation that belongs to the scene"},
     {"two.3ds --animation=./two.mcx", 1, "two of the files to write are one"},
-    {"lost.3ds", 0, "warning: 1 of 1 objects hang from something that is no object.*\"BOX\"", "lost.mcx"},
+    {"lost.3ds", 0, "warning: objects that hang from no object and are left out: 1 of 1; --flat.*\"BOX\"",
+     "lost.mcx"},
     {"lost.3ds --animation", 0, "warning: no animation: there is no \"lost.vue\"", "lost.mcx"},
     {"", 2, "no scene is given"},
-    {"two.3ds none.3ds", 2, "more than one scene.*none.3ds"},
+    {"--header x.h two.3ds", 2, "\"x.h\" is no scene.*as in --header=x.h"},
+    {"two.3ds text.3ds -o x", 2, "--output and more than one scene contradict.*--output-dir"},
+    {"two.3ds text.3ds --animation=x", 2, "--animation=FILE and more than one scene contradict"},
+    {"dir --recursive --header=x", 2, "--header=FILE and --recursive contradict"},
+    {"two.3ds -o x --output-dir dir", 2, "--output and --output-dir contradict"},
+    {"two.3ds -o - --header", 2, "--header and --output - contradict"},
+    {"two.3ds --info --source", 2, "--info and --source contradict"},
+    {"two.3ds --direct -j 2", 2, "--direct and --jobs contradict"},
+    {"two.3ds --json", 2, "--json needs --info"},
+    {"two.3ds --preview x.gif", 2, "\"x.gif\" doesn't end in .png"},
+    {"two.3ds -j 0", 2, "--jobs: \"0\" is no number from 1 to 256"},
+    {"two.3ds --summary two.mcx", 2, "the summary and the output of \"two.3ds\" would both be"},
+    {"two.3ds --summary two.vue", 2, "the summary would take the place of \"two.vue\""},
+    {"--info --json two.3ds", 0, "^\\{\"scene\":\"two.3ds\""},
     {"two.3ds --bogus", 2, "--bogus"},
     {"two.3ds --direct --source", 2, "--direct and --source contradict"},
     {"two.3ds --direct -o x", 2, "--direct and --output contradict"},
@@ -166,11 +112,11 @@ TEST_F(ProgramTest, EachOptionOfTheLibraryReachesTheOutput)
     };
     MakeInputs();
     ASSERT_EQ(Start("two.3ds -o plain").status, 0);
-    const std::string plain = ReadFile("plain");
+    const std::string plain = ReadText("plain");
     for (const auto &[arguments, fragment] : fragments) {
         SCOPED_TRACE(arguments);
         ASSERT_EQ(Start(std::string("two.3ds -o out ") + arguments).status, 0);
-        EXPECT_TRUE(std::regex_search(ReadFile("out"), std::regex(fragment))) << ReadFile("out");
+        EXPECT_TRUE(std::regex_search(ReadText("out"), std::regex(fragment))) << ReadText("out");
         EXPECT_FALSE(std::regex_search(plain, std::regex(fragment)));
     }
 }

@@ -7,7 +7,7 @@ wanted=
 for group in "$@"; do
     case $group in
     build) wanted="$wanted g++ cmake ninja-build libcli11-dev libpng-dev nlohmann-json3-dev" ;;
-    test) wanted="$wanted libgtest-dev locales" ;;
+    test) wanted="$wanted libgtest-dev locales pkgconf" ;;
     ci) wanted="$wanted clang clang-format libclang-rt-14-dev libbenchmark-dev" ;;
     matrix) wanted="$wanted valgrind g++-12-multilib g++-s390x-linux-gnu qemu-user googletest" ;;
     coverage) wanted="$wanted gcovr" ;;

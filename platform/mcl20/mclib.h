@@ -16,7 +16,11 @@
 #include <stddef.h>
 
 #if defined(_WIN32)
+#if defined(mcl20_EXPORTS)
+#define MCL_API __declspec(dllexport)
+#else
 #define MCL_API
+#endif
 #define MCL_MAYBE_UNUSED
 #else
 #define MCL_API __attribute__((visibility("default")))

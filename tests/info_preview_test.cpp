@@ -1,0 +1,146 @@
+// What the program shows of a scene: an overview as text and as JSON, and a picture.
+#if defined(MC3DS_PROGRAM)
+
+#include <cmath>
+#include <cstdlib>
+#include <regex>
+
+#include "command.h"
+#include "harness.h"
+#include "worked_scene.h"
+#if defined(MC3DS_HAVE_PNG)
+#include <png.h>
+#endif
+
+using namespace chunks;
+
+static const std::string program =
+    MC3DS_EMULATOR " " + Quoted(std::filesystem::absolute(MC3DS_PROGRAM).string()) + " -q scene.3ds ";
+
+struct InfoPreviewTest : SceneTest {};
+
+static std::string Info(const std::string &options = "")
+{
+    EXPECT_EQ(std::system((program + "--info " + options + " >shown 2>reports").c_str()), 0);
+    return ReadFile("shown");
+}
+
+// Reduces the text to one value, from the innermost brackets outwards.
+static bool IsJson(std::string text)
+{
+    text = std::regex_replace(text, std::regex(R"re("([^"\\\x01-\x1f]|\\["\\]|\\u[0-9a-f]{4})*")re"), "s");
+    text = std::regex_replace(text, std::regex(R"(-?(0|[1-9]\d*)(\.\d+)?(e[+-]?\d+)?|true|false|null)"), "v");
+    const std::regex nest(R"(\[([sv](,[sv])*)?\]|\{(s:[sv](,s:[sv])*)?\})");
+    for (std::string before; before != text; text = std::regex_replace(before, nest, "v"))
+        before = text;
+    return text == "v\n";
+}
+
+TEST_F(InfoPreviewTest, TheOverviewTellsWhatIsThereAndWhatStaysBehind)
+{
+    WriteFile("scene.3ds", WorkedScene());
+    WriteFile("mask.gif", "");
+    WriteFile("BRICK.GIF", "");
+    const std::string json = Info("--json"), text = Info();
+    EXPECT_TRUE(IsJson(json)) << json;
+    for (const char *part :
+         {"\"vertices\":11,\"faces\":8,\"dummies\":1,\"frames\":2,\"animation\":false",
+          "\"name\":\"BASE PLATE\",\"outputName\":\"BASE_PLATE\"[^{}]*\"parent\":null,\"depth\":0,",
+          "\"name\":\"Dummy0\"[^{}]*\"dummy\":true,\"parent\":0,\"depth\":1",
+          "\"name\":\"ARM\"[^{}]*\"parent\":3,\"depth\":2", "\"name\":\"TIP\"[^{}]*\"parent\":1,\"depth\":3",
+          "\"name\":\"RED\",\"faces\":1,\"shading\":\"flat\"", "\"name\":\"WOOD\",\"found\":null",
+          "\"name\":\"MASK.GIF\",\"found\":\"mask.gif\"",
+          "\"lights\":\\[\"SUN\"\\],\"cameras\":\\[\"EYE\"\\],\"hidden\":\\[\"GHOST\"\\]"})
+        EXPECT_TRUE(std::regex_search(json, std::regex(part))) << part << '\n' << json;
+    for (const char *part : {"\n  BASE PLATE  4 vertices, 3 faces; RED, GLASS, CLAY\n"
+                             "  `- Dummy0  dummy; pivot 0 0 3\n     `- ARM  ",
+                             "BRICK.GIF  lies beside the scene\n", "as mask.gif: only the case",
+                             "WOOD  is not beside", "#0000ff GLASS  Phong"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << '\n' << text;
+}
+
+TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
+{
+    const Bytes name = "\"\x1b[\xE4\\";
+    WriteFile(
+        "scene.3ds",
+        Scene({NamedObject(name, {Mesh({Points({0, 0, 0})})}), NamedObject("LOST", {Mesh({})})},
+              {Kfhdr(1), ObjectNode(name, noParent, {Pivot(NAN, INFINITY, 1)}), ObjectNode("LOST", 9)}));
+    const std::string json = Info("--json"), text = Info();
+    EXPECT_TRUE(IsJson(json)) << json;
+    EXPECT_NE(json.find(R"("name":"\"\u001b[\u00e4\\")"), std::string::npos) << json;
+    EXPECT_NE(json.find("\"pivot\":[null,null,1]"), std::string::npos) << json;
+    EXPECT_NE(text.find("  \"\\x1b[\\xe4\\  1 vertex"), std::string::npos) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("--flat alone[^\n]*\n  LOST"))) << text;
+}
+
+#if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)
+struct Picture {
+    size_t width, height;
+    std::vector<unsigned char> rgb;
+};
+
+// A picture of a red cube.
+static Picture Draw(uint32_t shading, uint32_t transparency, const std::string &options)
+{
+    const Bytes red = Colour24(255, 0, 0);
+    const Bytes cube = Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 0, 1, 1, 0, 1, 0, 1, 1, 1, 1, 1}),
+                             Faces({0, 1, 3, 0, 3, 2, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
+                                    2, 3, 7, 2, 7, 6, 0, 2, 6, 0, 6, 4, 1, 3, 7, 1, 7, 5},
+                                   {MaterialGroup("RED", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11})})});
+    WriteFile("scene.3ds", Scene({Material("RED", {Finish(red, red, red, shading, 0, transparency)}),
+                                  NamedObject("CUBE", {cube})},
+                                 {Kfhdr(3), ObjectNode("CUBE", noParent)}));
+    MustRun(program + "-o out.mcx --preview out.png " + options);
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    EXPECT_NE(png_image_begin_read_from_file(&image, "out.png"), 0) << image.message;
+    image.format = PNG_FORMAT_RGB;
+    Picture picture = {image.width, image.height, std::vector<unsigned char>(PNG_IMAGE_SIZE(image))};
+    EXPECT_NE(png_image_finish_read(&image, nullptr, picture.rgb.data(), 0, nullptr), 0) << image.message;
+    return picture;
+}
+
+// How much more red than blue there is at a place, given in parts of the picture's sides.
+static int Redness(const Picture &picture, double x, double y)
+{
+    const auto column = static_cast<size_t>(x * static_cast<double>(picture.width - 1));
+    const auto row = static_cast<size_t>(y * static_cast<double>(picture.height - 1));
+    const unsigned char *pixel = &picture.rgb[(row * picture.width + column) * 3];
+    return pixel[0] - pixel[2];
+}
+
+TEST_F(InfoPreviewTest, ThePictureShowsTheModelInTheMiddle)
+{
+    const Picture solid = Draw(1, 0, ""), clear = Draw(1, 60, ""), wire = Draw(0, 0, "");
+    EXPECT_EQ(solid.width, 800u);
+    EXPECT_EQ(solid.height, 600u);
+    for (const Picture *picture : {&solid, &clear, &wire})
+        for (const double corner : {0.0, 1.0})
+            EXPECT_LT(std::max(Redness(*picture, corner, 0), Redness(*picture, corner, 1)), 0);
+    const double x = 0.42, y = 0.65; // in a face, off its edges and its diagonal
+    EXPECT_GT(Redness(solid, x, y), 100);
+    EXPECT_GT(Redness(clear, x, y), 10);
+    EXPECT_LT(Redness(clear, x, y), Redness(solid, x, y));
+    EXPECT_LT(Redness(wire, x, y), 0);
+    EXPECT_TRUE(solid.rgb == Draw(1, 0, "--protos --flat").rgb);
+}
+
+TEST_F(InfoPreviewTest, AStripShowsTheFramesOfTheAnimationSideBySide)
+{
+    const std::string place = " transform CUBE 1 0 0 0 1 0 0 0 1 ";
+    WriteFile("scene.vue", "frame 0" + place + "0 0 0 frame 1" + place + "4 0 0 frame 2" + place + "8 0 0");
+    const Picture strip = Draw(1, 0, "--preview-frame strip --preview-size 100x50");
+    EXPECT_EQ(strip.width, 300u);
+    EXPECT_EQ(strip.height, 50u);
+    for (const int frame : {0, 1, 2}) // the cube moves to the right and, at that slant, downwards
+        for (const int part : {0, 1, 2}) {
+            const double x = (frame + 0.12 + part * 0.38) / 3;
+            EXPECT_EQ(Redness(strip, x, 0.31 + part * 0.19) > 0, frame == part) << frame << part;
+        }
+    EXPECT_TRUE(Draw(1, 0, "--preview-frame 2").rgb == Draw(1, 0, "").rgb); // each framed on its own
+    EXPECT_NE(RunCommand(program + "-o out.mcx --preview x.png --preview-frame 3").status, 0);
+}
+#endif
+
+#endif

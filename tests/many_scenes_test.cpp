@@ -1,0 +1,223 @@
+// Many scenes in one run of the program, and what it has to say about odd ones.
+#if defined(MC3DS_PROGRAM)
+
+#include <fstream>
+#include <regex>
+#include <set>
+
+#include "program.h"
+
+namespace fs = std::filesystem;
+using namespace chunks;
+
+static testing::AssertionResult Says(const std::string &text, const std::string &pattern)
+{
+    if (std::regex_search(text, std::regex(pattern)))
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << '"' << pattern << "\" is not in " << text;
+}
+
+static size_t CountOf(const std::string &text, const std::string &part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
+struct ManyScenesTest : SceneTest {
+    void SetUp() override
+    {
+        SceneTest::SetUp();
+        MakeInputs();
+        fs::create_directories("tree/sub");
+        fs::copy_file("two.3ds", "tree/a.3ds");
+        fs::copy_file("two.3ds", "tree/sub/B.3DS");
+        fs::copy_file("lost.3ds", "tree/sub/c.3ds");
+        fs::copy_file("lost.3ds", "tree/sub/d.3ds");
+        WriteFile("tree/sub/bad.3Ds", "no scene");
+        WriteFile("tree/note.txt", "no scene");
+    }
+};
+
+TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
+{
+    std::string bytes;
+    for (const std::string jobs : {"", " -j 3"}) {
+        SCOPED_TRACE(jobs);
+        fs::remove_all("out");
+        const Outcome run = Start("--recursive tree --output-dir out --summary sum.json" + jobs);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(std::regex_replace(run.files, std::regex(" ?sum.json"), ""),
+                  "out out/a.mcx out/sub out/sub/B.mcx out/sub/c.mcx out/sub/d.mcx");
+        EXPECT_TRUE(Says(run.said, "sub.bad.3Ds: error: File is not a 3DS file; nothing is written"));
+        EXPECT_EQ(CountOf(run.said, ": warning: objects that hang from no object"), 1u) << run.said;
+        EXPECT_TRUE(Says(run.said, "5 scenes \\(1 failed\\), 6 objects, 18 vertices, 6 triangles, 2 warnings "
+                                   "\\(2x objects that hang[^;]*\\), [0-9.]+ s, [0-9.]+ MB/s\n$"));
+        const std::string summary = std::regex_replace(ReadFile("sum.json"), std::regex("\\s+"), "");
+        EXPECT_TRUE(
+            Says(summary, "\"total\":\\{\"bytes\":[0-9]+,\"objects\":6,\"vertices\":18,\"triangles\":6"));
+        EXPECT_TRUE(Says(summary, "bad.3Ds\",\"done\":false,\"error\":\"Fileisnot[^{}]*\"written\":\\[\\]"));
+        EXPECT_TRUE(
+            Says(summary, "c.3ds\",\"done\":true,[^{}]*\\{\"file\":\"out[^\"]*c.mcx\",\"bytes\":[0-9]+"));
+        EXPECT_TRUE(bytes.empty() || bytes == ReadText("out/sub/B.mcx"));
+        bytes = ReadText("out/sub/B.mcx");
+    }
+}
+
+TEST_F(ManyScenesTest, ScenesThatWouldMeetInOneFileAreRefusedBeforeAnyWork)
+{
+    std::string objects;
+    for (int i = 0; i < 11; ++i)
+        objects += Triangle("O" + std::to_string(i), 0);
+    WriteFile("n.3ds", Scene({objects}));
+    fs::copy_file("two.3ds", "n1.3ds");
+    fs::copy_file("two.3ds", "two.mcx");
+    const struct {
+        const char *arguments;
+        int status;
+        const char *says;
+    } rows[] = {
+        {"two.3ds tree/a.3ds dir/../two.3ds", 2, "\"two.3ds\" and \"dir.*two.3ds\" would both write"},
+        {"tree/a.3ds two.mcx", 2, "\"two.mcx\" would be written to \"two.mcx\", a file of the scene"},
+        {"n.3ds n1.3ds --per-object", 2, "\"n1?.3ds\" and \"n1?.3ds\" would both write \"n10.mcx\""},
+        {"tree/a.3ds n1.3ds --per-object -q", 0, ""},
+        {"two.3ds tree --recursive --preview x.png", 2, "--preview and --recursive contradict"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.arguments);
+        const Outcome run = Start(row.arguments);
+        EXPECT_EQ(run.status, row.status) << run.said;
+        EXPECT_TRUE(Says(run.said, row.says));
+        EXPECT_EQ(run.files.empty(), row.status == 2) << run.files;
+    }
+}
+
+TEST_F(ManyScenesTest, FilesThatExistAreLeftAloneOnRequest)
+{
+    WriteFile("two.mcx", "old");
+    Outcome run = Start("two.3ds --no-clobber --header");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(Says(run.said, "left two.mcx alone: it exists already\n.*wrote two.h "));
+    EXPECT_EQ(run.files, "two.h");
+    EXPECT_EQ(ReadFile("two.mcx"), "old");
+    run = Start("two.3ds lost.3ds --no-clobber");
+    EXPECT_TRUE(Says(run.said, " 1 file left alone, "));
+    EXPECT_EQ(run.files, "lost.mcx");
+}
+
+TEST_F(ManyScenesTest, AnInterruptEndsAllProcessesAndTheirFiles)
+{
+#if !defined(_WIN32)
+    fs::copy_file("two.3ds", "one.3ds");
+    // Nobody reads the pipes: two processes wait for that with their folders made, the third hasn't begun.
+    const Outcome run = Start("two.3ds one.3ds tree/a.3ds -j 2 --output-dir out & "
+                              "{ sleep 1; ls -A | grep -c 3ds2mcx-; kill $!; wait $!; }",
+                              "mkdir out; mkfifo out/one.mcx out/two.mcx; export TMPDIR=$PWD; ");
+    EXPECT_TRUE(Says(run.said, "^2\n"));
+    EXPECT_EQ(run.status, 128 + 15);
+    EXPECT_EQ(run.files, "out out/one.mcx out/two.mcx");
+#endif
+}
+
+TEST_F(ManyScenesTest, TheStandardOutputGetsTheTextAndNothingElse)
+{
+    ASSERT_EQ(Start("two.3ds -q").status, 0);
+    EXPECT_EQ(Start("two.3ds -o - -v 2>reports").status, 0);
+#if !defined(_WIN32)
+    EXPECT_EQ(Start("two.3ds -o - -v 2>reports").said, ReadFile("two.mcx"));
+    EXPECT_TRUE(Says(ReadFile("reports"), "wrote standard output"));
+    EXPECT_EQ(Start("two.3ds -o - >/dev/full").status, 1);
+#endif
+}
+
+TEST_F(ManyScenesTest, EachKindOfWarningIsShownOnceAndCanCountAsFailure)
+{
+    WriteFile("eyes.3ds", Scene({Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("EYE<1", noParent),
+                                                       ObjectNode("EYE 2", 0), ObjectNode("EYE3\x1b", 0)}));
+    const struct {
+        const char *arguments;
+        int status;
+        size_t lines; // with a name that isn't found
+        const char *says;
+    } rows[] = {
+        {"", 0, 1, "warning: 3 times, the first: Object EYE<1 not found\n"},
+        {"-v", 0, 4, "warning: Object EYE3\\\\x1b not found\n"},
+        {"-q", 0, 0, "^$"},
+        {"--strict", 1, 1, "3 warnings count as failure"},
+        {"--strict -q", 1, 0, "error: 3 warnings count as failure"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.arguments);
+        fs::remove("eyes.mcx");
+        const Outcome run = Start(std::string("eyes.3ds ") + row.arguments);
+        EXPECT_EQ(run.status, row.status);
+        EXPECT_EQ(CountOf(run.said, " not found"), row.lines) << run.said;
+        EXPECT_TRUE(Says(run.said, row.says));
+        EXPECT_EQ(run.files, "eyes.mcx");
+    }
+}
+
+TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const Bytes point = NamedObject("DOT", {Mesh({Points({5, 5, 5, 5, 5, 5, 5, 5, 5}), Faces({0, 1, 2})})});
+    const Bytes hole = NamedObject("HOLE", {Mesh({Points({0, 0, 0, 1, nan, 0, 0, 1, 0}), Faces({0, 1, 2})})});
+    const Bytes grey = Colour24(51, 51, 51);
+    const Bytes wood = Material("GLASS", {Finish(grey, grey, grey, 2), Map(0xA200, "A \"B\".GIF")});
+    const Bytes twice = Scene({Triangle("BOX", 0), Triangle("BOX", 1), Triangle("A-B", 2)},
+                              {Kfhdr(2), ObjectNode("BOX", noParent), ObjectNode("BOX", noParent)});
+    const Bytes names = Scene({wood, Triangle("ROOT", 0), Triangle("END\\", 0)});
+    const struct {
+        const Bytes &scene;
+        const char *arguments;
+        const char *says; // empty: only what was written
+    } rows[] = {
+        {twice, "", "meshes placed by several nodes, .*: 1; the first: \"BOX\", in 2 nodes"},
+        {twice, "--protos", "objects with the name of another one, .*: 1; the first: \"BOX\""},
+        {twice, "--header",
+         "TAG_ lines .* define a name again: 1; .*\"BOX\"\n(.*\n)*.*are none in C: 1; .*\"A-B\""},
+        {names, "--header", "define a name again: 1; the first: \"ROOT\""},
+        {names, "--source", "break the C source: 2; the first: \"END\\\\\""},
+        {names, "", "break the script: 1; the first: \"A \"B\".GIF\""},
+        {names, "--no-textures", ""},
+        {Scene({point}), "--size 3", "no extent that --size could be made of"},
+        {Scene({point}), "--scale 3e38", "beyond what a number holds"},
+        {Scene({hole}), "", "vertices that hold no finite numbers.*: 1; the first is in \"HOLE\""},
+        {Scene({point}), "", ""},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.arguments);
+        WriteFile("odd.3ds", row.scene);
+        const Outcome run = Start(std::string("odd.3ds ") + row.arguments);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_TRUE(Says(run.said, *row.says != '\0' ? row.says : "^3ds2mcx: odd.3ds: wrote [^\n]*\n$"));
+    }
+}
+
+// The options in those lines of a text that begin a description.
+static std::set<std::string> OptionsIn(std::string text, const char *lines)
+{
+    std::set<std::string> options;
+    text = std::regex_replace(text, std::regex("\\\\(f[BIR]|(?=-))"), "");
+    const std::regex line(lines), option("-(-[a-z-]+|[a-z])");
+    for (std::sregex_iterator at(text.begin(), text.end(), line), end; at != end; ++at) {
+        const std::string names = (*at)[1];
+        for (std::sregex_iterator name(names.begin(), names.end(), option); name != end; ++name)
+            options.insert(name->str());
+    }
+    return options;
+}
+
+TEST_F(ManyScenesTest, HelpManualAndReadmeKnowTheSameOptions)
+{
+    const fs::path top = fs::path(MC3DS_SAMPLES_DIR).parent_path();
+    const std::set<std::string> help = OptionsIn(Start("--help").said, "\n  (-[^ ,]+(, -[^ ,]+)*)");
+    const std::set<std::string> manual = OptionsIn(ReadText(top / "host/3ds2mcx.1"), "\n\\.TP\n(-[^\n]+)");
+    const std::set<std::string> readme = OptionsIn(ReadText(top / "README.md"), "\n\\| `(-[^|]+)\\|");
+    EXPECT_GT(help.size(), 40u);
+    EXPECT_EQ(manual, help);
+    EXPECT_EQ(readme, help);
+}
+
+#endif
