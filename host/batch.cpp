@@ -1,6 +1,7 @@
 #include "batch.h"
 
 #include <chrono>
+#include <system_error>
 
 static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> &jobs,
                         std::vector<SceneResult> *results)
@@ -13,11 +14,26 @@ static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> 
     }
 }
 
+// A process that was killed had no time to do it itself.
+static void CleanUpAfter(const HostOptions &options, const SceneJob &job, const std::string &mark)
+{
+    std::error_code failure;
+    std::vector<std::filesystem::path> parents = {std::filesystem::temp_directory_path(failure)};
+    const HostOptions own = OptionsFor(options, job);
+    parents.emplace_back(std::filesystem::path(ObjectFileName(own, job.scene, 0)).parent_path());
+    for (const NamedTarget &target : TargetNames(own, job.scene))
+        parents.emplace_back(std::filesystem::path(target.name).parent_path());
+    for (const std::filesystem::path &parent : parents)
+        RemoveMarkedFolders(parent.empty() ? "." : parent, mark);
+}
+
 static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob> &jobs,
                           std::vector<SceneResult> *results)
 {
     size_t ended = 0;
+    const std::string run = RandomText() + '-';
     const auto work = [&](size_t index) {
+        MarkPrivateFolders(run + std::to_string(index) + '-');
         KeepReports(true);
         const SceneResult result = ConvertScene(options, jobs[index], true);
         KeepReports(false);
@@ -28,8 +44,10 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
         if (!failure.empty() || !UnpackResult(answer, result)) {
             result->scene = jobs[index].scene;
             SetReportSubject(result);
-            ReportError((failure.empty() ? "its process gave no answer" : failure) + "; nothing is written");
+            ReportError((failure.empty() ? "its process gave no answer" : failure) +
+                        "; the scene counts as failed");
             SetReportSubject(nullptr);
+            CleanUpAfter(options, jobs[index], run + std::to_string(index) + '-');
         }
         ShowLines(result->said);
         ShowWarnings(*result, false);

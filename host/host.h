@@ -95,6 +95,11 @@ void RunInProcesses(
 std::filesystem::path MakePrivateFolder(const std::filesystem::path &parent, std::string *why);
 // Removes all private folders with what is still in them. None may be the current folder.
 void RemovePrivateFolders();
+// The names of private folders have the mark in them from here on. By that another process finds them in
+// parent when the one that made them has died.
+void MarkPrivateFolders(const std::string &mark);
+void RemoveMarkedFolders(const std::filesystem::path &parent, const std::string &mark);
+std::string RandomText();
 // Makes folder the current one. False, with the reason, when that can't be.
 bool EnterFolder(const std::filesystem::path &folder, std::string *why);
 

@@ -10,14 +10,21 @@ namespace fs = std::filesystem;
 
 static std::mutex foldersMutex;
 static std::vector<fs::path> folders;
+static const std::string folderStart = ".3ds2mcx-";
+static std::string folderMark;
 
-static std::string RandomName()
+void MarkPrivateFolders(const std::string &mark)
+{
+    folderMark = mark;
+}
+
+std::string RandomText()
 {
     static std::random_device source;
-    std::string name = ".3ds2mcx-";
+    std::string text;
     for (int i = 0; i < 8; ++i)
-        name += "0123456789abcdefghijklmnopqrstuv"[source() % 32];
-    return name;
+        text += "0123456789abcdefghijklmnopqrstuv"[source() % 32];
+    return text;
 }
 
 fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
@@ -26,7 +33,7 @@ fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
     const std::lock_guard lock(foldersMutex);
     std::error_code failure;
     for (int attempt = 0; attempt < 100; ++attempt) {
-        const fs::path folder = parent / RandomName();
+        const fs::path folder = parent / (folderStart + folderMark + RandomText());
         if (fs::create_directory(folder, failure)) {
             folders.push_back(folder);
             fs::permissions(folder, fs::perms::owner_all, failure);
@@ -53,6 +60,15 @@ void RemovePrivateFolders()
         }
     }
     folders.clear();
+}
+
+void RemoveMarkedFolders(const fs::path &parent, const std::string &mark)
+{
+    std::error_code failure, ignored;
+    for (fs::directory_iterator entry(parent, failure), end; !failure && entry != end;
+         entry.increment(failure))
+        if (entry->path().filename().string().starts_with(folderStart + mark))
+            fs::remove_all(entry->path(), ignored);
 }
 
 bool EnterFolder(const fs::path &folder, std::string *why)
