@@ -44,7 +44,7 @@ struct McClump;
 typedef void (*Mc3dsCallback)(int32_t level, const char *text);
 
 /* Bits of Mc3dsOptions.flags. Bits that are not named here are not read. */
-#define MC3DS_ANIMATION 0x001u  /* write animationFile, if the scene has animation; objects stand as in frame 0 */
+#define MC3DS_ANIMATION 0x001u  /* write animationFile, if there are frames; objects stand as in frame 0 */
 #define MC3DS_HEADER 0x002u     /* write headerFile */
 #define MC3DS_SOURCE 0x004u     /* C source text, not script text */
 #define MC3DS_PROTOS 0x008u     /* geometry once as prototypes; the tree holds instances */
@@ -53,7 +53,7 @@ typedef void (*Mc3dsCallback)(int32_t level, const char *text);
 #define MC3DS_PER_OBJECT 0x040u /* one file for each object; no header and no animation file */
 #define MC3DS_FIT_SIZE 0x080u   /* work out scale from size; when clear, size from scale */
 #define MC3DS_CENTRE 0x100u     /* shift the middle of the scene's bounds to the origin */
-#define MC3DS_DIRECT 0x200u     /* build the model by library calls, write no file; goes before all other forms */
+#define MC3DS_DIRECT 0x200u     /* build the model by library calls, before any other form; no file */
 #define MC3DS_OPACITY 0x400u    /* opacity replaces the opacity of transparent materials */
 
 /* Bits of Mc3dsOptions.surfaceFlags. */
@@ -72,22 +72,22 @@ typedef void (*Mc3dsCallback)(int32_t level, const char *text);
  * pointer to them beyond the call, and writes back scale and size only. A null text counts as empty.
  */
 typedef struct Mc3dsOptions {
-    uint32_t flags;               /* MC3DS_ bits: what to write and in which form */
-    uint32_t surfaceFlags;        /* MC3DS_TEXTURE bits */
-    uint32_t hintFlags;           /* MC3DS_HINT bits */
-    const char *clumpName;        /* the C function is called McBuild and this; not tested to be an identifier */
-    const char *outputFile;       /* path of the scene's file, named in every banner; a per-object run takes at
-                                     most six characters of it, then the object's index and ".mcx" */
-    const char *headerFile;       /* path of the header file, read with MC3DS_HEADER */
-    const char *animationFile;    /* path of the animation file, read with MC3DS_ANIMATION */
-    const char *textureExtension; /* without a point, read with MC3DS_TEXTURE_EXTENSION; empty: no extension */
+    uint32_t flags;            /* MC3DS_ bits: what to write and in which form */
+    uint32_t surfaceFlags;     /* MC3DS_TEXTURE bits */
+    uint32_t hintFlags;        /* MC3DS_HINT bits */
+    const char *clumpName;     /* the C function is called McBuild and this; not tested to be an identifier */
+    const char *outputFile;    /* path of the scene's file, named in every banner; a per-object run takes at
+                                  most six characters of it, then the object's index and ".mcx" */
+    const char *headerFile;    /* path of the header file, read with MC3DS_HEADER */
+    const char *animationFile; /* path of the animation file, read with MC3DS_ANIMATION */
+    const char *textureExtension; /* without a point, for MC3DS_TEXTURE_EXTENSION; empty: none */
     float scale;                  /* factor from file units to target units; written with MC3DS_FIT_SIZE */
     float size;                   /* longest side of the scene's bounds in target units; read with
                                      MC3DS_FIT_SIZE, written without */
-    float redWeight;              /* weights that reduce a colour (0 to 1 a channel) to one number of a surface; */
-    float greenWeight;            /* any finite value, not normalised; 0.299, 0.587 and 0.114 give the luma */
-    float blueWeight;             /* of television */
-    float opacity;                /* 0 to 1, not tested; read with MC3DS_OPACITY */
+    float redWeight;   /* weights that reduce a colour (0 to 1 a channel) to one number of a surface; */
+    float greenWeight; /* any finite value, not normalised; 0.299, 0.587 and 0.114 give the luma */
+    float blueWeight;  /* of television */
+    float opacity;     /* 0 to 1, not tested; read with MC3DS_OPACITY */
 } Mc3dsOptions;
 
 /*
