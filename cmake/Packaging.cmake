@@ -15,15 +15,9 @@ install(TARGETS ${installed_targets} EXPORT MCL3DS20Targets
 install(FILES ${installed_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(TARGET 3ds2mcx)
     install(TARGETS 3ds2mcx RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-    foreach(page 3ds2mcx.1)
-        if(EXISTS ${PROJECT_SOURCE_DIR}/host/${page})
-            install(FILES host/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-        endif()
-    endforeach()
-    if(EXISTS ${PROJECT_SOURCE_DIR}/host/3ds2mcx.bash)
-        install(FILES host/3ds2mcx.bash RENAME 3ds2mcx
-            DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
-    endif()
+    install(FILES host/3ds2mcx.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES host/3ds2mcx.bash RENAME 3ds2mcx
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
 endif()
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/mcl3ds20)
 install(FILES LICENSE README.md DESTINATION ${doc_dir})
