@@ -21,7 +21,7 @@ static Scene LoadScene(const std::string &path)
 {
     Scene scene(nullptr, Mc3dsUnloadFile);
     std::error_code failure;
-    if (fs::is_directory(path, failure)) {
+    if (fs::is_directory(PathOf(path), failure)) {
         ReportError("cannot be read: it is a folder; --recursive converts the scenes in it");
         return scene;
     }
@@ -50,7 +50,7 @@ static std::string ClumpName(const HostOptions &options, const std::string &scen
 {
     if (!options.clumpName.empty())
         return options.clumpName;
-    std::string name = fs::path(scenePath).stem().string();
+    std::string name = PathOf(scenePath).stem().string();
     for (char &c : name) {
         const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
         if (!letter && !(c >= '0' && c <= '9'))
@@ -107,7 +107,7 @@ static bool AllTargetsExist(const HostOptions &options, const std::string &scene
     if (options.info || (options.flags & (MC3DS_PER_OBJECT | MC3DS_DIRECT)))
         return false;
     for (const NamedTarget &target : targets)
-        if (!fs::is_regular_file(target.name, failure))
+        if (!fs::is_regular_file(PathOf(target.name), failure))
             return false;
     for (const NamedTarget &target : targets)
         ReportKept(target.name);

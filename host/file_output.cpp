@@ -26,7 +26,7 @@ bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool 
         std::error_code failure;
         const bool elsewhere = file.inPlace && !isObject;
         const fs::path parent = elsewhere ? fs::temp_directory_path(failure) : file.target.parent_path();
-        const fs::path name = file.standardOutput ? fs::path(bareName) : fs::path(file.shown).filename();
+        const fs::path name = file.standardOutput ? PathOf(bareName) : PathOf(file.shown).filename();
         fs::path folder;
         for (const OutputFile &other : *files)
             if (other.written.parent_path().parent_path() == parent &&
@@ -61,7 +61,7 @@ static void FindObjectFiles(const fs::path &folder, std::vector<OutputFile> *fil
         shortest.pop_back();
     for (size_t i = 0; i < files->size(); ++i)
         if ((*files)[i].kind != TextKind::Picture)
-            (*files)[i].written = folder / (shortest + std::to_string(i) + ".mcx");
+            (*files)[i].written = folder / PathOf(shortest + std::to_string(i) + ".mcx");
 }
 
 // Lets the library write into the private folders, from inside that of the first file: it sees bare names,
@@ -172,7 +172,7 @@ static bool DeliverAll(const std::vector<OutputFile> &files, bool noClobber)
 static bool MakeOutputFolder(const std::string &output)
 {
     std::error_code failure;
-    const fs::path folder = fs::path(output).parent_path();
+    const fs::path folder = PathOf(output).parent_path();
     if (!folder.empty())
         fs::create_directories(folder, failure);
     if (failure)

@@ -28,6 +28,13 @@ struct OutputFile {
     bool standardOutput = false;   // then it's in place, and has no target
 };
 
+// The path that a text names, which is UTF-8 on Windows and bytes as they are elsewhere. The constructor from
+// char would take each byte for a character there; string() gives the same text back.
+inline std::filesystem::path PathOf(const std::string &text)
+{
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
 // ---- report.cpp: all that goes to stderr. Verbosity: -1 errors alone, 0 each kind of warning once, 1 files,
 // objects and all warnings, 2 everything.
 

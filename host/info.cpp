@@ -180,6 +180,6 @@ SceneSummary Summarise(const Mc3dsFile *scene, const std::string &scenePath)
     summary.hasBounds = true;
     for (int axis = 0; axis < 3; ++axis)
         summary.hasBounds = summary.hasBounds && summary.least[axis] <= summary.most[axis];
-    FindTextures(scene, scenePath, &summary);
+    FindTextures(scene, PathOf(scenePath), &summary);
     return summary;
 }

@@ -45,7 +45,7 @@ static bool FindChunk(std::istream &file, Span within, uint16_t wanted, Span *in
 static std::map<std::string, size_t> CountNodeNames(const std::string &scenePath)
 {
     std::map<std::string, size_t> names;
-    std::ifstream file(std::filesystem::path(scenePath), std::ios::binary);
+    std::ifstream file(PathOf(scenePath), std::ios::binary);
     Span main, keyframer, node, header;
     if (!FindChunk(file, {0, UINT32_MAX}, mainChunk, &main))
         return names;

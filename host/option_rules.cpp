@@ -80,8 +80,7 @@ static std::string FindFileConflict(const HostOptions &options,
                                  "there is no name to make another from; " + std::string(row.withFile) +
                                      " gives one");
         for (const std::string &scene : options.scenes)
-            if (row.name.empty() && given(row.option) &&
-                std::filesystem::path(scene).extension() == row.extension)
+            if (row.name.empty() && given(row.option) && PathOf(scene).extension() == row.extension)
                 return InQuotes(scene) + " is no scene; a FILE goes behind an equals sign, as in " +
                        row.option + '=' + scene;
     }

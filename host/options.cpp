@@ -229,7 +229,7 @@ static void AddPreviewOptions(CLI::App *app, HostOptions *options)
     AddValue(app, "--preview", "FILE.png", "Looking",
              "draw a picture of the model too; with --info that is all that is written (default: none)",
              [options](const std::string &text) {
-                 const std::string extension = InLowerCase(std::filesystem::path(text).extension().string());
+                 const std::string extension = InLowerCase(PathOf(text).extension().string());
                  Accept("--preview", extension == ".png" ? "" : InQuotes(text) + " doesn't end in .png");
                  options->previewFile = text;
              });

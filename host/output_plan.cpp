@@ -11,7 +11,7 @@ std::string OutputName(const HostOptions &options, const std::string &scenePath)
 {
     if (!options.output.empty())
         return options.output;
-    return fs::path(scenePath).replace_extension(options.flags & MC3DS_SOURCE ? ".c" : ".mcx").string();
+    return PathOf(scenePath).replace_extension(options.flags & MC3DS_SOURCE ? ".c" : ".mcx").string();
 }
 
 std::string BareOutputName(const HostOptions &options, const std::string &scenePath)
@@ -19,18 +19,18 @@ std::string BareOutputName(const HostOptions &options, const std::string &sceneP
     HostOptions named = options;
     if (named.output == standardOutputName)
         named.output.clear();
-    return fs::path(OutputName(named, scenePath)).filename().string();
+    return PathOf(OutputName(named, scenePath)).filename().string();
 }
 
 std::string ObjectFileName(const HostOptions &options, const std::string &scenePath, size_t index)
 {
-    const fs::path base = fs::path(OutputName(options, scenePath)).replace_extension();
+    const fs::path base = PathOf(OutputName(options, scenePath)).replace_extension();
     return base.string() + std::to_string(index) + (options.flags & MC3DS_SOURCE ? ".c" : ".mcx");
 }
 
 static std::string SecondName(const std::string &given, const std::string &output, const char *extension)
 {
-    return given.empty() ? fs::path(output).replace_extension(extension).string() : given;
+    return given.empty() ? PathOf(output).replace_extension(extension).string() : given;
 }
 
 std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::string &scenePath)
@@ -76,7 +76,7 @@ static bool IsInput(const fs::path &path)
 
 std::string LocateTarget(OutputFile *file)
 {
-    fs::path path = file->shown;
+    fs::path path = PathOf(file->shown);
     std::error_code failure;
     const fs::file_status status = fs::status(path, failure);
     if (!path.has_filename() || fs::is_directory(status))
@@ -117,9 +117,9 @@ static bool AddFile(TextKind kind, const std::string &name, const std::string &s
     }
     OutputFile file = {kind, name, {}, false, {}};
     std::string why = LocateTarget(&file);
-    if (SameFile(name, scenePath))
+    if (SameFile(PathOf(name), PathOf(scenePath)))
         why = "it is the scene itself";
-    else if (SameFile(name, VuePath(scenePath)))
+    else if (SameFile(PathOf(name), PathOf(VuePath(scenePath))))
         why = "it is the animation that belongs to the scene";
     if (!why.empty()) {
         ReportUnwritten(name, why);
@@ -161,7 +161,7 @@ bool PlanOutput(const HostOptions &options, const std::string &scenePath, const 
     const bool named = !perObject && !((options.flags & MC3DS_HEADER) && options.headerFile.empty()) &&
                        !(animation && options.animationFile.empty());
     std::error_code failure;
-    const fs::file_status status = fs::status(output, failure);
+    const fs::file_status status = fs::status(PathOf(output), failure);
     if (!named && fs::exists(status) && !fs::is_regular_file(status)) {
         ReportError("no file names can be made from " + InQuotes(output) + ": it is no regular file");
         return false;

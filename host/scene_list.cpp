@@ -12,7 +12,7 @@ static void AddScene(const HostOptions &options, const fs::path &scene, const fs
     const uintmax_t bytes = fs::file_size(scene, failure);
     SceneJob job = {scene.string(), "", failure ? 0 : bytes};
     if (!options.outputDir.empty())
-        job.output = OutputName(options, (options.outputDir / place).string());
+        job.output = OutputName(options, (PathOf(options.outputDir) / place).string());
     jobs->push_back(job);
 }
 
@@ -57,10 +57,10 @@ bool ListScenes(const HostOptions &options, std::vector<SceneJob> *jobs)
     bool done = true;
     for (const std::string &scene : options.scenes) {
         std::error_code failure;
-        if (options.recursive && fs::is_directory(scene, failure))
-            done = ListBelow(options, scene, jobs) && done;
+        if (options.recursive && fs::is_directory(PathOf(scene), failure))
+            done = ListBelow(options, PathOf(scene), jobs) && done;
         else
-            AddScene(options, scene, fs::path(scene).filename(), jobs);
+            AddScene(options, PathOf(scene), PathOf(scene).filename(), jobs);
     }
     return done;
 }

@@ -33,13 +33,13 @@ static void ReportMissingAnimation(const Mc3dsFile *scene, const std::string &sc
     else if (scene->fileNameIsCut || vue.empty())
         why =
             "the scene's path is too " + std::string(vue.empty() ? "short" : "long") + " for one to be found";
-    else if (fs::exists(vue, failure))
+    else if (fs::exists(PathOf(vue), failure))
         why = InQuotes(vue) + " could not be read";
-    else if (const std::string other = FindOtherCase(vue); other.empty())
+    else if (const std::string other = FindOtherCase(PathOf(vue)); other.empty())
         why = "there is no " + InQuotes(vue);
     else
         why = "there is " + InQuotes(other) + ", but it must be called " +
-              InQuotes(fs::path(vue).filename().string());
+              InQuotes(PathOf(vue).filename().string());
     ReportWarning("no animation: " + why);
 }
 

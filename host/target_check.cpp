@@ -14,7 +14,7 @@ using Claims = std::map<std::string, Claim>; // by PathKey
 
 static bool AddClaim(Claims *claims, const std::string &file, const std::string &scene)
 {
-    const auto [known, isNew] = claims->try_emplace(PathKey(file), Claim{file, scene});
+    const auto [known, isNew] = claims->try_emplace(PathKey(PathOf(file)), Claim{file, scene});
     if (isNew || known->second.scene == scene)
         return true;
     ReportError(InQuotes(known->second.scene) + " and " + InQuotes(scene) + " would both write " +
@@ -41,7 +41,7 @@ static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<Sc
     std::map<std::string, size_t> owners;
     std::set<size_t> suspects;
     for (size_t i = 0; i < jobs.size(); ++i) {
-        const fs::path first = ObjectFileName(OptionsFor(options, jobs[i]), jobs[i].scene, 0);
+        const fs::path first = PathOf(ObjectFileName(OptionsFor(options, jobs[i]), jobs[i].scene, 0));
         if (!AddClaim(claims, first.string(), jobs[i].scene))
             return false;
         std::string base = PathKey(first.parent_path() / first.stem());
@@ -80,22 +80,24 @@ bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jo
     // With one scene whatever it writes over is found when its files are planned.
     for (const SceneJob &job : jobs) {
         for (const std::string &input : {job.scene, VuePath(job.scene)}) {
-            const auto claim = claims.find(PathKey(input));
+            const auto claim = claims.find(PathKey(PathOf(input)));
             if (jobs.size() > 1 && !input.empty() && claim != claims.end()) {
                 ReportError(InQuotes(claim->second.scene) + " would be written to " +
                             InQuotes(claim->second.file) + ", a file of the scene " + InQuotes(job.scene) +
                             "; nothing is done");
                 return false;
             }
-            if (!options.summaryFile.empty() && PathKey(input) == PathKey(options.summaryFile)) {
+            if (!options.summaryFile.empty() &&
+                PathKey(PathOf(input)) == PathKey(PathOf(options.summaryFile))) {
                 ReportError("the summary would take the place of " + InQuotes(input) + "; nothing is done");
                 return false;
             }
         }
     }
-    if (!options.summaryFile.empty() && claims.contains(PathKey(options.summaryFile))) {
-        ReportError("the summary and the output of " + InQuotes(claims[PathKey(options.summaryFile)].scene) +
-                    " would both be " + InQuotes(options.summaryFile) + "; nothing is done");
+    if (!options.summaryFile.empty() && claims.contains(PathKey(PathOf(options.summaryFile)))) {
+        ReportError("the summary and the output of " +
+                    InQuotes(claims[PathKey(PathOf(options.summaryFile))].scene) + " would both be " +
+                    InQuotes(options.summaryFile) + "; nothing is done");
         return false;
     }
     return true;

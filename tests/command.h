@@ -7,16 +7,31 @@
 
 #include <gtest/gtest.h>
 
+inline std::string Quoted(const std::string &text)
+{
+    return '"' + text + '"';
+}
+
 struct CommandResult {
     int status; // 0 when the command ended well
     std::string output;
 };
 
+// A line for the system's shell. That of Windows takes the first and the last quotation mark away.
+inline std::string ShellLine(const std::string &command)
+{
+#if defined(_WIN32)
+    return Quoted(command);
+#else
+    return command;
+#endif
+}
+
 // Runs a line of the system's shell and waits for its end. The output is stdout and stderr together.
 inline CommandResult RunCommand(const std::string &command)
 {
     CommandResult result = {-1, ""};
-    FILE *pipe = popen((command + " 2>&1").c_str(), "r");
+    FILE *pipe = popen(ShellLine(command + " 2>&1").c_str(), "r");
     if (pipe == nullptr)
         return result;
     char block[4096];
@@ -32,11 +47,6 @@ inline std::string MustRun(const std::string &command)
     const CommandResult result = RunCommand(command);
     EXPECT_EQ(result.status, 0) << command << "\n" << result.output;
     return result.output;
-}
-
-inline std::string Quoted(const std::string &text)
-{
-    return '"' + text + '"';
 }
 
 #endif

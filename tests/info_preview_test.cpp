@@ -21,8 +21,8 @@ struct InfoPreviewTest : SceneTest {};
 
 static std::string Info(const std::string &options = "")
 {
-    EXPECT_EQ(std::system((program + "--info " + options + " >shown 2>reports").c_str()), 0);
-    return ReadFile("shown");
+    EXPECT_EQ(std::system(ShellLine(program + "--info " + options + " >shown 2>reports").c_str()), 0);
+    return ReadText("shown");
 }
 
 // Reduces the text to one value, from the innermost brackets outwards.

@@ -58,11 +58,11 @@ inline void MakeInputs()
 }
 
 // before stands ahead of the program's name in the shell's line.
-inline Outcome Start(const std::string &arguments, const std::string &before = "")
+inline Outcome Start(const std::string &arguments, [[maybe_unused]] const std::string &before = "")
 {
     const std::string inputs = ' ' + ListFiles() + ' ';
 #if defined(_WIN32)
-    const CommandResult result = RunCommand('"' + Quoted(program.string()) + ' ' + arguments + '"');
+    const CommandResult result = RunCommand(Quoted(program.string()) + ' ' + arguments);
     Outcome run = {result.status, result.output, ""};
 #else
     const std::string line = before + MC3DS_EMULATOR " " + Quoted(program.string()) + ' ' + arguments;
