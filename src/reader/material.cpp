@@ -1,5 +1,3 @@
-
-
 #include "chunks.h"
 #include "reader.h"
 

@@ -191,9 +191,10 @@ const char *Mc3dsReadString(Mc3dsFile *file)
     constexpr size_t longest = sizeof nameBuffer - 1;
     const auto available = static_cast<size_t>(window.last - window.next);
     const void *end = std::memchr(window.next, 0, available < longest ? available : longest);
-    if (end) {
-        Take(file, nameBuffer, static_cast<size_t>(static_cast<const uint8_t *>(end) - window.next) + 1);
-        nameBuffer[longest] = '\0'; // a read that the load may not make any more leaves bytes of all ones
+    const auto whole = end ? static_cast<size_t>(static_cast<const uint8_t *>(end) - window.next) + 1 : 0;
+    const uint8_t *bytes = end ? Mc3dsTakeFromWindow(whole) : nullptr;
+    if (bytes) {
+        std::memcpy(nameBuffer, bytes, whole);
         return nameBuffer;
     }
     size_t length = 0;
