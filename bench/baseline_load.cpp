@@ -266,8 +266,8 @@ static void GetChunks(Reader *reader, uint32_t end)
             GetChild(reader, tag);
         if (tag == N_TRI_OBJECT)
             MoveToObjectSpace(reader->object);
-        if (reader->position != next)
-            fseeko(reader->stream, reader->position = next, SEEK_SET);
+        // Readers don't rely on how far they have read.
+        fseeko(reader->stream, reader->position = next, SEEK_SET);
     }
 }
 

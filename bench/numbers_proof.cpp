@@ -2,8 +2,7 @@
 //   mc3ds_numbers_proof floats [FIRST COUNT]   bit patterns, all 2^32 of them by default
 //   mc3ds_numbers_proof doubles COUNT [SEED]
 // snprintf is asked once for each number, for "%f". C says what "%10.6f" adds to that: a precision of 6,
-// which
-// "%f" has anyway, and a field width, which pads a text of fewer characters on the left with spaces and
+// which "%f" has anyway, and a field width, which pads a text of fewer characters on the left with spaces and
 // changes no other. One number in 61 is put to snprintf both ways, in case the C library at hand knows
 // better.
 
@@ -41,8 +40,12 @@ static void Check(Number number, bool askForWidth)
                            : static_cast<size_t>(std::snprintf(unpadded, sizeof expected - 10, "%f", value));
     const size_t padding = length < 10 ? 10 - length : 0;
     const std::string_view wide(unpadded - padding, length + padding);
-    Compare("%f", value, {unpadded, length}, {actual, Mc3dsPutFixed(actual, number, 6)});
+    Compare("%f", value, {unpadded, length}, {actual, Mc3dsPutFixed(actual, number)});
     Compare("%10.6f", value, wide, {actual, Mc3dsPutFixedWide(actual, number)});
+    if (std::is_same_v<Number, float>) { // reports get their floats as doubles
+        Compare("%f as a double", value, {unpadded, length}, {actual, Mc3dsPutFixed(actual, value)});
+        Compare("%10.6f as a double", value, wide, {actual, Mc3dsPutFixedWide(actual, value)});
+    }
     if (askForWidth && !std::isnan(number)) {
         const int asked = std::snprintf(actual, sizeof actual, "%10.6f", value);
         Compare("snprintf's %10.6f", value, {actual, static_cast<size_t>(asked)}, wide);

@@ -57,7 +57,7 @@ BENCHMARK(ToChars);
 template <class Number>
 static void PutFixed(benchmark::State &state)
 {
-    PrintNumbers<Number>(state, [](char *text, Number number) { return Mc3dsPutFixed(text, number, 6); });
+    PrintNumbers<Number>(state, [](char *text, Number number) { return Mc3dsPutFixed(text, number); });
 }
 BENCHMARK(PutFixed<float>);
 BENCHMARK(PutFixed<double>);

@@ -90,6 +90,7 @@ struct Mc3dsMaterial {
 // takes in new records when it is asked, and records that it has taken in may move but must not go.
 struct Mc3dsNameNode {
     uint32_t hash;
+    uint32_t first; // the first record of that name
     uint32_t children[2];
 };
 
@@ -97,6 +98,7 @@ struct Mc3dsNames {
     Mc3dsNameNode *nodes; // owned; one for each record
     uint32_t root;
     uint32_t indexed, capacity;
+    uint32_t found; // the record that was found last
 };
 
 // A whole scene. Owns all that its pointers reach.

@@ -57,12 +57,22 @@ static bool Extend(Mc3dsNames *names, const char *records, size_t size, uint32_t
     for (uint32_t &i = names->indexed; i < count; ++i) {
         const char *name = records + i * size;
         const uint32_t hash = HashName(name);
-        names->nodes[i] = {hash, {none, none}};
         uint32_t *link = FindLink(names, records, size, name, hash);
         if (*link == none)
             *link = i;
+        names->nodes[i] = {hash, *link, {none, none}};
     }
     return true;
+}
+
+// Names are mostly asked for in the order of the records, or the same one again. count when it is neither.
+static uint32_t Guess(const Mc3dsNames *names, const char *records, size_t size, uint32_t count,
+                      const char *name)
+{
+    for (uint32_t i = names->found; i < count && i - names->found <= 1; ++i)
+        if (std::strcmp(records + i * size, name) == 0)
+            return names->nodes[i].first;
+    return count;
 }
 
 uint32_t Mc3dsFindName(Mc3dsNames *names, const void *records, size_t size, uint32_t count, const char *name)
@@ -70,11 +80,16 @@ uint32_t Mc3dsFindName(Mc3dsNames *names, const void *records, size_t size, uint
     const auto *first = static_cast<const char *>(records);
     if (count == 0)
         return 0;
-    if (Extend(names, first, size, count)) {
-        const uint32_t index = *FindLink(names, first, size, name, HashName(name));
-        return index != none ? index : count;
-    }
     uint32_t index = 0;
+    if (Extend(names, first, size, count)) {
+        index = Guess(names, first, size, count, name);
+        if (index == count)
+            index = *FindLink(names, first, size, name, HashName(name));
+        if (index == none)
+            return count;
+        names->found = index;
+        return index;
+    }
     while (index < count && std::strcmp(first + index * size, name) != 0)
         ++index;
     return index;

@@ -3,15 +3,18 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <type_traits>
 
 // A number below 2^31 is written as an integer of millionths wherever its rounding is certain, at a fraction
 // of the time that the exact algorithm of std::to_chars takes. The digits are the same, those of printf.
 
-// Digits come three at a time out of a table, each entry with the text of its number in both forms.
+// Digits come three at a time out of a table, each entry with the text of its number in every form. Four
+// bytes are copied at once.
 struct Thousand {
-    char padded[4]; // three digits and a filler: four bytes are copied at once
-    char plain[3];  // without leading zeros
-    uint8_t count;  // how many of plain are digits
+    char padded[4];     // three digits
+    char plain[3];      // without leading zeros
+    uint8_t count;      // how many of plain are digits
+    char aligned[2][4]; // right-aligned in three places, and with a minus sign in three or, if need be, four
 };
 
 static constexpr struct Thousands {
@@ -24,10 +27,17 @@ static constexpr struct Thousands {
                                 static_cast<char>('0' + value / 10 % 10),
                                 static_cast<char>('0' + value % 10)};
         entry.count = value < 10 ? 1 : value < 100 ? 2 : 3;
+        const int blanks = 3 - entry.count;
         for (int i = 0; i < 3; ++i) {
             entry.padded[i] = digits[i];
-            entry.plain[i] = i < entry.count ? digits[3 - entry.count + i] : ' ';
+            entry.plain[i] = i < entry.count ? digits[blanks + i] : ' ';
+            entry.aligned[0][i] = i < blanks ? ' ' : digits[i];
         }
+        const int shift = blanks == 0; // by which the sign moves the digits
+        for (int i = 0; i < 3 + shift; ++i)
+            entry.aligned[1][i] = i - shift >= blanks       ? digits[i - shift]
+                                  : i - shift == blanks - 1 ? '-'
+                                                            : ' ';
     }
     return table;
 }();
@@ -53,35 +63,43 @@ static char *PutUnsigned(char *out, uint32_t value)
 
 // The number of millionths nearest to a magnitude, halves to even as printf has it. False where the product's
 // own rounding might have decided, or the number is too large, or none.
-static bool ToMillionths(double magnitude, uint64_t *millionths)
+template <class Number>
+static bool ToMillionths(Number value, uint64_t *millionths)
 {
     constexpr double limit = 2147483647.0;
     constexpr double integers = 4503599627370496.0; // 2^52: what is added to it is rounded to an integer
+    const double magnitude = std::fabs(static_cast<double>(value));
     if (!(magnitude < limit))
         return false;
     const double product = magnitude * 1e6;
     const double rounded = (product + integers) - integers;
     *millionths =
         static_cast<uint64_t>(static_cast<int64_t>(rounded)); // signed is the conversion machines have
-    // The product is off by half a unit in its last place at most, which matters only near a half. With the
-    // 24 bits of a float it is exact, and so are the floats' many halves, the odd multiples of 1/128.
+    // With the 24 bits of a float the product is exact, the floats' many halves, the odd multiples of 1/128,
+    // included. That of other numbers is off by half a unit in its last place at most, which matters only
+    // near a half.
+    if constexpr (std::is_same_v<Number, float>)
+        return true;
     const double error = product * 0x1p-53;
     return std::fabs(product - rounded) + error < 0.5 ||
            static_cast<double>(static_cast<float>(magnitude)) == magnitude;
 }
 
-// Sign, digits, point and six digits more, right-aligned in width, which is 10 at most.
-static char *PutMillionths(char *out, bool negative, uint64_t millionths, int width)
+// Sign, digits, point and six digits more, right-aligned in width, which is 0 or 10.
+template <int width>
+[[gnu::always_inline]] static inline char *PutMillionths(char *out, bool negative, uint64_t millionths)
 {
     const auto whole = static_cast<uint32_t>(millionths / 1000000);
     const auto fraction = static_cast<uint32_t>(millionths - uint64_t{whole} * 1000000);
     // Hardly a branch depends on the digits: one that is guessed wrong costs more than all this. What is
     // written too much is written over, or stands behind the end.
-    std::memcpy(out, "  ", 2);
-    const int padding = width - 7 - negative - (whole < 1000 ? thousands.of[whole].count : width);
-    out += padding > 0 ? padding : 0;
-    *out = '-';
-    out = PutUnsigned(out + negative, whole);
+    if (width != 0 && whole < 1000) {
+        std::memcpy(out, thousands.of[whole].aligned[negative], 4);
+        out += 3 + (negative & (whole >= 100));
+    } else {
+        *out = '-';
+        out = PutUnsigned(out + negative, whole);
+    }
     *out = '.';
     return PutPadded(PutPadded(out + 1, fraction / 1000), fraction % 1000);
 }
@@ -96,27 +114,54 @@ static char *PutAny(char *out, double value, int precision)
     return std::to_chars(out, out + Mc3dsFixedTextMax, value, std::chars_format::fixed, precision).ptr;
 }
 
-char *Mc3dsPutFixed(char *out, double value, int precision)
+template <class Number>
+static char *PutFixed(char *out, Number value)
 {
     uint64_t millionths;
-    if (precision == 6 && ToMillionths(std::fabs(value), &millionths))
-        return PutMillionths(out, std::signbit(value), millionths, 0);
-    return PutAny(out, value, precision);
+    if (ToMillionths(value, &millionths))
+        return PutMillionths<0>(out, std::signbit(value), millionths);
+    return PutAny(out, static_cast<double>(value), 6);
 }
 
-char *Mc3dsPutFixedWide(char *out, double value)
+char *Mc3dsPutFixed(char *out, float value)
+{
+    return PutFixed(out, value);
+}
+
+char *Mc3dsPutFixed(char *out, double value)
+{
+    return PutFixed(out, value);
+}
+
+char *Mc3dsPutFixed(char *out, double value, int precision)
+{
+    return precision == 6 ? PutFixed(out, value) : PutAny(out, value, precision);
+}
+
+template <class Number>
+static char *PutFixedWide(char *out, Number value)
 {
     constexpr int width = 10;
     uint64_t millionths;
-    if (ToMillionths(std::fabs(value), &millionths))
-        return PutMillionths(out, std::signbit(value), millionths, width);
-    char *end = PutAny(out, value, 6);
+    if (ToMillionths(value, &millionths))
+        return PutMillionths<width>(out, std::signbit(value), millionths);
+    char *end = PutAny(out, static_cast<double>(value), 6);
     const auto length = static_cast<int>(end - out);
     if (length >= width)
         return end;
     std::memmove(out + (width - length), out, static_cast<size_t>(length));
     std::memset(out, ' ', static_cast<size_t>(width - length));
     return out + width;
+}
+
+char *Mc3dsPutFixedWide(char *out, float value)
+{
+    return PutFixedWide(out, value);
+}
+
+char *Mc3dsPutFixedWide(char *out, double value)
+{
+    return PutFixedWide(out, value);
 }
 
 char *Mc3dsPutInteger(char *out, int32_t value)

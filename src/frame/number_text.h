@@ -11,10 +11,15 @@ constexpr int Mc3dsIntegerTextMax = 19;
 
 // Each writes at out and returns the end of what it wrote.
 
-// As "%f" (precision 6) and "%.2f" (precision 2), precision being at most 6.
+// As "%f".
+char *Mc3dsPutFixed(char *out, float value);
+char *Mc3dsPutFixed(char *out, double value);
+
+// As "%.2f" with precision 2 and so on, 6 at most.
 char *Mc3dsPutFixed(char *out, double value, int precision);
 
 // As "%10.6f".
+char *Mc3dsPutFixedWide(char *out, float value);
 char *Mc3dsPutFixedWide(char *out, double value);
 
 // As "%d".

@@ -58,7 +58,7 @@ inline char *Mc3dsPutFormat(Mc3dsWriter *writer, char *out, First first, Rest...
         return Mc3dsPutFormat<format, at + 2>(writer, Mc3dsPutInteger(out, first), rest...);
     } else if constexpr (Mc3dsHasConversion(format.text, at, "%f")) {
         static_assert(std::is_floating_point_v<First>);
-        return Mc3dsPutFormat<format, at + 2>(writer, Mc3dsPutFixed(out, first, 6), rest...);
+        return Mc3dsPutFormat<format, at + 2>(writer, Mc3dsPutFixed(out, first), rest...);
     } else if constexpr (Mc3dsHasConversion(format.text, at, "%10.6f")) {
         static_assert(std::is_floating_point_v<First>);
         return Mc3dsPutFormat<format, at + 6>(writer, Mc3dsPutFixedWide(out, first), rest...);

@@ -2,6 +2,8 @@
 #ifndef MC3DS_OUTPUT_OUTPUT_H
 #define MC3DS_OUTPUT_OUTPUT_H
 
+#include <cstring>
+
 #include "../frame/frame.h"
 
 struct McClump;
@@ -76,7 +78,7 @@ bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path);
 void Mc3dsFlushText(Mc3dsWriter *writer);
 void Mc3dsCloseText(Mc3dsWriter *writer);
 void Mc3dsWriteText(Mc3dsWriter *writer, const char *text, size_t length);
-void Mc3dsIndentText(Mc3dsWriter *writer);
+void Mc3dsWriteBlanks(Mc3dsWriter *writer, size_t count);
 
 // Room for Mc3dsTextSlack bytes at the end of the writer's text.
 inline char *Mc3dsReserveText(Mc3dsWriter *writer)
@@ -84,6 +86,19 @@ inline char *Mc3dsReserveText(Mc3dsWriter *writer)
     if (writer->textLength >= Mc3dsTextBlock)
         Mc3dsFlushText(writer);
     return writer->text + writer->textLength;
+}
+
+// Two blanks a level.
+inline void Mc3dsIndentText(Mc3dsWriter *writer)
+{
+    const size_t length = writer->indent > 0 ? 2 * static_cast<size_t>(writer->indent) : 0;
+    constexpr size_t usual = 32; // blanks whose number is known when this is compiled cost next to nothing
+    if (length > usual) {
+        Mc3dsWriteBlanks(writer, length);
+        return;
+    }
+    std::memset(Mc3dsReserveText(writer), ' ', usual);
+    writer->textLength += length;
 }
 
 // ---- hierarchy.cpp

@@ -46,22 +46,13 @@ void Mc3dsWriteText(Mc3dsWriter *writer, const char *text, size_t length)
     }
 }
 
-void Mc3dsIndentText(Mc3dsWriter *writer)
+// A hierarchy may be so deep that the blanks don't fit into the slack at once.
+void Mc3dsWriteBlanks(Mc3dsWriter *writer, size_t count)
 {
-    // Two blanks a level; a hierarchy may be so deep that they don't fit at once.
-    size_t length = writer->indent > 0 ? 2 * static_cast<size_t>(writer->indent) : 0;
-    constexpr size_t run = 64; // blanks whose number is known when this is compiled cost next to nothing
-    if (length <= Mc3dsTextSlack - run) {
-        char *out = Mc3dsReserveText(writer);
-        for (size_t i = 0; i < length; i += run)
-            std::memset(out + i, ' ', run);
-        writer->textLength += length;
-        return;
-    }
-    while (length > 0) {
-        const size_t piece = length < Mc3dsTextSlack ? length : Mc3dsTextSlack;
+    while (count > 0) {
+        const size_t piece = count < Mc3dsTextSlack ? count : Mc3dsTextSlack;
         std::memset(Mc3dsReserveText(writer), ' ', piece);
         writer->textLength += piece;
-        length -= piece;
+        count -= piece;
     }
 }

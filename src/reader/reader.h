@@ -13,21 +13,14 @@ struct Mc3dsChunk {
     uint16_t tag;
 };
 
-// ---- stream.cpp: the primitives, of which Mc3dsReadU16 and Mc3dsReadU32 stand in window.h. They read from
+// ---- stream.cpp: the primitives, of which seeks and the reads of numbers stand in window.h. They read from
 // file->stream, one load at a time. At the end of the file every byte reads as 0xFF.
 
 // Starts reading at the first byte of file->stream. False when the stream can't be seeked.
 bool Mc3dsOpenStream(Mc3dsFile *file);
 void Mc3dsCloseStream(Mc3dsFile *file);
-void Mc3dsSeek(Mc3dsFile *file, uint32_t position);
 
 uint8_t Mc3dsReadByte(Mc3dsFile *file);
-float Mc3dsReadFloat(Mc3dsFile *file); // Mc3dsReadU32, taken as the bits of a float
-
-// count numbers one after another, exactly as so many calls of Mc3dsReadU16 or Mc3dsReadU32 would give.
-void Mc3dsReadU16s(Mc3dsFile *file, uint16_t *numbers, size_t count);
-void Mc3dsReadU32s(Mc3dsFile *file, uint32_t *numbers, size_t count);
-void Mc3dsReadFloats(Mc3dsFile *file, float *numbers, size_t count);
 
 // Up to 129 bytes or a NUL. The text stands in the shared name buffer until the next call.
 const char *Mc3dsReadString(Mc3dsFile *file);
@@ -35,7 +28,10 @@ const char *Mc3dsReadString(Mc3dsFile *file);
 // False, with a report, when the load may not hand out that many bytes any more: the file's counts ask for
 // more than the file could hold many times over. From then on every walk ends.
 bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes);
-bool Mc3dsIsSpent(const Mc3dsFile *file);
+inline bool Mc3dsIsSpent(const Mc3dsFile *)
+{
+    return mc3dsWindow.spent;
+}
 
 // ---- text_stream.cpp: the .vue file in file->stream, read once from front to back.
 

@@ -1,9 +1,6 @@
 // The bytes of the file go through a window that lies over a stretch of it. Seeks within the window, which
 // is to say nearly all, cost nothing; arrays are taken out of it in one piece.
 
-#include <bit>
-#include <cstring>
-
 #include "reader.h"
 
 Mc3dsWindow mc3dsWindow;
@@ -11,13 +8,6 @@ Mc3dsWindow mc3dsWindow;
 static Mc3dsWindow &window = mc3dsWindow;
 
 static char nameBuffer[130]; // the shared name buffer: 129 bytes and a terminator
-
-// Leaves nothing to be taken at a position. What was read before stays, for a seek that comes back to it.
-static void LookAway(uint64_t position)
-{
-    window.next = window.last = window.bytes;
-    window.lastPosition = position;
-}
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
 {
@@ -30,7 +20,7 @@ bool Mc3dsOpenStream(Mc3dsFile *file)
     // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
     // more than enough for it.
     const uint64_t counted = size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0xFFFFFFFF;
-    LookAway(0);
+    Mc3dsLookAway(0);
     window.start = window.streamAt = 0;
     window.end = UINT64_MAX;
     window.broken = window.failed = window.spent = false;
@@ -44,17 +34,6 @@ void Mc3dsCloseStream(Mc3dsFile *file)
     file->stream = nullptr;
 }
 
-void Mc3dsSeek(Mc3dsFile *, uint32_t position)
-{
-    if (position < window.start || position > window.streamAt || window.failed) {
-        LookAway(position);
-        return;
-    }
-    window.next = window.bytes + (position - window.start);
-    window.last = window.bytes + (window.streamAt - window.start);
-    window.lastPosition = window.streamAt;
-}
-
 bool Mc3dsMayRead(Mc3dsFile *, uint64_t bytes)
 {
     if (bytes > window.budget && !window.spent) {
@@ -63,11 +42,6 @@ bool Mc3dsMayRead(Mc3dsFile *, uint64_t bytes)
         window.budget = 0;
     }
     return !window.spent;
-}
-
-bool Mc3dsIsSpent(const Mc3dsFile *)
-{
-    return window.spent;
 }
 
 // Fills the window from the position at which nothing is left. False at the end of the file and in error.
@@ -89,7 +63,7 @@ static bool MoveWindow(Mc3dsFile *file)
     if (length < wanted && !window.broken)
         window.end = window.streamAt;
     window.failed = window.broken && length == 0;
-    LookAway(position);
+    Mc3dsLookAway(position);
     window.last += length;
     window.lastPosition += length;
     return length > 0;
@@ -126,28 +100,7 @@ uint8_t Mc3dsReadByte(Mc3dsFile *file)
     return byte;
 }
 
-uint16_t Mc3dsReadU16Slowly(Mc3dsFile *file)
-{
-    uint16_t number;
-    Mc3dsReadU16s(file, &number, 1);
-    return number;
-}
-
-uint32_t Mc3dsReadU32Slowly(Mc3dsFile *file)
-{
-    uint32_t number;
-    Mc3dsReadU32s(file, &number, 1);
-    return number;
-}
-
-float Mc3dsReadFloat(Mc3dsFile *file)
-{
-    float number;
-    Mc3dsReadFloats(file, &number, 1);
-    return number;
-}
-
-void Mc3dsReadU16s(Mc3dsFile *file, uint16_t *numbers, size_t count)
+void Mc3dsReadU16sSlowly(Mc3dsFile *file, uint16_t *numbers, size_t count)
 {
     Take(file, numbers, count * 2);
     if constexpr (std::endian::native != std::endian::little)
@@ -176,14 +129,23 @@ static void ReadPatterns(Mc3dsFile *file, void *numbers, size_t count)
     }
 }
 
-void Mc3dsReadU32s(Mc3dsFile *file, uint32_t *numbers, size_t count)
+void Mc3dsReadFloatsSlowly(Mc3dsFile *file, float *numbers, size_t count)
 {
     ReadPatterns(file, numbers, count);
 }
 
-void Mc3dsReadFloats(Mc3dsFile *file, float *numbers, size_t count)
+uint16_t Mc3dsReadU16Slowly(Mc3dsFile *file)
 {
-    ReadPatterns(file, numbers, count);
+    uint16_t number;
+    Mc3dsReadU16sSlowly(file, &number, 1);
+    return number;
+}
+
+uint32_t Mc3dsReadU32Slowly(Mc3dsFile *file)
+{
+    uint32_t number;
+    ReadPatterns(file, &number, 1);
+    return number;
 }
 
 const char *Mc3dsReadString(Mc3dsFile *file)

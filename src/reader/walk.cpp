@@ -5,8 +5,13 @@ void Mc3dsReadChunkHeader(Mc3dsFile *file, Mc3dsChunk *chunk)
 {
     const uint64_t start = Mc3dsPosition(file);
     chunk->start = start < UINT32_MAX ? static_cast<uint32_t>(start) : UINT32_MAX;
-    chunk->tag = Mc3dsReadU16(file);
-    chunk->size = Mc3dsReadU32(file);
+    if (const uint8_t *bytes = Mc3dsTakeFromWindow(Mc3dsChunkHeaderSize)) {
+        chunk->tag = Mc3dsU16Of(bytes);
+        chunk->size = Mc3dsU32Of(bytes + 2);
+    } else {
+        chunk->tag = Mc3dsReadU16(file);
+        chunk->size = Mc3dsReadU32(file);
+    }
     chunk->end = chunk->size < UINT32_MAX - chunk->start ? chunk->start + chunk->size : UINT32_MAX;
 }
 

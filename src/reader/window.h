@@ -3,6 +3,9 @@
 #ifndef MC3DS_READER_WINDOW_H
 #define MC3DS_READER_WINDOW_H
 
+#include <bit>
+#include <cstring>
+
 #include "../frame/frame.h"
 
 struct Mc3dsWindow {
@@ -26,6 +29,25 @@ inline uint64_t Mc3dsPosition(const Mc3dsFile *)
     return mc3dsWindow.lastPosition - static_cast<uint64_t>(mc3dsWindow.last - mc3dsWindow.next);
 }
 
+// Leaves nothing to be taken at a position. What was read before stays, for a seek that comes back to it.
+inline void Mc3dsLookAway(uint64_t position)
+{
+    mc3dsWindow.next = mc3dsWindow.last = mc3dsWindow.bytes;
+    mc3dsWindow.lastPosition = position;
+}
+
+inline void Mc3dsSeek(Mc3dsFile *, uint32_t position)
+{
+    Mc3dsWindow &window = mc3dsWindow;
+    if (position < window.start || position > window.streamAt || window.failed) {
+        Mc3dsLookAway(position);
+        return;
+    }
+    window.next = window.bytes + (position - window.start);
+    window.last = window.bytes + (window.streamAt - window.start);
+    window.lastPosition = window.streamAt;
+}
+
 // The bytes that are wanted if they are all there, else null. Nothing is there once the stream has failed.
 inline const uint8_t *Mc3dsTakeFromWindow(size_t count)
 {
@@ -38,23 +60,64 @@ inline const uint8_t *Mc3dsTakeFromWindow(size_t count)
     return bytes;
 }
 
+inline uint16_t Mc3dsU16Of(const uint8_t *bytes)
+{
+    return static_cast<uint16_t>(bytes[0] | bytes[1] << 8);
+}
+
+inline uint32_t Mc3dsU32Of(const uint8_t *bytes)
+{
+    return static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
+           static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
+}
+
 uint16_t Mc3dsReadU16Slowly(Mc3dsFile *file);
 uint32_t Mc3dsReadU32Slowly(Mc3dsFile *file);
+void Mc3dsReadU16sSlowly(Mc3dsFile *file, uint16_t *numbers, size_t count);
+void Mc3dsReadFloatsSlowly(Mc3dsFile *file, float *numbers, size_t count);
 
 inline uint16_t Mc3dsReadU16(Mc3dsFile *file)
 {
     const uint8_t *bytes = Mc3dsTakeFromWindow(2);
-    return bytes ? static_cast<uint16_t>(bytes[0] | bytes[1] << 8) : Mc3dsReadU16Slowly(file);
+    return bytes ? Mc3dsU16Of(bytes) : Mc3dsReadU16Slowly(file);
 }
 
 // 0 and "File Error" when the stream is in error.
 inline uint32_t Mc3dsReadU32(Mc3dsFile *file)
 {
     const uint8_t *bytes = Mc3dsTakeFromWindow(4);
-    if (!bytes)
-        return Mc3dsReadU32Slowly(file);
-    return static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
-           static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
+    return bytes ? Mc3dsU32Of(bytes) : Mc3dsReadU32Slowly(file);
+}
+
+// The bytes of so many numbers, where the machine has them in the order of the file. False when they must be
+// read slowly.
+inline bool Mc3dsCopyFromWindow(void *numbers, size_t size)
+{
+    const uint8_t *bytes = std::endian::native == std::endian::little ? Mc3dsTakeFromWindow(size) : nullptr;
+    if (bytes)
+        std::memcpy(numbers, bytes, size);
+    return bytes != nullptr;
+}
+
+// count numbers one after another, exactly as so many calls of Mc3dsReadU16 or Mc3dsReadFloat would give.
+inline void Mc3dsReadU16s(Mc3dsFile *file, uint16_t *numbers, size_t count)
+{
+    if (!Mc3dsCopyFromWindow(numbers, count * 2))
+        Mc3dsReadU16sSlowly(file, numbers, count);
+}
+
+inline void Mc3dsReadFloats(Mc3dsFile *file, float *numbers, size_t count)
+{
+    if (!Mc3dsCopyFromWindow(numbers, count * 4))
+        Mc3dsReadFloatsSlowly(file, numbers, count);
+}
+
+// Mc3dsReadU32, taken as the bits of a float.
+inline float Mc3dsReadFloat(Mc3dsFile *file)
+{
+    float number;
+    Mc3dsReadFloats(file, &number, 1);
+    return number;
 }
 
 #endif
