@@ -28,7 +28,7 @@ if [ "$mode" = --record ]; then
 fi
 status=0
 for action in $actions; do
-    now=$(($(count 1 "$work/out" "$action" "$work/scene.3DS") - start))
+    now=$(($(count 0 "$work/out" "$action" "$work/scene.3DS") - start))
     if [ "$mode" = --record ]; then
         echo "$action $now" | tee -a "$recorded"
         continue

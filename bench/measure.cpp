@@ -1,6 +1,7 @@
 // Times actions, in turns and in one process, and prints for each the median in seconds, that of the
 // processor's time alone, and by how many KiB the peak of the process' memory has grown since its start.
 //   mc3ds_measure RUNS OUTPUT ACTION FILE [ACTION FILE]...
+// One run more comes first, to warm up.
 // fread, load and base-load read FILE into memory that is fresh from the system; fwrite writes its bytes;
 // script and source write the scene in it, direct and bare build its model; convert and base-convert load it
 // and write it as a script. base- is the plain way, heard- with a host that takes the reports, bare as many
@@ -40,7 +41,7 @@ static double ProcessorNow()
 static double Median(std::vector<double> numbers)
 {
     std::sort(numbers.begin(), numbers.end());
-    return numbers[numbers.size() / 2];
+    return numbers.empty() ? 0.0 : numbers[numbers.size() / 2];
 }
 
 // Not getrusage's figure, which a process inherits from the one that started it.
@@ -223,7 +224,7 @@ int main(int argc, char **argv)
     std::vector<Job> jobs;
     for (int i = 3; i < argc; i += 2)
         Prepare(&jobs.emplace_back(Job{argv[i], argv[i + 1], "", nullptr, {}, {}}));
-    for (int run = -1; run < std::atoi(argv[1]); ++run) // the first round only warms up
+    for (int run = -1; run < std::atoi(argv[1]); ++run)
         for (Job &job : jobs) {
             // A file that is replaced first gives its memory back, for the new one to take.
             for (const char *kind : {"", ".h", ".anim"})
