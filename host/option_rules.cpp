@@ -36,7 +36,6 @@ static const ConflictRow conflictRows[] = {
     {"--info", "--jobs", "what is shown of the scenes would mix on the standard output"},
     {"--output", "--output-dir", "one names a file and the other a folder for files"},
     {"--output", "--recursive", ownFile},
-    {"--preview", "--recursive", ownFile},
     {"--clump-name", "--recursive", "each of its scenes needs a function of its own"},
     {"--scale", "--size", "each decides what the other one is"},
     {"--quiet", "--verbose", "one asks for less and the other for more"},
@@ -109,11 +108,9 @@ std::string FindConflict(const HostOptions &options, const std::function<bool(co
         return "no scene is given";
     if (options.scenes.size() == 1)
         return "";
-    for (const char *option : {"--output", "--preview"})
-        if (given(option))
-            return Contradiction(option, "more than one scene",
-                                 std::string("each needs a file of its own") +
-                                     (option[2] == 'o' ? "; --output-dir names a folder for them" : ""));
+    if (given("--output"))
+        return Contradiction("--output", "more than one scene",
+                             "each needs a file of its own; --output-dir names a folder for them");
     if (given("--clump-name"))
         return Contradiction("--clump-name", "more than one scene", "each needs a function of its own");
     return "";

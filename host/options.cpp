@@ -226,13 +226,15 @@ static void Accept(const char *option, const std::string &whyNot)
 
 static void AddPreviewOptions(CLI::App *app, HostOptions *options)
 {
-    AddValue(app, "--preview", "FILE.png", "Looking",
-             "draw a picture of the model too; with --info that is all that is written (default: none)",
-             [options](const std::string &text) {
-                 const std::string extension = InLowerCase(PathOf(text).extension().string());
-                 Accept("--preview", extension == ".png" ? "" : InQuotes(text) + " doesn't end in .png");
-                 options->previewFile = text;
-             });
+    AddValue(
+        app, "--preview", "FILE.png", "Looking",
+        "draw a picture of the model too, for many scenes each in SCENE.FILE.png; with --info that is all "
+        "that is written (default: none)",
+        [options](const std::string &text) {
+            const std::string extension = InLowerCase(PathOf(text).extension().string());
+            Accept("--preview", extension == ".png" ? "" : InQuotes(text) + " doesn't end in .png");
+            options->previewFile = text;
+        });
     AddValue(app, "--preview-size", "WxH", "Looking",
              "pixels of a picture, 16x16 to 4096x4096 (default: 800x600, in a strip 320x240)",
              [options](const std::string &text) {

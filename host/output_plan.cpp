@@ -33,6 +33,16 @@ static std::string SecondName(const std::string &given, const std::string &outpu
     return given.empty() ? PathOf(output).replace_extension(extension).string() : given;
 }
 
+// Each of many scenes has a picture of its own, beside its output unless the name gives another folder.
+static std::string PictureName(const HostOptions &options, const std::string &output)
+{
+    if (!options.recursive && options.scenes.size() <= 1)
+        return options.previewFile;
+    const fs::path file = PathOf(options.previewFile), model = PathOf(output);
+    const fs::path name = PathOf(model.stem().string() + '.' + file.filename().string());
+    return ((file.has_parent_path() ? file : model).parent_path() / name).string();
+}
+
 std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::string &scenePath)
 {
     std::vector<NamedTarget> names;
@@ -45,7 +55,7 @@ std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::stri
             names.push_back({TextKind::Animation, SecondName(options.animationFile, output, ".mca")});
     }
     if (!options.previewFile.empty())
-        names.push_back({TextKind::Picture, options.previewFile});
+        names.push_back({TextKind::Picture, PictureName(options, output)});
     return names;
 }
 

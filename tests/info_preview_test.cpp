@@ -126,6 +126,16 @@ TEST_F(InfoPreviewTest, ThePictureShowsTheModelInTheMiddle)
     EXPECT_TRUE(solid.rgb == Draw(1, 0, "--protos --flat").rgb);
 }
 
+TEST_F(InfoPreviewTest, EachOfManyScenesGetsAPictureOfItsOwn)
+{
+    Draw(1, 0, "");
+    std::filesystem::copy_file("scene.3ds", "other.3ds");
+    MustRun(program + "other.3ds --output-dir out --preview p.png");
+    MustRun(program + "other.3ds --info --preview out/q.png");
+    for (const char *name : {"out/scene.p.png", "out/other.p.png", "out/scene.q.png", "out/other.q.png"})
+        EXPECT_TRUE(ReadFile(name) == ReadFile("out.png")) << name;
+}
+
 TEST_F(InfoPreviewTest, AStripShowsTheFramesOfTheAnimationSideBySide)
 {
     const std::string place = " transform CUBE 1 0 0 0 1 0 0 0 1 ";
