@@ -239,6 +239,19 @@ TEST_F(ItemTest, APivotRecentresWithoutMovingTheObject)
     EXPECT_EQ(dummy.meshMatrix.m[3][2], 9.0);
 }
 
+TEST_F(ItemTest, NamesWithOneHashAreTwoNames)
+{
+    // Both pairs have one FNV-1a hash of 32 bits.
+    const LoadedScene scene =
+        LoadBytes(Scene({Box("costarring"), Box("zinke"), Box("liquid"), Box("zinke")},
+                        {ObjectNode("altarage", noParent), ObjectNode("liquid", noParent),
+                         ObjectNode("zinke", 1), ObjectNode("costarring", 2)}));
+    const int32_t nodes[] = {3, 2, 1, -1};
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(scene->objects[i].nodeId, nodes[i]) << i;
+    EXPECT_EQ(TakeReportLines("E"), "E2 Object altarage not found\n");
+}
+
 TEST_F(ItemTest, ManyPivotsMoveEachVertexInTheirOrder)
 {
     // Sums of these depend on their order in the last bits.

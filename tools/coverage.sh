@@ -8,4 +8,4 @@ cmake --preset coverage
 cmake --build --preset coverage --parallel "$(nproc)"
 ctest --preset coverage -j "$(nproc)"
 gcovr --root . --filter src/ --exclude-throw-branches --exclude-unreachable-branches --print-summary \
-    --fail-under-line 97 --fail-under-branch 92 build/coverage
+    --fail-under-line 97 --fail-under-branch 92 build/coverage/src

@@ -1,0 +1,131 @@
+// The .vue file beside a scene: which words of it count, and as what.
+
+#include <cmath>
+#include <sstream>
+
+#include "harness.h"
+
+using namespace chunks;
+
+struct VueTest : SceneTest {
+    LoadedScene Load(const std::string &vue)
+    {
+        return LoadBytes(Scene({NamedObject("BOX", {Mesh({})}), NamedObject("TWO W", {Mesh({})})},
+                               {Kfhdr(3), ObjectNode("BOX", noParent, {Pivot(1, 0, 0)})}),
+                         vue);
+    }
+};
+
+static const std::string turned = " 0 1 0 -1 0 0 0 0 1 ";
+
+// Where the pivot of the first object stands in each frame, and the origin of the second.
+static std::string Places(const Mc3dsFile *scene)
+{
+    std::ostringstream text;
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        text << (i == 0 ? "" : " / ") << scene->objects[i].hasFrames;
+        for (uint32_t frame = 0; frame <= scene->frameCount; ++frame) {
+            const auto &m = scene->objects[i].frames[frame].m;
+            text << ' ' << m[3][0] << ',' << m[3][1] << ',' << m[3][2];
+        }
+    }
+    return text.str();
+}
+
+TEST_F(VueTest, RecordsAreFoundAmongWhateverElseIsThere)
+{
+    const std::string still = "0 1,0,0 1,0,0 1,0,0 1,0,0", other = " / 0 0,0,0 0,0,0 0,0,0 0,0,0";
+    const std::string moved = "1 1,0,0 5,1,0 1,0,0 1,0,0" + other;
+    const struct {
+        const char *what;
+        std::string vue, places, errors;
+    } rows[] = {
+        {"nothing", "\n", still + other, ""},
+        {"a record", "frame 1\ntransform \"BOX\"" + turned + "5 0 0\n", moved, ""},
+        {"keywords in capitals, no line ends", "FRAME 1 Transform BOX" + turned + "5 0 0", moved, ""},
+        {"a word that is quoted in part", "frame \"1\" transform BOX" + turned + "5 0 0", still + other, ""},
+        {"a quoted keyword, backslashes", "\"fra\\me\" 1 transform \"\\B\\O\\X\"" + turned + "5 0 0", moved,
+         ""},
+        {"comments and words",
+         "# frame 2\nframe # frame 3\n1x\ntransform BOX" + turned + "x= 5 #\n0 # 0\n0 \n", moved, ""},
+        {"lines dropped whole", "light frame 2\ncamera \"\n frame 1 transform BOX" + turned + "5 0 0\n",
+         moved, ""},
+        {"the later of two", "frame 1 transform BOX" + turned + "7 0 0 transform BOX" + turned + "5 0 0",
+         moved, ""},
+        {"a file cut in a record", "frame 1 transform BOX" + turned + "5 0 0 transform BOX" + turned + "7 0",
+         moved, ""},
+        {"no number of a frame",
+         "frame 1 transform BOX" + turned + "5 0 0 frame x frame 2 transform BOX" + turned + "7 0 0", moved,
+         ""},
+        {"no name",
+         "frame 1 transform BOX" + turned + "5 0 0 transform \"\" frame 2 transform BOX" + turned + "7 0 0",
+         moved, ""},
+        {"a name with a blank", "frame 0 transform \"TWO W\"" + turned + "5 6 7",
+         still + " / 1 5,6,7 0,0,0 0,0,0 0,0,0", ""},
+        {"such a name without quotes", "frame 0 transform TWO W" + turned + "5 6 7", still + other,
+         "E2 unable to find object TWO\n"},
+        {"a name of another case", "frame 1 transform box" + turned + "5 0 0", still + other,
+         "E2 unable to find object box\n"},
+        {"a name of 32 characters", "frame 1 transform \"" + std::string(32, 'N') + '"' + turned + "5 0 0",
+         still + other, "E2 unable to find object " + std::string(31, 'N') + '\n'},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        const LoadedScene scene = Load(row.vue);
+        EXPECT_EQ(scene->hasAnimation, 1u);
+        EXPECT_EQ(Places(scene.get()), row.places);
+        EXPECT_EQ(TakeReportLines("E"), row.errors);
+    }
+}
+
+TEST_F(VueTest, FramesThatTheSceneHasNotAreDroppedWithAWarning)
+{
+    for (const char *frame : {"", "frame -1", "frame 4", "frame 99999999999", "frame -99999999999"}) {
+        SCOPED_TRACE(frame);
+        const LoadedScene scene = Load(std::string(frame) + " transform BOX" + turned + "5 0 0");
+        EXPECT_EQ(scene->objects[0].hasFrames, 0u);
+        EXPECT_EQ(TakeReportLines("E").substr(0, 3), "E2 ");
+    }
+}
+
+TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
+{
+    const double infinite = HUGE_VAL;
+    const struct {
+        std::string word;
+        double value;
+    } rows[] = {
+        {"1.5abc", 1.5},
+        {"-.5", -0.5},
+        {"+5.", 5},
+        {"1e2e3", 100},
+        {"1e", 1},
+        {"1e+", 1},
+        {"0x10", 16},
+        {"-0X.8p1", -1},
+        {"0x", 0},
+        {"0x.p1", 0},
+        {"0x1p2000", infinite},
+        {"0x0.0001p-1100", 0},
+        {"1e400", infinite},
+        {"-1e999999999999", -infinite},
+        {"1e-400", 0},
+        {"0.00000001e-320", 0},
+        {std::string(240, '9') + "e200", infinite},
+        {"0." + std::string(240, '0') + "1e-200", 0},
+        {"inf", infinite},
+        {"-INFINITYx", -infinite},
+        {"9007199254740993", 9007199254740992.0},
+        {"0.1000000000000000055511151231257827", 0.1},
+        {"- + +-1 --1 .e1 e1 1", 1},      // none of the words but the last is a number
+        {std::string(250, 'x') + "7", 7}, // a word goes on behind 250 characters as another
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.word);
+        const LoadedScene scene = Load("frame 0 transform \"TWO W\"" + turned + row.word + " 0 0");
+        ASSERT_EQ(scene->objects[1].hasFrames, 1u);
+        EXPECT_EQ(scene->objects[1].frames[0].m[3][0], row.value);
+    }
+    EXPECT_TRUE(
+        std::isnan(Load("frame 0 transform \"TWO W\"" + turned + "nanny 0 0")->objects[1].frames[0].m[3][0]));
+}
