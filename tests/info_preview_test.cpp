@@ -132,6 +132,8 @@ TEST_F(InfoPreviewTest, EachOfManyScenesGetsAPictureOfItsOwn)
     std::filesystem::copy_file("scene.3ds", "other.3ds");
     MustRun(program + "other.3ds --output-dir out --preview p.png");
     MustRun(program + "other.3ds --info --preview out/q.png");
+    EXPECT_NE(RunCommand(program + "out/../scene.3ds --info --preview x.png").output.find("both write"),
+              std::string::npos);
     for (const char *name : {"out/scene.p.png", "out/other.p.png", "out/scene.q.png", "out/other.q.png"})
         EXPECT_TRUE(ReadFile(name) == ReadFile("out.png")) << name;
 }

@@ -38,7 +38,7 @@ run()
     esac
 }
 
-wanted=${*:-gcc-O0 gcc-O3 clang-O0 clang-O3 unsigned-char valgrind x86-32 s390x}
+wanted=${*:-gcc-O0 gcc-O3 clang-O0 clang-O3 unsigned-char valgrind x86-32 s390x windows}
 clang='-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++'
 # Other machines have nothing that the program needs, and GoogleTest comes from its sources.
 library='-DMC3DS_BUILD_PROGRAM=OFF -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON'
@@ -56,5 +56,6 @@ x86='-m32 -idirafter /usr/include/x86_64-linux-gnu'
     row s390x $library -DCMAKE_SYSTEM_NAME=Linux -DCMAKE_SYSTEM_PROCESSOR=s390x \
         -DCMAKE_C_COMPILER=s390x-linux-gnu-gcc -DCMAKE_CXX_COMPILER=s390x-linux-gnu-g++ \
         '-DCMAKE_CROSSCOMPILING_EMULATOR=qemu-s390x;-L;/usr/s390x-linux-gnu' -DCMAKE_CXX_FLAGS=-O2
+    row windows --toolchain "$PWD/cmake/mingw-w64.cmake" -DCMAKE_CXX_FLAGS=-O2
 }
 exit $failed
