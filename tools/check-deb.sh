@@ -52,7 +52,10 @@ while read -r file; do
 done <"$work/files"
 within ldconfig -p | grep -q 'libMCL3DS20\.so\.3 ' || fail "the loader doesn't know the library"
 within 3ds2mcx --version
-within 3ds2mcx "$inside/windmill.3DS" -o "$inside/windmill.mcx"
+within 3ds2mcx --info "$inside/windmill.3DS" | tee "$work/info"
+grep -q '^Objects$' "$work/info" || fail "--info shows no objects"
+within 3ds2mcx "$inside/windmill.3DS" -o "$inside/windmill.mcx" --preview "$inside/windmill.png"
+[ "$(head -c 4 "$work/windmill.png" | tail -c 3)" = PNG ] || fail "no picture"
 [ "$(tail -n 1 "$work/windmill.mcx")" = ModelEnd ] || fail "no whole script"
 
 within apt-get -q -y purge "$name"
