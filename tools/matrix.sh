@@ -34,6 +34,8 @@ run()
     */valgrind) # what is slow in itself is left out, and what starts compilers or the program
         valgrind -q --error-exitcode=9 --leak-check=full "$1/tests/mcl3ds20_tests" \
             --gtest_filter='Reader*:*Items*:Golden*:*Memory*:FileFailure*:Output*:*Replay*' ;;
+    */windows) # now and then wine itself fails to start
+        ctest --test-dir "$1" -j "$jobs" --repeat until-pass:3 ;;
     *) ctest --test-dir "$1" -j "$jobs" ;;
     esac
 }
