@@ -97,6 +97,21 @@ TEST_F(ReaderTest, CountsThatNoFileCanHoldEndTheLoadOnce)
     EXPECT_EQ(scene->objects[1].vertexCount, 0);
 }
 
+TEST_F(ReaderTest, ALoadHandsOutSixteenTimesTheFileAndOneMebibyte)
+{
+    const auto scene = [](size_t count) {
+        const Bytes first = Chunk(0x4110, {U16(0xFFFF)}),
+                    second = Chunk(0x4110, {U16(static_cast<uint32_t>(count))});
+        return Scene({NamedObject("B", {Mesh({first, second})})});
+    };
+    const size_t size = scene(0).size(), first = 0xFFFF * 12; // the file's own bytes are handed out once
+    const size_t most = (16 * size + (1 << 20) - size - first) / 12;
+    EXPECT_EQ(LoadBytes(scene(most))->objects[0].vertexCount, static_cast<int32_t>(most));
+    EXPECT_EQ(TakeReportLines("E"), "");
+    EXPECT_EQ(LoadBytes(scene(most + 1))->objects[0].vertexCount, 0);
+    EXPECT_TRUE(LinesMatch(TakeReportLines("E"), "E0 *\n"));
+}
+
 struct ReportRow {
     const char *what;
     Pieces editor;
