@@ -358,3 +358,19 @@ TEST_F(OutputTest, TheAnimationFileFollowsTheTreeOrListsWhatHasFrames)
         EXPECT_EQ(TakeReportLines("E", 0), row.errors);
     }
 }
+
+TEST_F(OutputTest, ADocumentOfManyBlocksHasEveryLineInItsPlace)
+{
+    std::vector<float> xyz;
+    std::string expected;
+    for (int i = 0; i < 9000; ++i) {
+        const float x = static_cast<float>(i), y = -x / 8, z = x * x / 4096;
+        xyz.insert(xyz.end(), {x, y, z});
+        char line[128]; // the file's z axis becomes y, its y axis -z
+        std::snprintf(line, sizeof line, "Vertex %10.6f %10.6f %10.6f\n", static_cast<double>(x),
+                      static_cast<double>(z), static_cast<double>(-y));
+        expected += line;
+    }
+    // Unplaced, as in a file of its own, so that no sum gets in the way.
+    EXPECT_EQ(Lines(Written(Scene({Object("A", xyz)}), MC3DS_PER_OBJECT), "Vertex "), expected);
+}
