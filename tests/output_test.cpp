@@ -363,8 +363,8 @@ TEST_F(OutputTest, ADocumentOfManyBlocksHasEveryLineInItsPlace)
 {
     std::vector<float> xyz;
     std::string expected;
-    for (int i = 0; i < 9000; ++i) {
-        const float x = static_cast<float>(i), y = -x / 8, z = x * x / 4096;
+    for (int i = 1; i < 9000; ++i) {
+        const float x = static_cast<float>(i), y = x / 8, z = x * x / 4096;
         xyz.insert(xyz.end(), {x, y, z});
         char line[128]; // the file's z axis becomes y, its y axis -z
         std::snprintf(line, sizeof line, "Vertex %10.6f %10.6f %10.6f\n", static_cast<double>(x),
