@@ -60,6 +60,8 @@ void __wrap_free(void *block)
 }
 }
 
+static int refused; // in the test that runs
+
 // Runs work with the failing-th allocation refused, and tells whether it came to that.
 template <class Work>
 static bool RunShortOfMemory(int failing, bool onward, Work work)
@@ -67,10 +69,23 @@ static bool RunShortOfMemory(int failing, bool onward, Work work)
     memory = {true, 0, failing, onward, memory.live};
     work();
     memory.counting = false;
+    refused += memory.allocations >= failing;
     return memory.allocations >= failing;
 }
 
-struct MemoryTest : SceneTest, testing::WithParamInterface<bool> {};
+struct MemoryTest : SceneTest, testing::WithParamInterface<bool> {
+    void SetUp() override
+    {
+        SceneTest::SetUp();
+        refused = 0;
+    }
+
+    void TearDown() override
+    {
+        std::printf("%d runs short of memory\n", refused);
+        SceneTest::TearDown();
+    }
+};
 
 // The files of an output; what is wrong with the model of a direct build.
 static std::string WriteAll(const LoadedScene &scene, uint32_t flags)
