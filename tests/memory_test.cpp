@@ -1,6 +1,7 @@
 // Every allocation of the library fails in its turn, alone or with all that follow. The linker leads malloc
 // and its like here from every object of this program, the library's among them.
 
+#include <cstdio>
 #include <cstdlib>
 #include <set>
 
