@@ -185,6 +185,10 @@ static Made Act(const Job &job)
 {
     const char *path = job.path.c_str();
     Made made = {};
+    // The plain way has no reports, so there is no one to listen to ours but where that is what is timed.
+    const Mc3dsCallback callback = job.action.starts_with("heard-") ? Ignore : nullptr;
+    Mc3dsSetErrorCallback(callback);
+    Mc3dsSetMessageCallback(callback);
     if (job.action == "fread") {
         made.memory = static_cast<char *>(std::malloc(job.bytes.size()));
         PlainRead(job.path, made.memory, job.bytes.size());
@@ -193,10 +197,6 @@ static Made Act(const Job &job)
     } else if (job.scene) {
         made.clump = job.action == "bare" ? BareModel(job.scene) : Output(job.action, job.scene);
     } else {
-        // The plain way has no reports, so there is no one to listen to ours but where that is what is timed.
-        const Mc3dsCallback callback = job.action.starts_with("heard-") ? Ignore : nullptr;
-        Mc3dsSetErrorCallback(callback);
-        Mc3dsSetMessageCallback(callback);
         made.scene = job.action.starts_with("base-") ? BaselineLoad(path) : Mc3dsLoadFile(path);
         if (made.scene && job.action.ends_with("convert"))
             Output(job.action, made.scene);

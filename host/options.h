@@ -27,7 +27,7 @@ struct HostOptions {
     std::string outputDir;           // empty: beside the scene
     std::string headerFile;          // empty: the output's name with another extension, as below
     std::string animationFile;
-    std::string previewFile; // empty: none
+    std::string previewFile; // empty: none; of many scenes, each puts its own name ahead
     std::string summaryFile; // empty: none
     std::string clumpName;   // empty: made from the scene's name
     std::string textureExtension;
