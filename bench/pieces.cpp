@@ -91,6 +91,8 @@ static void ReadFloats(benchmark::State &state)
 {
     std::vector<float> numbers(1 << 18);
     Mc3dsFile file = {};
+    if (!Mc3dsBeginLoad(&file))
+        return state.SkipWithError("no memory");
     const auto portion = static_cast<size_t>(state.range(0));
     file.stream = std::tmpfile();
     if (!file.stream || std::fwrite(numbers.data(), 4, numbers.size(), file.stream) != numbers.size())
@@ -101,13 +103,15 @@ static void ReadFloats(benchmark::State &state)
             Mc3dsReadFloats(&file, &numbers[i], portion);
     }
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(numbers.size() * 4));
-    Mc3dsCloseStream(&file);
+    Mc3dsEndLoad(&file);
 }
 BENCHMARK(ReadFloats)->Arg(3)->Arg(12)->Arg(60000);
 
 static void FindObject(benchmark::State &state)
 {
     auto *scene = static_cast<Mc3dsFile *>(std::calloc(1, sizeof(Mc3dsFile)));
+    if (!scene || !Mc3dsBeginLoad(scene))
+        return state.SkipWithError("no memory");
     std::vector<std::string> names;
     for (int64_t i = 0; i < state.range(0); ++i) {
         Mc3dsObject object;
@@ -118,6 +122,7 @@ static void FindObject(benchmark::State &state)
         for (const std::string &name : names)
             benchmark::DoNotOptimize(Mc3dsFindObject(scene, name.c_str()));
     state.SetItemsProcessed(state.iterations() * state.range(0));
+    Mc3dsEndLoad(scene);
     Mc3dsUnloadFile(scene);
 }
 BENCHMARK(FindObject)->Arg(200)->Arg(5000)->Arg(32000);

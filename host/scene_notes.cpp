@@ -30,7 +30,7 @@ static void ReportMissingAnimation(const Mc3dsFile *scene, const std::string &sc
         why = InQuotes(vue) + " names no object of the scene";
     } else if (scene->frameCount == 0)
         why = "the scene has no frames";
-    else if (scene->fileNameIsCut || vue.empty())
+    else if (scenePath.size() >= sizeof scene->fileName || vue.empty())
         why =
             "the scene's path is too " + std::string(vue.empty() ? "short" : "long") + " for one to be found";
     else if (fs::exists(PathOf(vue), failure))

@@ -102,7 +102,7 @@ std::string CheckScene(const Mc3dsFile *file)
 {
     if (!file)
         return "";
-    REQUIRE(file->stream == nullptr && Ends(file->fileName));
+    REQUIRE(file->stream == nullptr && file->load == nullptr && Ends(file->fileName));
     REQUIRE(file->materialCount >= 1 && Reaches(file->materials, static_cast<uint64_t>(file->materialCount)));
     REQUIRE(std::strcmp(file->materials[0].name, "default") == 0 && file->materials[0].shading == 2);
     for (int32_t i = 0; i < file->materialCount; ++i)

@@ -1,8 +1,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "../reader/reader.h"
 #include "animation.h"
+#include "text_stream.h"
 
 // Where a sound file has its numbers, runs of more characters than this are read as several words.
 constexpr size_t longestWord = 250;
@@ -41,22 +41,22 @@ bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
 // A plain word, as scanf's "%250s" reads it. False at the end of the file.
 static bool ReadPlainWord(Mc3dsFile *file, char word[longestWord + 1])
 {
-    Mc3dsTextWindow &window = mc3dsTextWindow;
+    Mc3dsLoad *load = file->load;
     size_t length = 0;
     while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
-        ++window.next;
-    // A word goes on behind the end of the window only where it reaches that end.
+        ++load->nextText;
+    // A word that reaches the end of the buffer may go on after the refill.
     while (length < longestWord && Mc3dsPeekCharacter(file) != Mc3dsEndOfText) {
-        const auto available = static_cast<size_t>(window.last - window.next);
+        const auto available = static_cast<size_t>(load->lastText - load->nextText);
         const size_t room = longestWord - length;
-        const uint8_t *at = window.next, *limit = at + (available < room ? available : room);
+        const uint8_t *at = load->nextText, *limit = at + (available < room ? available : room);
         while (at < limit && !Mc3dsIsSpace(*at))
             ++at;
-        const auto taken = static_cast<size_t>(at - window.next);
-        std::memcpy(word + length, window.next, taken);
+        const auto taken = static_cast<size_t>(at - load->nextText);
+        std::memcpy(word + length, load->nextText, taken);
         length += taken;
-        const bool ends = at < window.last;
-        window.next = at;
+        const bool ends = at < load->lastText;
+        load->nextText = at;
         if (ends)
             break;
     }
@@ -85,22 +85,22 @@ static bool ReadWordBehindComments(Mc3dsFile *file, char word[longestWord + 1])
     return false;
 }
 
-// A plainly written number that ends within the window, as nearly all do: it needs no copy.
-static bool ReadNumberInWindow(Mc3dsFile *file, double *number)
+// A plainly written number that ends within the buffer, as nearly all do: it needs no copy.
+static bool ReadBufferedNumber(Mc3dsFile *file, double *number)
 {
-    Mc3dsTextWindow &window = mc3dsTextWindow;
+    Mc3dsLoad *load = file->load;
     while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
-        ++window.next;
-    const char *end = Mc3dsParsePlainReal(reinterpret_cast<const char *>(window.next), number);
-    if (!end || end == reinterpret_cast<const char *>(window.last) || !Mc3dsIsSpace(*end))
+        ++load->nextText;
+    const char *end = Mc3dsParsePlainReal(reinterpret_cast<const char *>(load->nextText), number);
+    if (!end || end == reinterpret_cast<const char *>(load->lastText) || !Mc3dsIsSpace(*end))
         return false;
-    window.next = reinterpret_cast<const uint8_t *>(end);
+    load->nextText = reinterpret_cast<const uint8_t *>(end);
     return true;
 }
 
 bool Mc3dsReadVueNumber(Mc3dsFile *file, double *number)
 {
-    if (ReadNumberInWindow(file, number))
+    if (ReadBufferedNumber(file, number))
         return true;
     char word[longestWord + 1];
     while (ReadWordBehindComments(file, word))
@@ -206,7 +206,7 @@ uint32_t Mc3dsReadVue(Mc3dsFile *file)
     char name[sizeof file->fileName];
     std::memcpy(name, file->fileName, sizeof name);
     const size_t length = std::strlen(name);
-    if (length < 3 || file->fileNameIsCut)
+    if (length < 3 || file->load->fileNameIsCut)
         return 0;
     std::memcpy(name + length - 3, "vue", 3);
     file->stream = std::fopen(name, "r");

@@ -21,7 +21,5 @@ void Mc3dsUnloadFile(Mc3dsFile *file)
     }
     if (file->materialCount != 0)
         std::free(file->materials);
-    Mc3dsFreeNames(&file->objectNames);
-    Mc3dsFreeNames(&file->materialNames);
     std::free(file);
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 #include "../../include/mcl3ds20.h"
 #include "../math/transform.h"
@@ -86,20 +87,7 @@ struct Mc3dsMaterial {
     char textureMap[16], opacityMap[16], reflectionMap[16]; // file names; empty: none
 };
 
-// Side table for the look-up of names among the records of an array, each of which begins with its name. It
-// takes in new records when it is asked, and records that it has taken in may move but must not go.
-struct Mc3dsNameNode {
-    uint32_t hash;
-    uint32_t first; // the first record of that name
-    uint32_t children[2];
-};
-
-struct Mc3dsNames {
-    Mc3dsNameNode *nodes; // owned; one for each record
-    uint32_t root;
-    uint32_t indexed, capacity;
-    uint32_t found; // the record that was found last
-};
+struct Mc3dsLoad;
 
 // A whole scene. Owns all that its pointers reach.
 struct Mc3dsFile {
@@ -115,9 +103,7 @@ struct Mc3dsFile {
     uint32_t nodeCounter;
     float ambient[3];
     uint32_t hasAnimation;
-    uint32_t objectCapacity;               // records that objects has room for
-    Mc3dsNames objectNames, materialNames; // live as long as the load
-    uint32_t fileNameIsCut; // the path had more than 255 characters: what fileName holds names another file
+    Mc3dsLoad *load; // owned; null once the load has ended
 };
 
 // The largest finite float and its negative, the start values of all bounds.
@@ -142,10 +128,6 @@ inline bool Mc3dsIsSpace(int character)
     return static_cast<unsigned>(character) <= 0x20 && (uint64_t{0x100003E00} >> character & 1) != 0;
 }
 
-// Copies text into a field of size bytes, cut where it doesn't fit; a cut brings a warning that calls the
-// field by what.
-void Mc3dsCopyText(char *field, size_t size, const char *text, const char *what);
-
 // Prints into buffer as C's printf does in the "C" locale, cut to size. Returns the length of what stands
 // there.
 MC3DS_PRINTF(3, 4) size_t Mc3dsFormatText(char *buffer, size_t size, const char *format, ...);
@@ -154,21 +136,16 @@ MC3DS_PRINTF(3, 0) size_t Mc3dsFormatTextV(char *buffer, size_t size, const char
 // ---- scene.cpp
 
 // As realloc for count records of that size; also null where their size is more than a size_t holds.
-void *Mc3dsResize(void *array, uint64_t count, size_t size);
+inline void *Mc3dsResize(void *array, uint64_t count, size_t size)
+{
+    return count <= SIZE_MAX / size ? std::realloc(array, static_cast<size_t>(count) * size) : nullptr;
+}
+
+// Copies text into a field of size bytes, cut where it doesn't fit. A cut is reported as a warning in which
+// what is the name of the field.
+void Mc3dsCopyText(char *field, size_t size, const char *text, const char *what);
 
 void Mc3dsObjectInit(Mc3dsObject *object, const char *name);
 void Mc3dsObjectFree(Mc3dsObject *object);
-
-// Appends a copy of the record, which hands over its arrays. False, with its report, when there is no memory.
-bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object);
-
-// The first object of that name, case counting; null if there is none.
-Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name);
-
-// ---- names.cpp
-
-// The index of the first of count records of that size whose name it is; count if there is none.
-uint32_t Mc3dsFindName(Mc3dsNames *names, const void *records, size_t size, uint32_t count, const char *name);
-void Mc3dsFreeNames(Mc3dsNames *names);
 
 #endif

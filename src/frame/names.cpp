@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "frame.h"
+#include "load_state.h"
 
 constexpr uint32_t none = UINT32_MAX;
 

@@ -3,9 +3,15 @@
 
 #include "frame.h"
 
-void *Mc3dsResize(void *array, uint64_t count, size_t size)
+void Mc3dsCopyText(char *field, size_t size, const char *text, const char *what)
 {
-    return count <= SIZE_MAX / size ? std::realloc(array, static_cast<size_t>(count) * size) : nullptr;
+    const size_t length = std::strlen(text);
+    const size_t kept = length < size ? length : size - 1;
+    std::memcpy(field, text, kept);
+    field[kept] = '\0';
+    if (kept < length)
+        Mc3dsError(2, "%s <%s> is longer than %d characters and was cut", what, text,
+                   static_cast<int>(size - 1));
 }
 
 void Mc3dsObjectInit(Mc3dsObject *object, const char *name)
@@ -46,31 +52,4 @@ void Mc3dsObjectFree(Mc3dsObject *object)
     if (object->frames)
         std::free(object->frames);
     std::free(object->waitingPivots);
-}
-
-bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
-{
-    if (file->objectCount == 0)
-        file->objectCapacity = 0; // the array is gone with the last of its objects
-    if (file->objectCount == file->objectCapacity) {
-        // Room ahead of need: pages that are not touched cost nothing, growing by one costs a system call.
-        const uint64_t capacity = uint64_t{file->objectCapacity} + file->objectCapacity / 2 + 1;
-        void *objects =
-            Mc3dsResize(file->objectCount != 0 ? file->objects : nullptr, capacity, sizeof *object);
-        if (!objects) {
-            Mc3dsError(0, "malloc failed allocating global object");
-            return false;
-        }
-        file->objects = static_cast<Mc3dsObject *>(objects);
-        file->objectCapacity = static_cast<uint32_t>(capacity);
-    }
-    file->objects[file->objectCount++] = *object;
-    return true;
-}
-
-Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name)
-{
-    const uint32_t index =
-        Mc3dsFindName(&file->objectNames, file->objects, sizeof *file->objects, file->objectCount, name);
-    return index < file->objectCount ? &file->objects[index] : nullptr;
 }

@@ -10,17 +10,6 @@ void Mc3dsLowerCase(char *text)
             *text = static_cast<char>(*text + 0x20);
 }
 
-void Mc3dsCopyText(char *field, size_t size, const char *text, const char *what)
-{
-    const size_t length = std::strlen(text);
-    const size_t kept = length < size ? length : size - 1;
-    std::memcpy(field, text, kept);
-    field[kept] = '\0';
-    if (kept < length)
-        Mc3dsError(2, "%s <%s> is longer than %d characters and was cut", what, text,
-                   static_cast<int>(size - 1));
-}
-
 // One conversion: the text of it goes to out, or, for %s, out is left alone and the argument itself comes
 // back.
 static const char *Convert(char conversion, int precision, va_list *arguments, char *out, size_t *length)

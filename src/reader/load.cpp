@@ -8,31 +8,35 @@
 static const Mc3dsMaterial defaultMaterial = {
     "default", {0.0f, 1.0f, 0.0f}, {0.0f, 1.0f, 0.0f}, {0.0f, 1.0f, 0.0f}, 2, 0.0f, 0.0f, "", "", ""};
 
+static Mc3dsFile *DropScene(Mc3dsFile *file)
+{
+    Mc3dsEndLoad(file);
+    Mc3dsUnloadFile(file);
+    return nullptr;
+}
+
 // The scene with nothing in it but the default material, its stream open. Null, with its report, when there
 // is no file or no memory.
 static Mc3dsFile *OpenScene(const char *path)
 {
     auto *file = static_cast<Mc3dsFile *>(std::calloc(1, sizeof(Mc3dsFile)));
-    if (!file)
+    if (!file || !Mc3dsBeginLoad(file)) {
+        std::free(file);
         return nullptr;
+    }
     file->stream = std::fopen(path, "rb");
     // A pipe opens, but the chunks of a file can't be walked without seeking.
     if (!file->stream || !Mc3dsOpenStream(file)) {
         Mc3dsError(1, "Unable to open file <%s>", path);
-        if (file->stream)
-            Mc3dsCloseStream(file);
-        Mc3dsUnloadFile(file);
-        return nullptr;
+        return DropScene(file);
     }
-    file->fileNameIsCut = std::strlen(path) >= sizeof file->fileName;
+    file->load->fileNameIsCut = std::strlen(path) >= sizeof file->fileName;
     Mc3dsCopyText(file->fileName, sizeof file->fileName, path, "Path");
     Mc3dsMessage(0, "\nReading File <%s>", path);
     file->materials = static_cast<Mc3dsMaterial *>(std::malloc(sizeof(Mc3dsMaterial)));
     if (!file->materials) {
         Mc3dsError(0, "malloc failed allocating global material");
-        Mc3dsCloseStream(file);
-        Mc3dsUnloadFile(file);
-        return nullptr;
+        return DropScene(file);
     }
     file->materials[0] = defaultMaterial;
     file->materialCount = 1;
@@ -65,10 +69,8 @@ Mc3dsFile *Mc3dsLoadFile(const char *path)
         return nullptr;
     const bool is3ds = ReadRoot(file);
     Mc3dsCloseStream(file);
-    if (!is3ds) {
-        Mc3dsUnloadFile(file);
-        return nullptr;
-    }
+    if (!is3ds)
+        return DropScene(file);
     for (uint32_t i = 0; i < file->objectCount; ++i) {
         Mc3dsApplyWaitingPivots(&file->objects[i]);
         if (file->objects[i].parentNode == 0xFFFF)
@@ -80,7 +82,6 @@ Mc3dsFile *Mc3dsLoadFile(const char *path)
             for (uint64_t frame = 0; frame <= file->frameCount; ++frame)
                 Mc3dsApplyFramePivot(&file->objects[i], static_cast<uint32_t>(frame));
     }
-    Mc3dsFreeNames(&file->objectNames);
-    Mc3dsFreeNames(&file->materialNames);
+    Mc3dsEndLoad(file);
     return file;
 }

@@ -136,7 +136,7 @@ static int32_t FindMaterial(Mc3dsFile *file, const char *name)
 {
     const auto count = static_cast<uint32_t>(file->materialCount) - 1;
     const uint32_t index =
-        Mc3dsFindName(&file->materialNames, file->materials + 1, sizeof *file->materials, count, name);
+        Mc3dsFindName(&file->load->materialNames, file->materials + 1, sizeof *file->materials, count, name);
     return index < count ? static_cast<int32_t>(index + 1) : 0;
 }
 

@@ -2,8 +2,7 @@
 #ifndef MC3DS_READER_READER_H
 #define MC3DS_READER_READER_H
 
-#include "../frame/frame.h"
-#include "window.h"
+#include "stream.h"
 
 // A chunk being walked. Positions are bytes from the start of the file.
 struct Mc3dsChunk {
@@ -13,12 +12,11 @@ struct Mc3dsChunk {
     uint16_t tag;
 };
 
-// ---- stream.cpp: the primitives, of which seeks and the reads of numbers stand in window.h. They read from
-// file->stream, one load at a time. At the end of the file every byte reads as 0xFF.
+// ---- stream.cpp: the primitives; seeks and the reads of numbers are in stream.h. They read from
+// file->stream. At the end of the file every byte reads as 0xFF.
 
 // Starts reading at the first byte of file->stream. False when the stream can't be seeked.
 bool Mc3dsOpenStream(Mc3dsFile *file);
-void Mc3dsCloseStream(Mc3dsFile *file);
 
 uint8_t Mc3dsReadByte(Mc3dsFile *file);
 
@@ -28,37 +26,6 @@ const char *Mc3dsReadString(Mc3dsFile *file);
 // False, with a report, when the load may not hand out that many bytes any more: the file's counts ask for
 // more than the file could hold many times over. From then on every walk ends.
 bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes);
-inline bool Mc3dsIsSpent(const Mc3dsFile *)
-{
-    return mc3dsWindow.spent;
-}
-
-// ---- text_stream.cpp: the .vue file in file->stream, read once from front to back.
-
-constexpr int Mc3dsEndOfText = -1;
-
-struct Mc3dsTextWindow {
-    const uint8_t *next, *last;
-    uint8_t bytes[16384 + 1]; // a NUL stands behind the last
-};
-
-extern Mc3dsTextWindow mc3dsTextWindow;
-
-void Mc3dsOpenTextStream(Mc3dsFile *file);
-bool Mc3dsFillTextWindow(Mc3dsFile *file); // false at the end
-
-// The next byte, which stays, or Mc3dsEndOfText.
-inline int Mc3dsPeekCharacter(Mc3dsFile *file)
-{
-    const bool more = mc3dsTextWindow.next < mc3dsTextWindow.last || Mc3dsFillTextWindow(file);
-    return more ? *mc3dsTextWindow.next : Mc3dsEndOfText;
-}
-
-inline int Mc3dsTakeCharacter(Mc3dsFile *file)
-{
-    const bool more = mc3dsTextWindow.next < mc3dsTextWindow.last || Mc3dsFillTextWindow(file);
-    return more ? *mc3dsTextWindow.next++ : Mc3dsEndOfText;
-}
 
 // ---- walk.cpp
 

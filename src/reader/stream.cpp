@@ -1,17 +1,10 @@
-// The bytes of the file go through a window that lies over a stretch of it. Seeks within the window, which
-// is to say nearly all, cost nothing; arrays are taken out of it in one piece.
-
 #include "reader.h"
-
-Mc3dsWindow mc3dsWindow;
-
-static Mc3dsWindow &window = mc3dsWindow;
 
 static char nameBuffer[130]; // the shared name buffer: 129 bytes and a terminator
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
 {
-    // The window replaces the buffer of the stream.
+    // The load has a buffer of its own.
     std::setvbuf(file->stream, nullptr, _IONBF, 0);
     // A folder, which some systems open, may have no end to seek to; its first read tells what it is.
     const off_t size = fseeko(file->stream, 0, SEEK_END) == 0 ? ftello(file->stream) : 0;
@@ -20,72 +13,68 @@ bool Mc3dsOpenStream(Mc3dsFile *file)
     // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
     // more than enough for it.
     const uint64_t counted = size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0xFFFFFFFF;
-    Mc3dsLookAway(0);
-    window.start = window.streamAt = 0;
-    window.end = UINT64_MAX;
-    window.broken = window.failed = window.spent = false;
-    window.budget = counted * 16 + (uint64_t{1} << 20);
+    Mc3dsLoad *load = file->load;
+    load->position = load->start = load->length = 0;
+    load->end = UINT64_MAX;
+    load->failed = load->spent = false;
+    load->budget = counted * 16 + (uint64_t{1} << 20);
     return true;
 }
 
-void Mc3dsCloseStream(Mc3dsFile *file)
+bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes)
 {
-    std::fclose(file->stream);
-    file->stream = nullptr;
-}
-
-bool Mc3dsMayRead(Mc3dsFile *, uint64_t bytes)
-{
-    if (bytes > window.budget && !window.spent) {
+    Mc3dsLoad *load = file->load;
+    if (bytes > load->budget && !load->spent) {
         Mc3dsError(0, "The counts of the file ask for more than it holds; giving up what doesn't fit");
-        window.spent = true;
-        window.budget = 0;
+        load->spent = true;
+        load->budget = 0;
     }
-    return !window.spent;
+    return !load->spent;
 }
 
-// Fills the window from the position at which nothing is left. False at the end of the file and in error.
-static bool MoveWindow(Mc3dsFile *file)
+// Refills the buffer from the position on. False at the end of the file and in error; an error is for good.
+static bool Refill(Mc3dsFile *file)
 {
-    const uint64_t position = window.lastPosition;
-    if (position >= window.end)
+    Mc3dsLoad *load = file->load;
+    if (load->position >= load->end)
         return false;
-    window.failed = window.broken;
-    const bool goesOn = position == window.streamAt;
-    if (window.broken || (!goesOn && fseeko(file->stream, static_cast<off_t>(position), SEEK_SET) != 0))
+    const bool goesOn = load->position == load->start + load->length;
+    if (std::ferror(file->stream)) {
+        load->failed = true;
+        load->length = 0; // nor can a seek come back to what was buffered
         return false;
-    // A jump to somewhere else may be for a few bytes only, and the next one come back.
-    const size_t wanted = goesOn ? sizeof window.bytes : sizeof window.bytes / 16;
-    const size_t length = std::fread(window.bytes, 1, wanted, file->stream);
-    window.start = position;
-    window.streamAt = position + length;
-    window.broken = std::ferror(file->stream) != 0;
-    if (length < wanted && !window.broken)
-        window.end = window.streamAt;
-    window.failed = window.broken && length == 0;
-    Mc3dsLookAway(position);
-    window.last += length;
-    window.lastPosition += length;
-    return length > 0;
+    }
+    if (!goesOn && fseeko(file->stream, static_cast<off_t>(load->position), SEEK_SET) != 0)
+        return false;
+    // After a seek to somewhere else, read only 4 KiB: the next seek often returns.
+    constexpr size_t whole = sizeof load->bytes - 1;
+    const size_t wanted = goesOn ? whole : whole / 16;
+    load->start = load->position;
+    load->length = std::fread(load->bytes, 1, wanted, file->stream);
+    if (load->length < wanted && !std::ferror(file->stream))
+        load->end = load->start + load->length;
+    load->failed = std::ferror(file->stream) && load->length == 0;
+    return load->length > 0;
 }
 
-// Takes count bytes out of the file; behind its end, bytes of all ones, and the position stays there. Returns
+// Takes count bytes out of the file; past its end, bytes of all ones, and the position stays there. Returns
 // how many were in the file.
 static size_t Take(Mc3dsFile *file, void *out, size_t count)
 {
-    if (const uint8_t *bytes = Mc3dsTakeFromWindow(count)) {
+    if (const uint8_t *bytes = Mc3dsTakeBuffered(file, count)) {
         std::memcpy(out, bytes, count);
         return count;
     }
+    Mc3dsLoad *load = file->load;
     auto *to = static_cast<uint8_t *>(out);
     size_t taken = 0;
     if (Mc3dsMayRead(file, count)) {
-        window.budget -= count;
-        while (taken < count && (window.next < window.last || MoveWindow(file))) {
-            const auto available = static_cast<size_t>(window.last - window.next);
+        load->budget -= count;
+        while (taken < count && (Mc3dsBuffered(load) != 0 || Refill(file))) {
+            const size_t available = Mc3dsBuffered(load);
             const size_t piece = available < count - taken ? available : count - taken;
-            std::memcpy(to + taken, window.next, piece);
-            window.next += piece;
+            std::memcpy(to + taken, Mc3dsNextByte(load), piece);
+            load->position += piece;
             taken += piece;
         }
     }
@@ -100,7 +89,7 @@ uint8_t Mc3dsReadByte(Mc3dsFile *file)
     return byte;
 }
 
-void Mc3dsReadU16sSlowly(Mc3dsFile *file, uint16_t *numbers, size_t count)
+void Mc3dsRefillU16s(Mc3dsFile *file, uint16_t *numbers, size_t count)
 {
     Take(file, numbers, count * 2);
     if constexpr (std::endian::native != std::endian::little)
@@ -113,10 +102,10 @@ static void ReadPatterns(Mc3dsFile *file, void *numbers, size_t count)
 {
     auto *bytes = static_cast<uint8_t *>(numbers);
     size_t read = 0;
-    if (!window.failed) {
-        // The number in which the stream fails is the last one that gets its bytes of all ones.
+    if (!file->load->failed) {
+        // The number interrupted by a read error is padded with 0xFF; those after it are 0 and reported.
         const size_t taken = Take(file, numbers, count * 4);
-        read = window.failed && taken < count * 4 ? taken / 4 + 1 : count;
+        read = file->load->failed && taken < count * 4 ? taken / 4 + 1 : count;
     }
     if constexpr (std::endian::native != std::endian::little)
         for (uint8_t *number = bytes; number < bytes + read * 4; number += 4) {
@@ -129,19 +118,19 @@ static void ReadPatterns(Mc3dsFile *file, void *numbers, size_t count)
     }
 }
 
-void Mc3dsReadFloatsSlowly(Mc3dsFile *file, float *numbers, size_t count)
+void Mc3dsRefillFloats(Mc3dsFile *file, float *numbers, size_t count)
 {
     ReadPatterns(file, numbers, count);
 }
 
-uint16_t Mc3dsReadU16Slowly(Mc3dsFile *file)
+uint16_t Mc3dsRefillU16(Mc3dsFile *file)
 {
     uint16_t number;
-    Mc3dsReadU16sSlowly(file, &number, 1);
+    Mc3dsRefillU16s(file, &number, 1);
     return number;
 }
 
-uint32_t Mc3dsReadU32Slowly(Mc3dsFile *file)
+uint32_t Mc3dsRefillU32(Mc3dsFile *file)
 {
     uint32_t number;
     ReadPatterns(file, &number, 1);
@@ -151,13 +140,16 @@ uint32_t Mc3dsReadU32Slowly(Mc3dsFile *file)
 const char *Mc3dsReadString(Mc3dsFile *file)
 {
     constexpr size_t longest = sizeof nameBuffer - 1;
-    const auto available = static_cast<size_t>(window.last - window.next);
-    const void *end = std::memchr(window.next, 0, available < longest ? available : longest);
-    const auto whole = end ? static_cast<size_t>(static_cast<const uint8_t *>(end) - window.next) + 1 : 0;
-    const uint8_t *bytes = end ? Mc3dsTakeFromWindow(whole) : nullptr;
-    if (bytes) {
-        std::memcpy(nameBuffer, bytes, whole);
-        return nameBuffer;
+    const size_t available = Mc3dsBuffered(file->load);
+    if (available != 0) {
+        const uint8_t *text = Mc3dsNextByte(file->load);
+        const void *end = std::memchr(text, 0, available < longest ? available : longest);
+        const auto whole = end ? static_cast<size_t>(static_cast<const uint8_t *>(end) - text) + 1 : 0;
+        const uint8_t *bytes = end ? Mc3dsTakeBuffered(file, whole) : nullptr;
+        if (bytes) {
+            std::memcpy(nameBuffer, bytes, whole);
+            return nameBuffer;
+        }
     }
     size_t length = 0;
     do

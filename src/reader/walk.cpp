@@ -5,7 +5,7 @@ void Mc3dsReadChunkHeader(Mc3dsFile *file, Mc3dsChunk *chunk)
 {
     const uint64_t start = Mc3dsPosition(file);
     chunk->start = start < UINT32_MAX ? static_cast<uint32_t>(start) : UINT32_MAX;
-    if (const uint8_t *bytes = Mc3dsTakeFromWindow(Mc3dsChunkHeaderSize)) {
+    if (const uint8_t *bytes = Mc3dsTakeBuffered(file, Mc3dsChunkHeaderSize)) {
         chunk->tag = Mc3dsU16Of(bytes);
         chunk->size = Mc3dsU32Of(bytes + 2);
     } else {
@@ -36,11 +36,11 @@ bool Mc3dsNextChunk(Mc3dsFile *file, const Mc3dsChunk *parent, Mc3dsChunk *child
 {
     if (child->size != 0) {
         Mc3dsSeek(file, child->end);
-        if (child->end >= parent->end || Mc3dsIsSpent(file))
+        if (child->end >= parent->end || file->load->spent)
             return false;
     }
     Mc3dsReadChunkHeader(file, child);
-    if (Mc3dsIsSpent(file) || IsDamaged(file, parent, child))
+    if (file->load->spent || IsDamaged(file, parent, child))
         return false;
     if (child->end <= parent->end)
         return true;

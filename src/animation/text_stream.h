@@ -1,0 +1,27 @@
+// A text file in file->stream, read once from front to back.
+#ifndef MC3DS_ANIMATION_TEXT_STREAM_H
+#define MC3DS_ANIMATION_TEXT_STREAM_H
+
+#include "../frame/load_state.h"
+
+constexpr int Mc3dsEndOfText = -1;
+
+void Mc3dsOpenTextStream(Mc3dsFile *file);
+bool Mc3dsRefillText(Mc3dsFile *file); // false at the end
+
+// The next byte, which stays, or Mc3dsEndOfText.
+inline int Mc3dsPeekCharacter(Mc3dsFile *file)
+{
+    const Mc3dsLoad *load = file->load;
+    return load->nextText < load->lastText || Mc3dsRefillText(file) ? *load->nextText : Mc3dsEndOfText;
+}
+
+inline int Mc3dsTakeCharacter(Mc3dsFile *file)
+{
+    const int character = Mc3dsPeekCharacter(file);
+    if (character != Mc3dsEndOfText)
+        ++file->load->nextText;
+    return character;
+}
+
+#endif

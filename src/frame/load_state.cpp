@@ -1,0 +1,57 @@
+#include "load_state.h"
+
+#include <cstdlib>
+#include <cstring>
+
+bool Mc3dsBeginLoad(Mc3dsFile *file)
+{
+    file->load = static_cast<Mc3dsLoad *>(std::malloc(sizeof(Mc3dsLoad)));
+    if (!file->load)
+        return false;
+    std::memset(static_cast<void *>(file->load), 0, offsetof(Mc3dsLoad, bytes)); // the rest needs no clearing
+    return true;
+}
+
+void Mc3dsEndLoad(Mc3dsFile *file)
+{
+    if (file->stream)
+        Mc3dsCloseStream(file);
+    Mc3dsFreeNames(&file->load->objectNames);
+    Mc3dsFreeNames(&file->load->materialNames);
+    std::free(file->load);
+    file->load = nullptr;
+}
+
+void Mc3dsCloseStream(Mc3dsFile *file)
+{
+    std::fclose(file->stream);
+    file->stream = nullptr;
+}
+
+bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
+{
+    uint32_t &room = file->load->objectCapacity;
+    if (file->objectCount == 0)
+        room = 0; // the array is gone with the last of its objects
+    if (file->objectCount == room) {
+        // Room ahead of need: pages that are not touched cost nothing, growing by one costs a system call.
+        const uint64_t capacity = uint64_t{room} + room / 2 + 1;
+        void *objects =
+            Mc3dsResize(file->objectCount != 0 ? file->objects : nullptr, capacity, sizeof *object);
+        if (!objects) {
+            Mc3dsError(0, "malloc failed allocating global object");
+            return false;
+        }
+        file->objects = static_cast<Mc3dsObject *>(objects);
+        room = static_cast<uint32_t>(capacity);
+    }
+    file->objects[file->objectCount++] = *object;
+    return true;
+}
+
+Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name)
+{
+    const uint32_t index = Mc3dsFindName(&file->load->objectNames, file->objects, sizeof *file->objects,
+                                         file->objectCount, name);
+    return index < file->objectCount ? &file->objects[index] : nullptr;
+}
