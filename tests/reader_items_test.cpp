@@ -280,6 +280,44 @@ TEST_F(ItemTest, ManyPivotsMoveEachVertexInTheirOrder)
     }
 }
 
+TEST_F(ItemTest, PivotsMoveVerticesUpToTheLimitOfTheLoad)
+{
+    constexpr size_t count = 4000;
+    Pieces pivots;
+    for (size_t i = 0; i < count; ++i)
+        pivots.push_back(Pivot(1, static_cast<float>(i), 0));
+    const Bytes after = ObjectNode("B", noParent);
+    const auto scene = [&](size_t eighths, size_t padding) { // every byte of it is read once
+        const std::vector<float> points(3 * (8 * eighths + 7));
+        return Scene({NamedObject("A", {Mesh({Points(points)})}), Box("B")},
+                     {Chunk(0xB00A, {U16(5), Text(Bytes(padding, 'x')), U32(0)}),
+                      ObjectNode("A", noParent, pivots), after});
+    };
+    const size_t smallest = scene(0, 0).size();
+    for (const size_t missing : {0u, 1u}) { // bytes, for the pivot with the number last
+        size_t eighths = 1000, padding = 0, last = 0;
+        for (bool found = false; !found;) {
+            if (++padding > 100) {
+                padding = 0;
+                ++eighths;
+            }
+            const size_t size = smallest + 96 * eighths + padding, limit = 16 * size + (1 << 20);
+            const size_t readBefore = size - after.size() - 18 * count;
+            last = (limit + missing - readBefore) / (18 + eighths) - 1;
+            found = readBefore + (18 + eighths) * (last + 1) == limit + missing;
+        }
+        ASSERT_LT(last + 1, count);
+        const LoadedScene loaded = LoadBytes(scene(eighths, padding));
+        const Mc3dsObject &object = loaded->objects[0];
+        const auto moves = static_cast<double>(last + 1 - missing);
+        EXPECT_EQ(object.meshMatrix.m[3][0], moves);
+        EXPECT_EQ(object.vertices[8 * eighths + 6].x, static_cast<float>(-moves));
+        EXPECT_EQ(object.pivot[1], static_cast<float>(last));
+        EXPECT_EQ(loaded->objects[1].nodeId, -1) << "the walk goes on";
+        EXPECT_TRUE(LinesMatch(TakeLoadReports("E"), "E0 *\n"));
+    }
+}
+
 TEST_F(ItemTest, TracksAreReadWithTheirSplinesPassedOver)
 {
     const Bytes replaced = Track(0xB021, {{1, {9, 9, 9, 9}}});

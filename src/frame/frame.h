@@ -72,10 +72,6 @@ struct Mc3dsObject {
     Mc3dsScaleKey *scaleKeys;
     Mc3dsTransform *frames; // frameCount + 1 entries from the .vue file, or null
     uint32_t hasFrames;     // 1 when a record of the .vue file named the object
-
-    uint32_t pivotsApplied;    // how many pivots moved the vertices as they came
-    float (*waitingPivots)[3]; // owned; those that wait for the end of the load, in their order
-    uint32_t waitingPivotCount, waitingPivotCapacity;
 };
 
 // A surface. Colours are red, green, blue from 0 to 1, as are shininess and transparency.

@@ -51,5 +51,4 @@ void Mc3dsObjectFree(Mc3dsObject *object)
         std::free(object->positionKeys);
     if (object->frames)
         std::free(object->frames);
-    std::free(object->waitingPivots);
 }

@@ -71,11 +71,9 @@ Mc3dsFile *Mc3dsLoadFile(const char *path)
     Mc3dsCloseStream(file);
     if (!is3ds)
         return DropScene(file);
-    for (uint32_t i = 0; i < file->objectCount; ++i) {
-        Mc3dsApplyWaitingPivots(&file->objects[i]);
+    for (uint32_t i = 0; i < file->objectCount; ++i)
         if (file->objects[i].parentNode == 0xFFFF)
             ++file->rootCount;
-    }
     if (file->frameCount != 0 && Mc3dsReadVue(file) != 0) {
         file->hasAnimation = 1;
         for (uint32_t i = 0; i < file->objectCount; ++i)

@@ -137,7 +137,7 @@ void Mc3dsReadObjectNode(Mc3dsFile *file, const Mc3dsChunk *chunk)
         if (child.tag != NODE_HDR) {
             ReadNodeChild(file, &child, object);
             if (child.tag == PIVOT && object != &nobody)
-                Mc3dsApplyPivot(object);
+                Mc3dsApplyPivot(file, object);
         } else if (!hasHeader) {
             object = ReadNodeHeader(file, &nobody);
             hasHeader = true;

@@ -27,6 +27,9 @@ const char *Mc3dsReadString(Mc3dsFile *file);
 // more than the file could hold many times over. From then on every walk ends.
 bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes);
 
+// The same, and takes the bytes from the budget.
+bool Mc3dsSpend(Mc3dsFile *file, uint64_t bytes);
+
 // ---- walk.cpp
 
 void Mc3dsReadChunkHeader(Mc3dsFile *file, Mc3dsChunk *chunk);
@@ -67,9 +70,8 @@ void Mc3dsReadObjectNode(Mc3dsFile *file, const Mc3dsChunk *chunk);
 
 // ---- pivot.cpp
 
-// Takes object->pivot into meshMatrix and out of the vertices, so that nothing moves in the scene. From the
-// ninth pivot of one object on, the vertices wait for Mc3dsApplyWaitingPivots.
-void Mc3dsApplyPivot(Mc3dsObject *object);
-void Mc3dsApplyWaitingPivots(Mc3dsObject *object);
+// Multiplies object->pivot into meshMatrix and subtracts it from the vertices, so that nothing moves in the
+// scene. Costs one byte of the budget for every eight vertices; where it doesn't allow them, nothing changes.
+void Mc3dsApplyPivot(Mc3dsFile *file, Mc3dsObject *object);
 
 #endif

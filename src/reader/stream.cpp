@@ -29,7 +29,15 @@ bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes)
         load->spent = true;
         load->budget = 0;
     }
-    return !load->spent;
+    return bytes <= load->budget;
+}
+
+bool Mc3dsSpend(Mc3dsFile *file, uint64_t bytes)
+{
+    if (!Mc3dsMayRead(file, bytes))
+        return false;
+    file->load->budget -= bytes;
+    return true;
 }
 
 // Refills the buffer from the position on. False at the end of the file and in error; an error is for good.
@@ -68,15 +76,13 @@ static size_t Take(Mc3dsFile *file, void *out, size_t count)
     Mc3dsLoad *load = file->load;
     auto *to = static_cast<uint8_t *>(out);
     size_t taken = 0;
-    if (Mc3dsMayRead(file, count)) {
-        load->budget -= count;
-        while (taken < count && (Mc3dsBuffered(load) != 0 || Refill(file))) {
-            const size_t available = Mc3dsBuffered(load);
-            const size_t piece = available < count - taken ? available : count - taken;
-            std::memcpy(to + taken, Mc3dsNextByte(load), piece);
-            load->position += piece;
-            taken += piece;
-        }
+    const bool allowed = Mc3dsSpend(file, count);
+    while (allowed && taken < count && (Mc3dsBuffered(load) != 0 || Refill(file))) {
+        const size_t available = Mc3dsBuffered(load);
+        const size_t piece = available < count - taken ? available : count - taken;
+        std::memcpy(to + taken, Mc3dsNextByte(load), piece);
+        load->position += piece;
+        taken += piece;
     }
     std::memset(to + taken, 0xFF, count - taken);
     return taken;
