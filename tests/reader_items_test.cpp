@@ -137,7 +137,8 @@ TEST_F(ItemTest, AMapWithoutANameTakesTheLastOneRead)
     EXPECT_STREQ(scene->materials[1].reflectionMap, "LAST.CEL");
 }
 
-// Each object as "name node/parent", roots without a parent.
+// Each object as "name node/parent", roots without a parent. Behind it how many nodes named it, if that isn't
+// plain.
 static std::string Nodes(const LoadedScene &scene)
 {
     std::string text;
@@ -146,6 +147,8 @@ static std::string Nodes(const LoadedScene &scene)
         text += (i == 0 ? "" : ", ") + std::string(object.name) + " " + std::to_string(object.nodeId);
         if (object.parentNode != noParent)
             text += "/" + std::to_string(object.parentNode);
+        if (object.nodeCount != (object.nodeId == -1 ? 0u : 1u))
+            text += " of " + std::to_string(object.nodeCount) + " nodes";
     }
     return text;
 }
@@ -177,7 +180,7 @@ TEST_F(ItemTest, NodesGiveTheHierarchy)
          "E2 Object a not found\nE2 Object $$$DUMMY2 not found\n"},
         {"the later of two nodes counts",
          {a, ObjectNode("B", 0), ObjectNode("A", 1)},
-         "A 2/1, B 1/0, Long name 1 -1",
+         "A 2/1 of 2 nodes, B 1/0, Long name 1 -1",
          ""},
         {"a name cut like the mesh's",
          {ObjectNode("Long name 12345", 7)},

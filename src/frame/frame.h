@@ -72,6 +72,8 @@ struct Mc3dsObject {
     Mc3dsScaleKey *scaleKeys;
     Mc3dsTransform *frames; // frameCount + 1 entries from the .vue file, or null
     uint32_t hasFrames;     // 1 when a record of the .vue file named the object
+
+    uint32_t nodeCount; // how many nodes named the object in their header
 };
 
 // A surface. Colours are red, green, blue from 0 to 1, as are shininess and transparency.

@@ -42,6 +42,7 @@ static Mc3dsObject *ReadNodeHeader(Mc3dsFile *file, Mc3dsObject *nobody)
     Mc3dsReadU32(file);
     object->parentNode = Mc3dsReadU16(file);
     object->nodeId = static_cast<int32_t>(file->nodeCounter);
+    ++object->nodeCount;
     return object;
 }
 
