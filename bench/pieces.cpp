@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "animation/animation.h"
+#include "animation/vue_number.h"
 #include "frame/number_text.h"
 #include "output/output.h"
 #include "reader/reader.h"

@@ -1,8 +1,10 @@
+#include "vue.h"
+
 #include <cstdlib>
 #include <cstring>
 
-#include "animation.h"
 #include "text_stream.h"
+#include "vue_number.h"
 
 // Where a sound file has its numbers, runs of more characters than this are read as several words.
 constexpr size_t longestWord = 250;

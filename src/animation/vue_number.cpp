@@ -1,9 +1,10 @@
+#include "vue_number.h"
+
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
-
-#include "animation.h"
 
 static bool IsDigit(char character)
 {

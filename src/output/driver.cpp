@@ -1,7 +1,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "../animation/animation.h"
+#include "frames.h"
 #include "output.h"
 
 void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer)

@@ -1,7 +1,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "../animation/animation.h"
+#include "../animation/vue.h"
 #include "chunks.h"
 #include "reader.h"
 

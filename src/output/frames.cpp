@@ -1,5 +1,6 @@
-#include "../output/output.h"
-#include "animation.h"
+#include "frames.h"
+
+#include "output.h"
 
 // Writes the line of one object. Without MC3DS_FLAT, inverse becomes that of its world transform.
 static void WriteLine(const Mc3dsFile *file, Mc3dsWriter *writer, uint32_t index, uint32_t frame,

@@ -1,0 +1,13 @@
+// The lines of the animation file.
+#ifndef MC3DS_OUTPUT_FRAMES_H
+#define MC3DS_OUTPUT_FRAMES_H
+
+#include "../frame/frame.h"
+
+struct Mc3dsWriter;
+
+// Writes all frames of all objects that the .vue file named, and of all below them.
+void Mc3dsWriteFrames(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsTransform *axes,
+                      const Mc3dsTransform *axesInverse);
+
+#endif
