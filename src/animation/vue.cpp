@@ -13,7 +13,7 @@ constexpr size_t longestWord = 250;
 // file must not ask for more memory than a large animation has use for.
 constexpr uint64_t mostFrames = 4194304;
 
-bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
+static bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
 {
     size_t length = 0;
     while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
@@ -100,7 +100,7 @@ static bool ReadBufferedNumber(Mc3dsFile *file, double *number)
     return true;
 }
 
-bool Mc3dsReadVueNumber(Mc3dsFile *file, double *number)
+static bool Mc3dsReadVueNumber(Mc3dsFile *file, double *number)
 {
     if (ReadBufferedNumber(file, number))
         return true;

@@ -20,9 +20,9 @@ static void WriteLine(const Mc3dsFile *file, Mc3dsWriter *writer, uint32_t index
         Mc3dsError(0, "Unable to invert matrix");
 }
 
-void Mc3dsWriteObjectFrame(const Mc3dsFile *file, Mc3dsWriter *writer, uint32_t index, uint32_t frame,
-                           const Mc3dsTransform *axes, const Mc3dsTransform *axesInverse,
-                           const Mc3dsTransform *parentInverse)
+static void Mc3dsWriteObjectFrame(const Mc3dsFile *file, Mc3dsWriter *writer, uint32_t index, uint32_t frame,
+                                  const Mc3dsTransform *axes, const Mc3dsTransform *axesInverse,
+                                  const Mc3dsTransform *parentInverse)
 {
     Mc3dsTransform inverse;
     WriteLine(file, writer, index, frame, axes, axesInverse, parentInverse, &inverse);

@@ -11,7 +11,7 @@ static const char *const shadingLines[] = {"\tShading\t\tWireframe", "\tShading\
 constexpr int shadingCount = 5;
 
 // Values that no validation accepts, so that a chunk that is missing shows.
-void Mc3dsMaterialInit(Mc3dsMaterial *material)
+static void Mc3dsMaterialInit(Mc3dsMaterial *material)
 {
     *material = {};
     for (int i = 0; i < 3; ++i)
@@ -52,7 +52,7 @@ static float ReadPercentage(Mc3dsFile *file)
     return value;
 }
 
-const char *Mc3dsReadMapName(Mc3dsFile *file, const Mc3dsChunk *chunk)
+static const char *Mc3dsReadMapName(Mc3dsFile *file, const Mc3dsChunk *chunk)
 {
     for (Mc3dsChunk child = {}; Mc3dsNextChunk(file, chunk, &child);)
         if (child.tag == MAT_MAPNAME)
@@ -129,7 +129,7 @@ static void DumpMaterial(const Mc3dsMaterial *material)
     Mc3dsMessage(2, "%s", "");
 }
 
-void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material)
+static void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material)
 {
     if (const char *fault = FindFault(material)) {
         Mc3dsError(1, "%s", fault);

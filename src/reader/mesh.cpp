@@ -54,7 +54,7 @@ static void DropFaces(Mc3dsObject *object)
     object->faceCount = 0;
 }
 
-void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
+static void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
 {
     DropVertices(object);
     const uint16_t count = Mc3dsReadU16(file);
@@ -95,7 +95,7 @@ static bool IsWildTexture(float value)
     return pattern > 0xFE7FFFFF;
 }
 
-void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
+static void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
 {
     const uint16_t count = Mc3dsReadU16(file);
     if (count != object->vertexCount) {
@@ -169,7 +169,8 @@ static void ReadGroupFaces(Mc3dsFile *file, Mc3dsObject *object, Mc3dsMaterialGr
     }
 }
 
-bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
+// Face numbers outside the object's faces are dropped from the group; true when there were some.
+static bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
 {
     char name[20];
     Mc3dsCopyText(name, sizeof name, Mc3dsReadString(file), "Material name");

@@ -49,19 +49,11 @@ void Mc3dsReadEditorChunks(Mc3dsFile *file, const Mc3dsChunk *parent);
 
 // True when the object was added.
 bool Mc3dsReadMesh(Mc3dsFile *file, const Mc3dsChunk *chunk, const char *name);
-void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object);
-void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object);
-
-// Faces that lay outside the object's faces are dropped from the group; true when there were some.
-bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object);
 
 // ---- material.cpp: MAT_ENTRY
 
 void Mc3dsReadMaterial(Mc3dsFile *file, const Mc3dsChunk *chunk);
-void Mc3dsMaterialInit(Mc3dsMaterial *material);
 void Mc3dsReadColour(Mc3dsFile *file, float colour[3]); // the first sub-chunk; untouched if it is no colour
-const char *Mc3dsReadMapName(Mc3dsFile *file, const Mc3dsChunk *chunk);
-void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material);
 
 // ---- keyframer.cpp: KFDATA; node.cpp: OBJECT_NODE_TAG
 
