@@ -177,7 +177,7 @@ TEST_F(ReaderTest, VerticesComeToObjectSpaceAndBoundsStayInTheWorld)
     EXPECT_EQ(object.boundsMin[3], Mc3dsLargest);
 }
 
-TEST_F(ReaderTest, WildTextureCoordinatesBecomeZeroInPairs)
+TEST_F(ReaderTest, InvalidTextureCoordinatesBecomeZeroInPairs)
 {
     const float limit = -8.507059e37f;
     const LoadedScene scene = LoadBytes(

@@ -1,7 +1,8 @@
-// A binary tree over the records of an array, in which the path to a name follows the bits of its hash and
-// then, should whole hashes be alike, the bits of the name itself. So no choice of names makes it deeper than
-// 32 + 8 x 20 levels, and nothing ever needs to be balanced or moved.
+// A binary tree over the records of an array. The path to a name follows the bits of its hash and then,
+// should whole hashes be alike, the bits of the name itself. So no choice of names makes it deeper than 32 +
+// 8 x 20 levels, and nothing ever needs to be balanced or moved.
 
+#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
@@ -41,9 +42,19 @@ static uint32_t *FindLink(Mc3dsNames *names, const char *records, size_t size, c
     return link;
 }
 
-// Takes in the records that are new since the last time. False when there is no memory.
+// Whether no indexed record was removed or renamed, as far as the newest of them shows it.
+[[maybe_unused]] static bool IsIntact(const Mc3dsNames *names, const char *records, size_t size,
+                                      uint32_t count)
+{
+    const uint32_t indexed = names->indexed;
+    return indexed <= count &&
+           (indexed == 0 || names->nodes[indexed - 1].hash == HashName(records + (indexed - 1) * size));
+}
+
+// Indexes the records that are new since the last time. False when there is no memory.
 static bool Extend(Mc3dsNames *names, const char *records, size_t size, uint32_t count)
 {
+    assert(IsIntact(names, records, size, count));
     if (names->indexed == 0)
         names->root = none;
     if (count > names->capacity) {

@@ -88,7 +88,7 @@ static void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
 
 // A bit pattern at or below the float -8.507059e37, negative infinity and negative NaNs among them. Positive
 // ones, however large, are none.
-static bool IsWildTexture(float value)
+static bool IsInvalidTexture(float value)
 {
     uint32_t pattern;
     std::memcpy(&pattern, &value, sizeof pattern);
@@ -115,7 +115,7 @@ static void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
         Mc3dsReadFloats(file, uvs, 2 * static_cast<size_t>(block));
         for (int i = 0; i < block; ++i) {
             float u = uvs[2 * i], v = uvs[2 * i + 1];
-            if (IsWildTexture(u) || IsWildTexture(v))
+            if (IsInvalidTexture(u) || IsInvalidTexture(v))
                 u = v = 0.0f;
             object->vertices[done + i].u = u;
             object->vertices[done + i].v = v;
@@ -222,7 +222,7 @@ static bool ReadFaces(Mc3dsFile *file, const Mc3dsChunk *chunk, Mc3dsObject *obj
     return dropped;
 }
 
-static bool HasWildFace(const Mc3dsObject *object)
+static bool HasInvalidFace(const Mc3dsObject *object)
 {
     const auto limit = static_cast<uint32_t>(object->vertexCount);
     for (int32_t i = 0; i < object->faceCount; ++i) {
@@ -276,7 +276,7 @@ bool Mc3dsReadMesh(Mc3dsFile *file, const Mc3dsChunk *chunk, const char *name)
         default: Mc3dsIgnoreChunk(child.tag);
         }
     }
-    if (facesDropped || HasWildFace(&object))
+    if (facesDropped || HasInvalidFace(&object))
         Mc3dsError(1, "Mesh <%s> has faces or face numbers outside its arrays, which outputs leave out",
                    name);
     MoveToObjectSpace(&object);
