@@ -172,12 +172,9 @@ static void Scan(Mc3dsFile *file)
 
 static uint64_t StreamSize(FILE *stream)
 {
-    if (fseeko(stream, 0, SEEK_END) != 0)
-        return 0;
-    const off_t size = ftello(stream);
+    const int64_t size = Mc3dsMeasureStream(stream);
     // A folder opens too, and on some systems has the size 2^63 - 1.
-    const bool usable = size >= 0 && size < 0xFFFFFFFF;
-    return fseeko(stream, 0, SEEK_SET) == 0 && usable ? static_cast<uint64_t>(size) : 0;
+    return size >= 0 && size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0;
 }
 
 // Identities for all frames of all objects. False, with nothing allocated and its report, when there is no

@@ -109,7 +109,11 @@ constexpr float Mc3dsLargest = 3.4028235e38f;
 
 // ---- report.cpp: the two channels to the host. The format takes %s, %d, %x, %f and a precision for %f.
 
+#if defined(__GNUC__)
 #define MC3DS_PRINTF(text, first) __attribute__((format(printf, text, first)))
+#else
+#define MC3DS_PRINTF(text, first)
+#endif
 
 MC3DS_PRINTF(2, 3) void Mc3dsError(int32_t level, const char *format, ...);
 MC3DS_PRINTF(2, 3) void Mc3dsMessage(int32_t level, const char *format, ...);

@@ -22,12 +22,6 @@ void Mc3dsEndLoad(Mc3dsFile *file)
     file->load = nullptr;
 }
 
-void Mc3dsCloseStream(Mc3dsFile *file)
-{
-    std::fclose(file->stream);
-    file->stream = nullptr;
-}
-
 bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
 {
     uint32_t &room = file->load->objectCapacity;

@@ -34,22 +34,33 @@ struct Mc3dsLoad {
     uint8_t bytes[65536 + 1];           // one more for the NUL at the end of a text
 };
 
+// ---- load_state.cpp
+
 // Makes file->load. False when there is no memory.
 bool Mc3dsBeginLoad(Mc3dsFile *file);
 
 // Closes file->stream if it is open, and frees file->load.
 void Mc3dsEndLoad(Mc3dsFile *file);
 
-void Mc3dsCloseStream(Mc3dsFile *file);
-
-// The index of the first of count records of that size whose name it is; count if there is none.
-uint32_t Mc3dsFindName(Mc3dsNames *names, const void *records, size_t size, uint32_t count, const char *name);
-void Mc3dsFreeNames(Mc3dsNames *names);
-
 // Appends a copy of the record, which hands over its arrays. False, with its report, when there is no memory.
 bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object);
 
 // The first object of that name, case counting; null if there is none.
 Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name);
+
+// ---- file_stream.cpp: the stream itself, with positions of 64 bits on every system
+
+bool Mc3dsSeekStream(FILE *stream, int64_t offset, int origin); // as fseek; true when it worked
+
+// The size of the file in bytes; the stream stands at its start then. Negative when it can't be seeked.
+int64_t Mc3dsMeasureStream(FILE *stream);
+
+void Mc3dsCloseStream(Mc3dsFile *file);
+
+// ---- names.cpp
+
+// The index of the first of count records of that size whose name it is; count if there is none.
+uint32_t Mc3dsFindName(Mc3dsNames *names, const void *records, size_t size, uint32_t count, const char *name);
+void Mc3dsFreeNames(Mc3dsNames *names);
 
 #endif

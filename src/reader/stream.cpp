@@ -6,9 +6,8 @@ bool Mc3dsOpenStream(Mc3dsFile *file)
 {
     // The load has a buffer of its own.
     std::setvbuf(file->stream, nullptr, _IONBF, 0);
-    // A folder, which some systems open, may have no end to seek to; its first read tells what it is.
-    const off_t size = fseeko(file->stream, 0, SEEK_END) == 0 ? ftello(file->stream) : 0;
-    if (size < 0 || fseeko(file->stream, 0, SEEK_SET) != 0)
+    const int64_t size = Mc3dsMeasureStream(file->stream);
+    if (size < 0)
         return false;
     // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
     // more than enough for it.
@@ -52,7 +51,7 @@ static bool Refill(Mc3dsFile *file)
         load->length = 0; // nor can a seek come back to what was buffered
         return false;
     }
-    if (!goesOn && fseeko(file->stream, static_cast<off_t>(load->position), SEEK_SET) != 0)
+    if (!goesOn && !Mc3dsSeekStream(file->stream, static_cast<int64_t>(load->position), SEEK_SET))
         return false;
     // After a seek to somewhere else, read only 4 KiB: the next seek often returns.
     constexpr size_t whole = sizeof load->bytes - 1;
