@@ -1,10 +1,13 @@
 // Every statement in its three forms: the script's text, the C source text, and the call of the library. The
 // trailing blanks of some lines are part of the formats.
 
-#include <mclib.h>
-
 #include "format.h"
 #include "output.h"
+
+// A Meshcaster library is one in C, whether or not its header says so to a C++ compiler.
+extern "C" {
+#include <mclib.h>
+}
 
 // The library's one matrix and one pair of texture co-ordinates of a direct build. The generated C source has
 // variables of the same names.
