@@ -64,7 +64,14 @@ inline int32_t Mc3dsObjectTag(uint32_t index)
 
 // ---- driver.cpp holds Mc3dsOutput
 
+// ---- placement.cpp: where things are in the target
+
+// Fills scale and centre of the writer, and writes scale and size back to its options.
 void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer);
+
+// The file's z axis becomes the target's y axis, its y axis the negative z axis. Lengths are multiplied by
+// scale; for a scale of 0 the inverse is not divided by the determinant.
+void Mc3dsMakeAxes(float scale, Mc3dsTransform *axes, Mc3dsTransform *axesInverse);
 
 // The world transform of one object: out = pre x (key x centre) x post.
 void Mc3dsTransformFrame(const Mc3dsTransform *key, Mc3dsTransform *out, const Mc3dsWriter *writer,
@@ -198,5 +205,12 @@ void Mc3dsEmitBanner(const Mc3dsFile *file, Mc3dsWriter *writer);
 
 void Mc3dsEmitObjectDocument(const Mc3dsFile *file, Mc3dsWriter *writer, const char *path,
                              const Mc3dsObject *object, const Mc3dsTransform *axes, uint32_t index);
+
+// ---- object_path.cpp
+
+// The path of one object's file in a per-object run, NUL-terminated: the first six characters of outputFile,
+// or all but its last four where these are fewer; then the object's index and ".mcx". An outputFile of fewer
+// than four characters has no extension to remove and is used whole.
+void Mc3dsMakeObjectPath(char path[256], const char *outputFile, uint32_t index);
 
 #endif
