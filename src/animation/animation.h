@@ -29,8 +29,5 @@ const char *Mc3dsParsePlainReal(const char *text, double *value);
 
 void Mc3dsWriteFrames(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsTransform *axes,
                       const Mc3dsTransform *axesInverse);
-void Mc3dsWriteObjectFrame(const Mc3dsFile *file, Mc3dsWriter *writer, uint32_t index, uint32_t frame,
-                           const Mc3dsTransform *axes, const Mc3dsTransform *axesInverse,
-                           const Mc3dsTransform *parentInverse);
 
 #endif

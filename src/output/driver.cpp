@@ -60,7 +60,7 @@ void Mc3dsOutput(const Mc3dsFile *file, Mc3dsOptions *options, McClump **clumpOu
         Mc3dsTransform axes, axesInverse;
         Mc3dsComputeScale(file, writer);
         Mc3dsMakeAxes(writer->scale, &axes, &axesInverse);
-        Mc3dsOpenHierarchy(file, &writer->hierarchy);
+        Mc3dsBuildHierarchy(file, &writer->hierarchy);
         if (options->flags & MC3DS_DIRECT) {
             Mc3dsEmitScene(file, writer, &axes, &axesInverse);
             if (clumpOut)
@@ -70,7 +70,7 @@ void Mc3dsOutput(const Mc3dsFile *file, Mc3dsOptions *options, McClump **clumpOu
         } else {
             WriteSceneFiles(file, writer, &axes, &axesInverse);
         }
-        Mc3dsCloseHierarchy(&writer->hierarchy);
+        Mc3dsFreeHierarchy(&writer->hierarchy);
     }
     std::free(writer);
 }

@@ -8,24 +8,31 @@
 
 struct McClump;
 
-// The hierarchy as an output walks it, made from the scene when the output begins. Indices into objects;
-// objectCount where there is none. Null where there was no memory: the objects themselves are searched then.
+// An index of children, built from the scene when an output begins. Both arrays hold indices into objects and
+// end with objectCount; null where memory was lacking.
 struct Mc3dsHierarchy {
     uint32_t *firstChild;  // owned; by node number
     uint32_t *nextSibling; // owned; by object: the next one with the same parent
 };
 
-// One level of the object tree that a walk is in. The levels live on the heap: a hierarchy may be as deep as
-// it has objects.
+// One level of the object tree that a walk is in.
 struct Mc3dsLevel {
     uint32_t index;         // the object of this level
     uint32_t nextChild;     // its child that comes next; objectCount: none is left
-    Mc3dsTransform inverse; // of its world transform: what its children stand against
+    Mc3dsTransform inverse; // of its world transform: what its children are placed in
 };
 
-struct Mc3dsLevels {
+// A walk through one object and all below it, children in the order of objects. Each object is entered once,
+// then left once after everything below it. With MC3DS_FLAT nothing is below an object.
+struct Mc3dsTreeWalk {
+    uint32_t index;                      // the object that the walk enters or leaves
+    bool leaving;                        // it leaves the object
+    const Mc3dsTransform *parentInverse; // of the object that is entered; valid until the next step
+    Mc3dsTransform inverse;              // filled by the caller for each object that is entered
+    // The levels are on the heap: a hierarchy may be as deep as it has objects.
     Mc3dsLevel *levels; // owned
-    size_t count, capacity;
+    size_t levelCount, levelCapacity;
+    bool begun;
 };
 
 // Text goes to the stream in blocks of this size. Behind a block there is room for what one line, or one
@@ -44,7 +51,7 @@ struct Mc3dsWriter {
     McClump *clump;               // direct build: the clump that ended last
     char *textureName, *maskName; // room for a name of 15 characters, a point and the new extension
     bool clumpEnded;              // a ClumpEnd went into the document
-    bool levelsFailed;            // a walk had no memory for a level, which was reported
+    bool hierarchyFailed;         // a walk had no memory to go down, which was reported
     Mc3dsHierarchy hierarchy;
     size_t textLength; // bytes in text that stream hasn't got yet
     char text[Mc3dsTextBlock + Mc3dsTextSlack];
@@ -110,20 +117,17 @@ inline void Mc3dsIndentText(Mc3dsWriter *writer)
 
 // ---- hierarchy.cpp
 
-void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy);
-void Mc3dsCloseHierarchy(Mc3dsHierarchy *hierarchy);
+// Both arrays of the index, or neither where memory is lacking. Freed by Mc3dsFreeHierarchy.
+void Mc3dsBuildHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy);
+void Mc3dsFreeHierarchy(Mc3dsHierarchy *hierarchy);
 
-// The level of the innermost object that the walk is in; null when it is over. levels is freed by then.
-Mc3dsLevel *Mc3dsInnermostLevel(Mc3dsLevels *levels);
+// A walk that begins with the object. Ended by Mc3dsTreeWalkEnd. parentInverse has to live as long.
+void Mc3dsTreeWalkBegin(Mc3dsTreeWalk *walk, uint32_t index, const Mc3dsTransform *parentInverse);
 
-// Makes an object with children the innermost level. False for one without, and, with one report for each
-// output, when there is no memory: the children are left out then.
-bool Mc3dsEnterLevel(const Mc3dsFile *file, Mc3dsWriter *writer, Mc3dsLevels *levels, uint32_t index,
-                     const Mc3dsTransform *inverse);
-void Mc3dsLeaveLevel(Mc3dsLevels *levels);
-
-// Takes the next child of the level's object, in the order of objects. False when there is none left.
-bool Mc3dsTakeChild(const Mc3dsFile *file, const Mc3dsWriter *writer, Mc3dsLevel *level, uint32_t *child);
+// Goes to the next object to enter or leave; false when the first object has been left. Where memory to go
+// down is lacking, what is below the object is left out, with one report for each output.
+bool Mc3dsTreeWalkNext(Mc3dsTreeWalk *walk, const Mc3dsFile *file, Mc3dsWriter *writer);
+void Mc3dsTreeWalkEnd(Mc3dsTreeWalk *walk);
 
 // ---- header_file.cpp
 
