@@ -109,7 +109,6 @@ void McmForgetOpenModel(const McmModel *model);
 
 McmModel *McmNewModel();
 void McmDeleteModel(McmModel *model);
-void McmReleaseMesh(McmMesh *mesh);
 void McmTrimMesh(McmMesh *mesh);
 // The entry of a text; null when memory is lacking.
 McmName *McmIntern(McmModel *model, const char *text);

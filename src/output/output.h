@@ -135,16 +135,12 @@ void Mc3dsWriteHeader(const Mc3dsFile *file, Mc3dsWriter *writer);
 
 // ---- statements.cpp: every statement in its three forms
 
-void Mc3dsEmitLineStart(Mc3dsWriter *writer);
 void Mc3dsEmitSeparator(Mc3dsWriter *writer);
 void Mc3dsEmitComment(Mc3dsWriter *writer, const char *text);
 
 void Mc3dsEmitModelBegin(Mc3dsWriter *writer);
 void Mc3dsEmitModelEnd(Mc3dsWriter *writer);
-void Mc3dsEmitClumpBegin(Mc3dsWriter *writer);
 void Mc3dsEmitClumpEnd(Mc3dsWriter *writer);
-void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag);
-void Mc3dsEmitHints(Mc3dsWriter *writer);
 void Mc3dsEmitTransformBegin(Mc3dsWriter *writer);
 void Mc3dsEmitTransform(Mc3dsWriter *writer, const Mc3dsTransform *transform);
 void Mc3dsEmitTransformEnd(Mc3dsWriter *writer);
@@ -191,7 +187,6 @@ void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material);
 
 void Mc3dsEmitGeometry(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsObject *object,
                        const Mc3dsTransform *transform, int32_t vertexBase);
-void Mc3dsEmitTriangle(Mc3dsWriter *writer, const Mc3dsFace *face, int32_t vertexBase);
 
 // ---- tree.cpp. Returns vertexBase behind the object and all below it.
 

@@ -24,6 +24,14 @@ static bool IsSource(const Mc3dsWriter *writer)
     return (writer->options->flags & MC3DS_SOURCE) != 0;
 }
 
+static void Mc3dsEmitLineStart(Mc3dsWriter *writer)
+{
+    if (IsDirect(writer))
+        return;
+    writer->blankLineDone = 0;
+    Mc3dsIndentText(writer);
+}
+
 // One line of C source at the writer's level.
 template <Mc3dsFormat source, class... Arguments>
 static void Source(Mc3dsWriter *writer, Arguments... arguments)
@@ -65,14 +73,6 @@ static const char *BitText(const Mc3dsWriter *writer, const BitNames &bits)
     return IsSource(writer) ? bits.source : bits.script;
 }
 
-void Mc3dsEmitLineStart(Mc3dsWriter *writer)
-{
-    if (IsDirect(writer))
-        return;
-    writer->blankLineDone = 0;
-    Mc3dsIndentText(writer);
-}
-
 void Mc3dsEmitSeparator(Mc3dsWriter *writer)
 {
     if (IsDirect(writer) || writer->blankLineDone)
@@ -99,7 +99,7 @@ void Mc3dsEmitModelEnd(Mc3dsWriter *writer)
     Statement<"ModelEnd\n", "McModelEnd();\n">(writer, McModelEnd);
 }
 
-void Mc3dsEmitClumpBegin(Mc3dsWriter *writer)
+static void Mc3dsEmitClumpBegin(Mc3dsWriter *writer)
 {
     Statement<"ClumpBegin\n", "McClumpBegin();\n">(writer, McClumpBegin);
 }
@@ -110,12 +110,12 @@ void Mc3dsEmitClumpEnd(Mc3dsWriter *writer)
     writer->clumpEnded = true;
 }
 
-void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag)
+static void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag)
 {
     Statement<"Tag %d\n", "McSetTag(%d);\n">(writer, McSetTag, tag);
 }
 
-void Mc3dsEmitHints(Mc3dsWriter *writer)
+static void Mc3dsEmitHints(Mc3dsWriter *writer)
 {
     static const BitNames hints[] = {
         {"NULL", "0L", 0},
