@@ -137,6 +137,14 @@ TEST_P(MemoryTest, ALoadIsWholeOrTellsOnceWhatHasNoMemory)
                          "Out of memory allocating frames"}));
 }
 
+static int Count(const std::string &text, const std::string &word)
+{
+    int count = 0;
+    for (size_t at = 0; (at = text.find(word, at)) != std::string::npos; at += word.size())
+        ++count;
+    return count;
+}
+
 TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
 {
     for (const char *name : {"Textures", "Materials", "Deep"})
@@ -144,7 +152,7 @@ TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
              {MC3DS_CENTRE, MC3DS_SOURCE, MC3DS_ANIMATION | MC3DS_HEADER, MC3DS_PER_OBJECT, MC3DS_DIRECT}) {
             const LoadedScene scene = LoadBytes(FindSeed(name).scene, FindSeed(name).vue);
             TakeReports();
-            const std::string whole = WriteAll(scene, flags), wholeReports = TakeReportLines("E");
+            const std::string whole = WriteAll(scene, flags), wholeReports = TakeReportLines("E", 0);
             for (int failing = 1;; ++failing) {
                 SCOPED_TRACE(std::string(name) + ", flags " + std::to_string(flags) + ", allocation " +
                              std::to_string(failing));
@@ -152,7 +160,10 @@ TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
                 std::string text;
                 if (!RunShortOfMemory(failing, GetParam(), [&] { text = WriteAll(scene, flags); }))
                     break;
-                const bool told = TakeReportLines("E") != wholeReports;
+                const std::string lacking = TakeReportLines("E", 0);
+                const bool told = lacking != wholeReports;
+                EXPECT_LE(Count(lacking, "\n"), 1) << lacking;
+                EXPECT_EQ(Count(text, "Begin"), Count(text, "End"));
                 EXPECT_TRUE(told || text == whole || (failing == 1 && text.empty()));
                 EXPECT_EQ(memory.live, liveBefore);
                 EXPECT_EQ(CheckScene(scene.get()), "");

@@ -4,7 +4,7 @@
 #include <climits>
 
 // The mesh of the innermost scope; null, and an error, outside clumps and prototypes.
-static McmMesh *OpenMesh(const McmScope *scope, const char *call)
+static McmMesh *CurrentMesh(const McmScope *scope, const char *call)
 {
     if (!scope)
         return nullptr;
@@ -48,8 +48,8 @@ static bool AddUV(McmMesh *mesh, const McUV *uv)
 
 static void AddVertex(const char *call, float x, float y, float z, const McUV *uv)
 {
-    const McmScope *scope = McmOpenScope(call);
-    McmMesh *mesh = OpenMesh(scope, call);
+    const McmScope *scope = McmCurrentScope(call);
+    McmMesh *mesh = CurrentMesh(scope, call);
     if (!mesh)
         return;
     if (mesh->points.count == INT_MAX)
@@ -74,20 +74,20 @@ void McVertexExt(float x, float y, float z, McUV *uv, void *)
 
 void McTriangle(int a, int b, int c)
 {
-    McmMesh *mesh = OpenMesh(McmOpenScope("McTriangle"), "McTriangle");
+    McmMesh *mesh = CurrentMesh(McmCurrentScope("McTriangle"), "McTriangle");
     if (!mesh)
         return;
     const int count = static_cast<int>(mesh->points.count);
     if (a < 1 || a > count || b < 1 || b > count || c < 1 || c > count)
         return McmError("McTriangle", "no vertex has this number");
-    const int surface = McmUseSurface(McmOpenModel("McTriangle"));
+    const int surface = McmUseSurface(McmCurrentModel("McTriangle"));
     if (surface < 0 || !McmAppend(&mesh->faces, {{a, b, c}, surface}))
         McmError("McTriangle", "out of memory");
 }
 
 void McProtoInstance(const char *name)
 {
-    const McmScope *scope = McmOpenClump("McProtoInstance");
+    const McmScope *scope = McmCurrentClump("McProtoInstance");
     if (!scope)
         return;
     if (!name)

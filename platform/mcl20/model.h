@@ -91,25 +91,24 @@ struct McmModel {
 
 void McmError(const char *call, const char *text);
 
-// ---- scope.cpp
-
-// The open model or its innermost scope; when no model is open, null, and an error of the call.
-McmModel *McmOpenModel(const char *call);
-McmScope *McmOpenScope(const char *call);
-// The innermost scope if it is a clump; else null and an error.
-McmScope *McmOpenClump(const char *call);
-void McmForgetOpenModel(const McmModel *model);
-
-// ---- placement.cpp
+// ---- matrix.cpp
 
 extern const McmPlacement McmIdentity;
 void McmMultiply(const McmPlacement *a, const McmPlacement *b, McmPlacement *out);
+
+// ---- scope.cpp
+
+// The open model or its innermost scope. Without an open model null, and an error of the call is counted.
+McmModel *McmCurrentModel(const char *call);
+McmScope *McmCurrentScope(const char *call);
+// The innermost scope if it is a clump; else null and an error.
+McmScope *McmCurrentClump(const char *call);
+void McmForgetOpenModel(const McmModel *model);
 
 // ---- store.cpp
 
 McmModel *McmNewModel();
 void McmDeleteModel(McmModel *model);
-void McmReleaseMesh(McmMesh *mesh);
 void McmTrimMesh(McmMesh *mesh);
 // The entry of a text; null when memory is lacking.
 McmName *McmIntern(McmModel *model, const char *text);

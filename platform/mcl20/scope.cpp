@@ -5,22 +5,22 @@
 
 static McmModel *openModel;
 
-McmModel *McmOpenModel(const char *call)
+McmModel *McmCurrentModel(const char *call)
 {
     if (!openModel)
         McmError(call, "no model is open");
     return openModel;
 }
 
-McmScope *McmOpenScope(const char *call)
+McmScope *McmCurrentScope(const char *call)
 {
-    const McmModel *model = McmOpenModel(call);
+    const McmModel *model = McmCurrentModel(call);
     return model ? &model->scopes.items[model->scopes.count - 1] : nullptr;
 }
 
-McmScope *McmOpenClump(const char *call)
+McmScope *McmCurrentClump(const char *call)
 {
-    McmScope *scope = McmOpenScope(call);
+    McmScope *scope = McmCurrentScope(call);
     if (scope && !scope->clump) {
         McmError(call, scope->prototype ? "a prototype is open" : "no clump is open");
         return nullptr;
@@ -61,7 +61,7 @@ static void CloseScope(McmModel *model, const char *call)
 
 void McModelEnd(void)
 {
-    McmModel *model = McmOpenModel("McModelEnd");
+    McmModel *model = McmCurrentModel("McModelEnd");
     if (!model)
         return;
     if (model->scopes.count > 1)
@@ -90,7 +90,7 @@ static void LinkClump(McmModel *model, McClump *clump)
 
 void McClumpBegin(void)
 {
-    const McmScope *scope = McmOpenScope("McClumpBegin");
+    const McmScope *scope = McmCurrentScope("McClumpBegin");
     if (!scope)
         return;
     if (scope->prototype)
@@ -116,7 +116,7 @@ void McClumpBegin(void)
 
 void McClumpEnd(McClump **clump)
 {
-    const McmScope *scope = McmOpenClump("McClumpEnd");
+    const McmScope *scope = McmCurrentClump("McClumpEnd");
     if (!scope)
         return;
     if (clump) {
@@ -129,13 +129,13 @@ void McClumpEnd(McClump **clump)
 
 void McSetTag(int tag)
 {
-    if (const McmScope *scope = McmOpenClump("McSetTag"))
+    if (const McmScope *scope = McmCurrentClump("McSetTag"))
         scope->clump->tag = tag;
 }
 
 void McSetHints(int hints)
 {
-    const McmScope *scope = McmOpenClump("McSetHints");
+    const McmScope *scope = McmCurrentClump("McSetHints");
     if (!scope)
         return;
     if (hints & ~(mcHS | mcEDITABLE))
@@ -145,7 +145,7 @@ void McSetHints(int hints)
 
 void McProtoBegin(const char *name)
 {
-    const McmScope *scope = McmOpenScope("McProtoBegin");
+    const McmScope *scope = McmCurrentScope("McProtoBegin");
     if (!scope)
         return;
     if (scope->clump || scope->prototype)
@@ -172,7 +172,7 @@ void McProtoBegin(const char *name)
 
 void McProtoEnd(void)
 {
-    const McmScope *scope = McmOpenScope("McProtoEnd");
+    const McmScope *scope = McmCurrentScope("McProtoEnd");
     if (!scope)
         return;
     if (!scope->prototype)

@@ -19,7 +19,7 @@ McmModel *McmNewModel()
     return nullptr;
 }
 
-void McmReleaseMesh(McmMesh *mesh)
+static void McmReleaseMesh(McmMesh *mesh)
 {
     McmRelease(&mesh->points);
     McmRelease(&mesh->uvs);

@@ -39,7 +39,7 @@ int McmUseSurface(McmModel *model)
 // The surface in force, to be changed.
 static McSurface *ChangeSurface(const char *call)
 {
-    McmModel *model = McmOpenModel(call);
+    McmModel *model = McmCurrentModel(call);
     if (!model)
         return nullptr;
     model->surfaceIndex = -1;
@@ -103,7 +103,7 @@ void McSetSurfaceTextureModes(int modes)
 // Keeps a text in the open model. Null, and an error, when memory is lacking.
 static const char *KeepText(const char *text, const char *call)
 {
-    const McmName *entry = McmIntern(McmOpenModel(call), text);
+    const McmName *entry = McmIntern(McmCurrentModel(call), text);
     if (!entry)
         McmError(call, "out of memory");
     return entry ? entry->first.c_str() : nullptr;

@@ -52,7 +52,7 @@ static void EmitVertices(Mc3dsWriter *writer, const Mc3dsObject *object, const M
     }
 }
 
-void Mc3dsEmitTriangle(Mc3dsWriter *writer, const Mc3dsFace *face, int32_t vertexBase)
+static void Mc3dsEmitTriangle(Mc3dsWriter *writer, const Mc3dsFace *face, int32_t vertexBase)
 {
     const uint32_t first = static_cast<uint32_t>(vertexBase) + 1; // targets count vertices from 1
     Mc3dsEmitTriangleNumbers(writer, static_cast<int32_t>(face->a + first),

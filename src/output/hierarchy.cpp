@@ -9,7 +9,7 @@ static uint32_t ParentNumbers(const Mc3dsFile *file)
     return file->nodeCounter < 0x8000 ? file->nodeCounter : 0x8000;
 }
 
-void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
+void Mc3dsBuildHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
 {
     const uint32_t parentNumbers = ParentNumbers(file);
     hierarchy->firstChild =
@@ -17,7 +17,7 @@ void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
     hierarchy->nextSibling =
         static_cast<uint32_t *>(Mc3dsResize(nullptr, file->objectCount, sizeof(uint32_t)));
     if (!hierarchy->firstChild || !hierarchy->nextSibling) {
-        Mc3dsCloseHierarchy(hierarchy);
+        Mc3dsFreeHierarchy(hierarchy);
         return;
     }
     for (uint32_t node = 0; node < parentNumbers; ++node)
@@ -31,76 +31,84 @@ void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
     }
 }
 
-void Mc3dsCloseHierarchy(Mc3dsHierarchy *hierarchy)
+void Mc3dsFreeHierarchy(Mc3dsHierarchy *hierarchy)
 {
     std::free(hierarchy->firstChild);
     std::free(hierarchy->nextSibling);
     *hierarchy = {};
 }
 
-// The index of the first object from index from on that is a child of the node; objectCount if there is none.
-static uint32_t ScanForChild(const Mc3dsFile *file, int32_t nodeId, uint32_t from)
+static bool ReportLackOfMemory(Mc3dsWriter *writer)
 {
-    while (from < file->objectCount && file->objects[from].parentNode != nodeId)
-        ++from;
-    return from;
+    if (!writer->hierarchyFailed)
+        Mc3dsError(0, "Out of memory for the levels of the hierarchy; what lies deeper is left out");
+    writer->hierarchyFailed = true;
+    return false;
 }
 
-static uint32_t FirstChild(const Mc3dsFile *file, const Mc3dsHierarchy *hierarchy, int32_t nodeId)
+static bool GrowLevels(Mc3dsTreeWalk *walk)
 {
-    if (nodeId < 0 || static_cast<uint32_t>(nodeId) >= ParentNumbers(file))
-        return file->objectCount;
-    return hierarchy->firstChild ? hierarchy->firstChild[nodeId] : ScanForChild(file, nodeId, 0);
-}
-
-Mc3dsLevel *Mc3dsInnermostLevel(Mc3dsLevels *levels)
-{
-    if (levels->count != 0)
-        return &levels->levels[levels->count - 1];
-    std::free(levels->levels);
-    *levels = {};
-    return nullptr;
-}
-
-static bool GrowLevels(Mc3dsWriter *writer, Mc3dsLevels *levels)
-{
-    const size_t capacity = levels->capacity != 0 ? levels->capacity * 2 : 16;
-    void *grown = Mc3dsResize(levels->levels, capacity, sizeof(Mc3dsLevel));
-    if (!grown) {
-        if (!writer->levelsFailed)
-            Mc3dsError(0, "Out of memory for the levels of the hierarchy; what lies deeper is left out");
-        writer->levelsFailed = true;
+    const size_t capacity = walk->levelCapacity != 0 ? walk->levelCapacity * 2 : 16;
+    void *grown = Mc3dsResize(walk->levels, capacity, sizeof(Mc3dsLevel));
+    if (!grown)
         return false;
-    }
-    levels->levels = static_cast<Mc3dsLevel *>(grown);
-    levels->capacity = capacity;
+    walk->levels = static_cast<Mc3dsLevel *>(grown);
+    walk->levelCapacity = capacity;
     return true;
 }
 
-bool Mc3dsEnterLevel(const Mc3dsFile *file, Mc3dsWriter *writer, Mc3dsLevels *levels, uint32_t index,
-                     const Mc3dsTransform *inverse)
+// Makes the object that was entered the innermost level. False for one without children, and without memory.
+static bool GoDown(Mc3dsTreeWalk *walk, const Mc3dsFile *file, Mc3dsWriter *writer)
 {
-    const uint32_t child = FirstChild(file, &writer->hierarchy, file->objects[index].nodeId);
+    const int32_t nodeId = file->objects[walk->index].nodeId;
+    if ((writer->options->flags & MC3DS_FLAT) || nodeId < 0 ||
+        static_cast<uint32_t>(nodeId) >= ParentNumbers(file))
+        return false;
+    if (!writer->hierarchy.firstChild)
+        return ReportLackOfMemory(writer);
+    const uint32_t child = writer->hierarchy.firstChild[nodeId];
     if (child == file->objectCount)
         return false;
-    if (levels->count == levels->capacity && !GrowLevels(writer, levels))
-        return false;
-    levels->levels[levels->count++] = {index, child, *inverse};
+    if (walk->levelCount == walk->levelCapacity && !GrowLevels(walk))
+        return ReportLackOfMemory(writer);
+    walk->levels[walk->levelCount++] = {walk->index, child, walk->inverse};
     return true;
 }
 
-void Mc3dsLeaveLevel(Mc3dsLevels *levels)
+void Mc3dsTreeWalkBegin(Mc3dsTreeWalk *walk, uint32_t index, const Mc3dsTransform *parentInverse)
 {
-    --levels->count;
+    *walk = {};
+    walk->index = index;
+    walk->parentInverse = parentInverse;
 }
 
-bool Mc3dsTakeChild(const Mc3dsFile *file, const Mc3dsWriter *writer, Mc3dsLevel *level, uint32_t *child)
+bool Mc3dsTreeWalkNext(Mc3dsTreeWalk *walk, const Mc3dsFile *file, Mc3dsWriter *writer)
 {
-    *child = level->nextChild;
-    if (*child == file->objectCount)
+    if (!walk->begun) {
+        walk->begun = true;
+        return true;
+    }
+    if (!walk->leaving && !GoDown(walk, file, writer)) {
+        walk->leaving = true;
+        return true;
+    }
+    if (walk->levelCount == 0)
         return false;
-    const uint32_t *siblings = writer->hierarchy.nextSibling;
-    level->nextChild =
-        siblings ? siblings[*child] : ScanForChild(file, file->objects[level->index].nodeId, *child + 1);
+    Mc3dsLevel *level = &walk->levels[walk->levelCount - 1];
+    walk->leaving = level->nextChild == file->objectCount;
+    if (walk->leaving) {
+        walk->index = level->index;
+        --walk->levelCount;
+        return true;
+    }
+    walk->index = level->nextChild;
+    walk->parentInverse = &level->inverse;
+    level->nextChild = writer->hierarchy.nextSibling[walk->index];
     return true;
+}
+
+void Mc3dsTreeWalkEnd(Mc3dsTreeWalk *walk)
+{
+    std::free(walk->levels);
+    *walk = {};
 }

@@ -8,24 +8,31 @@
 
 struct McClump;
 
-// The hierarchy as an output walks it, made from the scene when the output begins. Indices into objects;
-// objectCount where there is none. Null where there was no memory: the objects themselves are searched then.
+// An index of children, built from the scene when an output begins. Both arrays hold indices into objects and
+// end with objectCount; null where memory was lacking.
 struct Mc3dsHierarchy {
     uint32_t *firstChild;  // owned; by node number
     uint32_t *nextSibling; // owned; by object: the next one with the same parent
 };
 
-// One level of the object tree that a walk is in. The levels live on the heap: a hierarchy may be as deep as
-// it has objects.
+// One level of the object tree that a walk is in.
 struct Mc3dsLevel {
     uint32_t index;         // the object of this level
     uint32_t nextChild;     // its child that comes next; objectCount: none is left
-    Mc3dsTransform inverse; // of its world transform: what its children stand against
+    Mc3dsTransform inverse; // of its world transform: what its children are placed in
 };
 
-struct Mc3dsLevels {
+// A walk through one object and all below it, children in the order of objects. Each object is entered once,
+// then left once after everything below it. With MC3DS_FLAT nothing is below an object.
+struct Mc3dsTreeWalk {
+    uint32_t index;                      // the object that the walk enters or leaves
+    bool leaving;                        // it leaves the object
+    const Mc3dsTransform *parentInverse; // of the object that is entered; valid until the next step
+    Mc3dsTransform inverse;              // filled by the caller for each object that is entered
+    // The levels are on the heap: a hierarchy may be as deep as it has objects.
     Mc3dsLevel *levels; // owned
-    size_t count, capacity;
+    size_t levelCount, levelCapacity;
+    bool begun;
 };
 
 // Text goes to the stream in blocks of this size. Behind a block there is room for what one line, or one
@@ -44,7 +51,7 @@ struct Mc3dsWriter {
     McClump *clump;               // direct build: the clump that ended last
     char *textureName, *maskName; // room for a name of 15 characters, a point and the new extension
     bool clumpEnded;              // a ClumpEnd went into the document
-    bool levelsFailed;            // a walk had no memory for a level, which was reported
+    bool hierarchyFailed;         // a walk had no memory to go down, which was reported
     Mc3dsHierarchy hierarchy;
     size_t textLength; // bytes in text that stream hasn't got yet
     char text[Mc3dsTextBlock + Mc3dsTextSlack];
@@ -64,7 +71,14 @@ inline int32_t Mc3dsObjectTag(uint32_t index)
 
 // ---- driver.cpp holds Mc3dsOutput
 
+// ---- placement.cpp: where things are in the target
+
+// Fills scale and centre of the writer, and writes scale and size back to its options.
 void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer);
+
+// The file's z axis becomes the target's y axis, its y axis the negative z axis. Lengths are multiplied by
+// scale; for a scale of 0 the inverse is not divided by the determinant.
+void Mc3dsMakeAxes(float scale, Mc3dsTransform *axes, Mc3dsTransform *axesInverse);
 
 // The world transform of one object: out = pre x (key x centre) x post.
 void Mc3dsTransformFrame(const Mc3dsTransform *key, Mc3dsTransform *out, const Mc3dsWriter *writer,
@@ -103,20 +117,17 @@ inline void Mc3dsIndentText(Mc3dsWriter *writer)
 
 // ---- hierarchy.cpp
 
-void Mc3dsOpenHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy);
-void Mc3dsCloseHierarchy(Mc3dsHierarchy *hierarchy);
+// Both arrays of the index, or neither where memory is lacking. Freed by Mc3dsFreeHierarchy.
+void Mc3dsBuildHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy);
+void Mc3dsFreeHierarchy(Mc3dsHierarchy *hierarchy);
 
-// The level of the innermost object that the walk is in; null when it is over. levels is freed by then.
-Mc3dsLevel *Mc3dsInnermostLevel(Mc3dsLevels *levels);
+// A walk that begins with the object. Ended by Mc3dsTreeWalkEnd. parentInverse has to live as long.
+void Mc3dsTreeWalkBegin(Mc3dsTreeWalk *walk, uint32_t index, const Mc3dsTransform *parentInverse);
 
-// Makes an object with children the innermost level. False for one without, and, with one report for each
-// output, when there is no memory: the children are left out then.
-bool Mc3dsEnterLevel(const Mc3dsFile *file, Mc3dsWriter *writer, Mc3dsLevels *levels, uint32_t index,
-                     const Mc3dsTransform *inverse);
-void Mc3dsLeaveLevel(Mc3dsLevels *levels);
-
-// Takes the next child of the level's object, in the order of objects. False when there is none left.
-bool Mc3dsTakeChild(const Mc3dsFile *file, const Mc3dsWriter *writer, Mc3dsLevel *level, uint32_t *child);
+// Goes to the next object to enter or leave; false when the first object has been left. Where memory to go
+// down is lacking, what is below the object is left out, with one report for each output.
+bool Mc3dsTreeWalkNext(Mc3dsTreeWalk *walk, const Mc3dsFile *file, Mc3dsWriter *writer);
+void Mc3dsTreeWalkEnd(Mc3dsTreeWalk *walk);
 
 // ---- header_file.cpp
 
@@ -124,16 +135,12 @@ void Mc3dsWriteHeader(const Mc3dsFile *file, Mc3dsWriter *writer);
 
 // ---- statements.cpp: every statement in its three forms
 
-void Mc3dsEmitLineStart(Mc3dsWriter *writer);
 void Mc3dsEmitSeparator(Mc3dsWriter *writer);
 void Mc3dsEmitComment(Mc3dsWriter *writer, const char *text);
 
 void Mc3dsEmitModelBegin(Mc3dsWriter *writer);
 void Mc3dsEmitModelEnd(Mc3dsWriter *writer);
-void Mc3dsEmitClumpBegin(Mc3dsWriter *writer);
 void Mc3dsEmitClumpEnd(Mc3dsWriter *writer);
-void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag);
-void Mc3dsEmitHints(Mc3dsWriter *writer);
 void Mc3dsEmitTransformBegin(Mc3dsWriter *writer);
 void Mc3dsEmitTransform(Mc3dsWriter *writer, const Mc3dsTransform *transform);
 void Mc3dsEmitTransformEnd(Mc3dsWriter *writer);
@@ -180,7 +187,6 @@ void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material);
 
 void Mc3dsEmitGeometry(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsObject *object,
                        const Mc3dsTransform *transform, int32_t vertexBase);
-void Mc3dsEmitTriangle(Mc3dsWriter *writer, const Mc3dsFace *face, int32_t vertexBase);
 
 // ---- tree.cpp. Returns vertexBase behind the object and all below it.
 
@@ -198,5 +204,12 @@ void Mc3dsEmitBanner(const Mc3dsFile *file, Mc3dsWriter *writer);
 
 void Mc3dsEmitObjectDocument(const Mc3dsFile *file, Mc3dsWriter *writer, const char *path,
                              const Mc3dsObject *object, const Mc3dsTransform *axes, uint32_t index);
+
+// ---- object_path.cpp
+
+// The path of one object's file in a per-object run, NUL-terminated: the first six characters of outputFile,
+// or all but its last four where these are fewer; then the object's index and ".mcx". An outputFile of fewer
+// than four characters has no extension to remove and is used whole.
+void Mc3dsMakeObjectPath(char path[256], const char *outputFile, uint32_t index);
 
 #endif

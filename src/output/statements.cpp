@@ -1,10 +1,13 @@
 // Every statement in its three forms: the script's text, the C source text, and the call of the library. The
 // trailing blanks of some lines are part of the formats.
 
-#include <mclib.h>
-
 #include "format.h"
 #include "output.h"
+
+// A Meshcaster library is one in C, whether or not its header says so to a C++ compiler.
+extern "C" {
+#include <mclib.h>
+}
 
 // The library's one matrix and one pair of texture co-ordinates of a direct build. The generated C source has
 // variables of the same names.
@@ -19,6 +22,14 @@ static bool IsDirect(const Mc3dsWriter *writer)
 static bool IsSource(const Mc3dsWriter *writer)
 {
     return (writer->options->flags & MC3DS_SOURCE) != 0;
+}
+
+static void Mc3dsEmitLineStart(Mc3dsWriter *writer)
+{
+    if (IsDirect(writer))
+        return;
+    writer->blankLineDone = 0;
+    Mc3dsIndentText(writer);
 }
 
 // One line of C source at the writer's level.
@@ -40,12 +51,26 @@ static void Line(Mc3dsWriter *writer, Arguments... arguments)
         Mc3dsPrint<script>(writer, arguments...);
 }
 
-void Mc3dsEmitLineStart(Mc3dsWriter *writer)
+// A statement of one line: the library's call, or the line in one of the two texts. What a call returns is
+// ignored: some Meshcaster libraries return a status.
+template <Mc3dsFormat script, Mc3dsFormat source, class Call, class... Values>
+static void Statement(Mc3dsWriter *writer, Call call, Values... values)
 {
     if (IsDirect(writer))
-        return;
-    writer->blankLineDone = 0;
-    Mc3dsIndentText(writer);
+        static_cast<void>(call(values...));
+    else
+        Line<script, source>(writer, values...);
+}
+
+// A set of bits in the notation of each target.
+struct BitNames {
+    const char *script, *source;
+    int value;
+};
+
+static const char *BitText(const Mc3dsWriter *writer, const BitNames &bits)
+{
+    return IsSource(writer) ? bits.source : bits.script;
 }
 
 void Mc3dsEmitSeparator(Mc3dsWriter *writer)
@@ -66,59 +91,57 @@ void Mc3dsEmitComment(Mc3dsWriter *writer, const char *text)
 
 void Mc3dsEmitModelBegin(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McModelBegin() : Line<"ModelBegin\n", "McModelBegin();\n">(writer);
+    Statement<"ModelBegin\n", "McModelBegin();\n">(writer, McModelBegin);
 }
 
 void Mc3dsEmitModelEnd(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McModelEnd() : Line<"ModelEnd\n", "McModelEnd();\n">(writer);
+    Statement<"ModelEnd\n", "McModelEnd();\n">(writer, McModelEnd);
 }
 
-void Mc3dsEmitClumpBegin(Mc3dsWriter *writer)
+static void Mc3dsEmitClumpBegin(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McClumpBegin() : Line<"ClumpBegin\n", "McClumpBegin();\n">(writer);
+    Statement<"ClumpBegin\n", "McClumpBegin();\n">(writer, McClumpBegin);
 }
 
 void Mc3dsEmitClumpEnd(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McClumpEnd(&writer->clump) : Line<"ClumpEnd\n", "McClumpEnd(&tmpclump);\n">(writer);
+    Statement<"ClumpEnd\n", "McClumpEnd(&tmpclump);\n">(writer, [=] { return McClumpEnd(&writer->clump); });
     writer->clumpEnded = true;
 }
 
-void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag)
+static void Mc3dsEmitTag(Mc3dsWriter *writer, int32_t tag)
 {
-    IsDirect(writer) ? McSetTag(tag) : Line<"Tag %d\n", "McSetTag(%d);\n">(writer, tag);
+    Statement<"Tag %d\n", "McSetTag(%d);\n">(writer, McSetTag, tag);
 }
 
-void Mc3dsEmitHints(Mc3dsWriter *writer)
+static void Mc3dsEmitHints(Mc3dsWriter *writer)
 {
-    const bool direct = IsDirect(writer);
-    switch (writer->options->hintFlags & (MC3DS_HINT_HS | MC3DS_HINT_EDITABLE)) {
-    case 0: direct ? McSetHints(0) : Line<"Hints NULL\n", "McSetHints(0L);\n">(writer); break;
-    case MC3DS_HINT_HS: direct ? McSetHints(mcHS) : Line<"Hints HS\n", "McSetHints(mcHS);\n">(writer); break;
-    case MC3DS_HINT_EDITABLE:
-        direct ? McSetHints(mcEDITABLE) : Line<"Hints EDITABLE\n", "McSetHints(mcEDITABLE);\n">(writer);
-        break;
-    default:
-        direct ? McSetHints(mcHS | mcEDITABLE)
-               : Line<"Hints HS EDITABLE\n", "McSetHints(mcHS|mcEDITABLE);\n">(writer);
-    }
+    static const BitNames hints[] = {
+        {"NULL", "0L", 0},
+        {"HS", "mcHS", mcHS},
+        {"EDITABLE", "mcEDITABLE", mcEDITABLE},
+        {"HS EDITABLE", "mcHS|mcEDITABLE", mcHS | mcEDITABLE},
+    };
+    static_assert(MC3DS_HINT_HS == 1 && MC3DS_HINT_EDITABLE == 2, "the order of the rows");
+    const BitNames &bits = hints[writer->options->hintFlags & (MC3DS_HINT_HS | MC3DS_HINT_EDITABLE)];
+    Statement<"Hints %s\n", "McSetHints(%s);\n">(
+        writer, [&](const char *) { return McSetHints(bits.value); }, BitText(writer, bits));
 }
 
 void Mc3dsEmitProtoBegin(Mc3dsWriter *writer, const char *name)
 {
-    IsDirect(writer) ? McProtoBegin(name) : Line<"ProtoBegin %s\n", "McProtoBegin(\"%s\");\n">(writer, name);
+    Statement<"ProtoBegin %s\n", "McProtoBegin(\"%s\");\n">(writer, McProtoBegin, name);
 }
 
 void Mc3dsEmitProtoEnd(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McProtoEnd() : Line<"ProtoEnd\n", "McProtoEnd();\n">(writer);
+    Statement<"ProtoEnd\n", "McProtoEnd();\n">(writer, McProtoEnd);
 }
 
 void Mc3dsEmitProtoInstance(Mc3dsWriter *writer, const char *name)
 {
-    IsDirect(writer) ? McProtoInstance(name)
-                     : Line<"ProtoInstance %s\n", "McProtoInstance(\"%s\");\n">(writer, name);
+    Statement<"ProtoInstance %s\n", "McProtoInstance(\"%s\");\n">(writer, McProtoInstance, name);
 }
 
 void Mc3dsEmitClumpHead(Mc3dsWriter *writer, int32_t tag)
@@ -135,22 +158,22 @@ void Mc3dsEmitClumpHead(Mc3dsWriter *writer, int32_t tag)
 
 void Mc3dsEmitTransformBegin(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McTransformBegin() : Line<"TransformBegin\n", "McTransformBegin();\n">(writer);
+    Statement<"TransformBegin\n", "McTransformBegin();\n">(writer, McTransformBegin);
 }
 
 void Mc3dsEmitTransformEnd(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McTransformEnd() : Line<"TransformEnd\n", "McTransformEnd();\n">(writer);
+    Statement<"TransformEnd\n", "McTransformEnd();\n">(writer, McTransformEnd);
 }
 
 static void TransformDirect(const Mc3dsTransform *transform)
 {
     for (int r = 0; r < 4; ++r) {
         for (int c = 0; c < 3; ++c)
-            McSetMatrixElement(tmpmat, r, c, static_cast<float>(transform->m[r][c]));
-        McSetMatrixElement(tmpmat, r, 3, r < 3 ? 0.0f : 1.0f);
+            static_cast<void>(McSetMatrixElement(tmpmat, r, c, static_cast<float>(transform->m[r][c])));
+        static_cast<void>(McSetMatrixElement(tmpmat, r, 3, r < 3 ? 0.0f : 1.0f));
     }
-    McTransformCTM(tmpmat);
+    static_cast<void>(McTransformCTM(tmpmat));
 }
 
 static void TransformSource(Mc3dsWriter *writer, const Mc3dsTransform *transform)
@@ -202,7 +225,7 @@ bool Mc3dsEmitMatrixCreation(Mc3dsWriter *writer)
 void Mc3dsEmitMatrixDestruction(Mc3dsWriter *writer)
 {
     if (IsDirect(writer))
-        McDestroyMatrix(tmpmat);
+        static_cast<void>(McDestroyMatrix(tmpmat));
     else if (IsSource(writer))
         Source<"McDestroyMatrix(tmpmat);\n">(writer);
 }
@@ -211,11 +234,8 @@ void Mc3dsEmitMatrixDestruction(Mc3dsWriter *writer)
 
 void Mc3dsEmitVertex(Mc3dsWriter *writer, const float p[3])
 {
-    if (IsDirect(writer))
-        McVertex(p[0], p[1], p[2]);
-    else
-        Line<"Vertex %10.6f %10.6f %10.6f\n", "McVertex(CREAL(%10.6f), CREAL(%10.6f), CREAL(%10.6f));\n">(
-            writer, p[0], p[1], p[2]);
+    Statement<"Vertex %10.6f %10.6f %10.6f\n", "McVertex(CREAL(%10.6f), CREAL(%10.6f), CREAL(%10.6f));\n">(
+        writer, McVertex, p[0], p[1], p[2]);
 }
 
 void Mc3dsEmitVertexExt(Mc3dsWriter *writer, const float p[3], float u, float v)
@@ -223,7 +243,7 @@ void Mc3dsEmitVertexExt(Mc3dsWriter *writer, const float p[3], float u, float v)
     if (IsDirect(writer)) {
         tmpuv.u = u;
         tmpuv.v = v;
-        McVertexExt(p[0], p[1], p[2], &tmpuv, nullptr);
+        static_cast<void>(McVertexExt(p[0], p[1], p[2], &tmpuv, nullptr));
     } else if (IsSource(writer)) {
         Source<"tmpuv.u = CREAL(%f);\n">(writer, u);
         Source<"tmpuv.v = CREAL(%f);\n">(writer, v);
@@ -237,126 +257,90 @@ void Mc3dsEmitVertexExt(Mc3dsWriter *writer, const float p[3], float u, float v)
 
 void Mc3dsEmitTriangleNumbers(Mc3dsWriter *writer, int32_t a, int32_t b, int32_t c)
 {
-    IsDirect(writer) ? McTriangle(a, b, c)
-                     : Line<"Triangle %d %d %d\n", "McTriangle(%d, %d, %d);\n">(writer, a, b, c);
+    Statement<"Triangle %d %d %d\n", "McTriangle(%d, %d, %d);\n">(writer, McTriangle, a, b, c);
 }
 
 // ---- Surfaces
 
 void Mc3dsEmitSurfaceCoefficients(Mc3dsWriter *writer, float ambient, float diffuse, float specular)
 {
-    if (IsDirect(writer))
-        McSetSurface(ambient, diffuse, specular);
-    else
-        Line<"Surface %f %f %f\n", "McSetSurface(CREAL(%f), CREAL(%f), CREAL(%f));\n">(writer, ambient,
-                                                                                       diffuse, specular);
+    Statement<"Surface %f %f %f\n", "McSetSurface(CREAL(%f), CREAL(%f), CREAL(%f));\n">(
+        writer, McSetSurface, ambient, diffuse, specular);
 }
 
 void Mc3dsEmitColor(Mc3dsWriter *writer, const float c[3])
 {
-    if (IsDirect(writer))
-        McSetSurfaceColor(c[0], c[1], c[2]);
-    else
-        Line<"Color %f %f %f\n", "McSetSurfaceColor(CREAL(%f), CREAL(%f), CREAL(%f));\n">(writer, c[0], c[1],
-                                                                                          c[2]);
+    Statement<"Color %f %f %f\n", "McSetSurfaceColor(CREAL(%f), CREAL(%f), CREAL(%f));\n">(
+        writer, McSetSurfaceColor, c[0], c[1], c[2]);
 }
 
 void Mc3dsEmitOpacity(Mc3dsWriter *writer, float opacity)
 {
-    IsDirect(writer) ? McSetSurfaceOpacity(opacity)
-                     : Line<"Opacity %f\n", "McSetSurfaceOpacity(CREAL(%f));\n">(writer, opacity);
+    Statement<"Opacity %f\n", "McSetSurfaceOpacity(CREAL(%f));\n">(writer, McSetSurfaceOpacity, opacity);
 }
 
 void Mc3dsEmitGeometrySampling(Mc3dsWriter *writer, bool wireframe)
 {
-    if (IsDirect(writer))
-        McSetSurfaceGeometrySampling(wireframe ? mcWIREFRAME : mcSOLID);
-    else
-        Line<"GeometrySampling %s\n", "McSetSurfaceGeometrySampling(mc%s);\n">(writer, wireframe ? "WIREFRAME"
-                                                                                                 : "SOLID");
+    Statement<"GeometrySampling %s\n", "McSetSurfaceGeometrySampling(mc%s);\n">(
+        writer, [=](const char *) { return McSetSurfaceGeometrySampling(wireframe ? mcWIREFRAME : mcSOLID); },
+        wireframe ? "WIREFRAME" : "SOLID");
 }
 
 void Mc3dsEmitLightSampling(Mc3dsWriter *writer, bool facet)
 {
-    if (IsDirect(writer))
-        McSetSurfaceLightSampling(facet ? mcFACET : mcVERTEX);
-    else
-        Line<"LightSampling %s\n", "McSetSurfaceLightSampling(mc%s);\n">(writer, facet ? "FACET" : "VERTEX");
-}
-
-// The names stand in the order Lit, Filter, Foreshorten, which is that of neither the options' bits nor the
-// values.
-template <int modes, Mc3dsFormat script, Mc3dsFormat source>
-static void TextureModes(Mc3dsWriter *writer)
-{
-    IsDirect(writer) ? McSetSurfaceTextureModes(modes) : Line<script, source>(writer);
+    Statement<"LightSampling %s\n", "McSetSurfaceLightSampling(mc%s);\n">(
+        writer, [=](const char *) { return McSetSurfaceLightSampling(facet ? mcFACET : mcVERTEX); },
+        facet ? "FACET" : "VERTEX");
 }
 
 void Mc3dsEmitTextureModes(Mc3dsWriter *writer)
 {
-    constexpr uint32_t lit = MC3DS_TEXTURE_LIT, filter = MC3DS_TEXTURE_FILTER,
-                       foreshorten = MC3DS_TEXTURE_FORESHORTEN;
-    switch (writer->options->surfaceFlags & (lit | filter | foreshorten)) {
-    case 0: TextureModes<0, "TextureModes Null\n", "McSetSurfaceTextureModes(0L);\n">(writer); break;
-    case lit: TextureModes<mcLIT, "TextureModes Lit\n", "McSetSurfaceTextureModes(mcLIT);\n">(writer); break;
-    case foreshorten:
-        TextureModes<mcFORESHORTEN, "TextureModes Foreshorten\n",
-                     "McSetSurfaceTextureModes(mcFORESHORTEN);\n">(writer);
-        break;
-    case lit | foreshorten:
-        TextureModes<mcLIT | mcFORESHORTEN, "TextureModes Lit Foreshorten\n",
-                     "McSetSurfaceTextureModes(mcLIT|mcFORESHORTEN);\n">(writer);
-        break;
-    case filter:
-        TextureModes<mcFILTER, "TextureModes Filter\n", "McSetSurfaceTextureModes(mcFILTER);\n">(writer);
-        break;
-    case lit | filter:
-        TextureModes<mcLIT | mcFILTER, "TextureModes Lit Filter\n",
-                     "McSetSurfaceTextureModes(mcLIT|mcFILTER);\n">(writer);
-        break;
-    case filter | foreshorten:
-        TextureModes<mcFILTER | mcFORESHORTEN, "TextureModes Filter Foreshorten\n",
-                     "McSetSurfaceTextureModes(mcFILTER|mcFORESHORTEN);\n">(writer);
-        break;
-    default:
-        TextureModes<mcLIT | mcFILTER | mcFORESHORTEN, "TextureModes Lit Filter Foreshorten\n",
-                     "McSetSurfaceTextureModes(mcLIT|mcFILTER|mcFORESHORTEN);\n">(writer);
-    }
+    // The names are written in the order Lit, Filter, Foreshorten, which the library's values don't follow.
+    static const BitNames modes[] = {
+        {"Null", "0L", 0},
+        {"Lit", "mcLIT", mcLIT},
+        {"Filter", "mcFILTER", mcFILTER},
+        {"Lit Filter", "mcLIT|mcFILTER", mcLIT | mcFILTER},
+        {"Foreshorten", "mcFORESHORTEN", mcFORESHORTEN},
+        {"Lit Foreshorten", "mcLIT|mcFORESHORTEN", mcLIT | mcFORESHORTEN},
+        {"Filter Foreshorten", "mcFILTER|mcFORESHORTEN", mcFILTER | mcFORESHORTEN},
+        {"Lit Filter Foreshorten", "mcLIT|mcFILTER|mcFORESHORTEN", mcLIT | mcFILTER | mcFORESHORTEN},
+    };
+    static_assert(MC3DS_TEXTURE_LIT == 4 && MC3DS_TEXTURE_FILTER == 8 && MC3DS_TEXTURE_FORESHORTEN == 16,
+                  "the order of the rows");
+    const BitNames &bits = modes[writer->options->surfaceFlags / MC3DS_TEXTURE_LIT % 8];
+    Statement<"TextureModes %s\n", "McSetSurfaceTextureModes(%s);\n">(
+        writer, [&](const char *) { return McSetSurfaceTextureModes(bits.value); }, BitText(writer, bits));
 }
 
 void Mc3dsEmitTextureExt(Mc3dsWriter *writer, const char *name, const char *mask)
 {
-    if (IsDirect(writer))
-        McSetSurfaceTextureExt(name, mask);
-    else
-        Line<"TextureExt %s Mask %s\n", "McSetSurfaceTextureExt(\"%s\", \"%s\");\n">(writer, name, mask);
+    Statement<"TextureExt %s Mask %s\n", "McSetSurfaceTextureExt(\"%s\", \"%s\");\n">(
+        writer, McSetSurfaceTextureExt, name, mask);
 }
 
 void Mc3dsEmitTexture(Mc3dsWriter *writer, const char *name)
 {
-    IsDirect(writer) ? McSetSurfaceTexture(name)
-                     : Line<"Texture %s\n", "McSetSurfaceTexture(\"%s\");\n">(writer, name);
+    Statement<"Texture %s\n", "McSetSurfaceTexture(\"%s\");\n">(writer, McSetSurfaceTexture, name);
 }
+
+// For the statements that name a texture in a comment only.
+constexpr auto takeTextureOff = [](auto...) { return McSetSurfaceTexture(nullptr); };
 
 void Mc3dsEmitTextureNull(Mc3dsWriter *writer)
 {
-    IsDirect(writer) ? McSetSurfaceTexture(nullptr)
-                     : Line<"Texture NULL\n", "McSetSurfaceTexture(NULL);\n">(writer);
+    Statement<"Texture NULL\n", "McSetSurfaceTexture(NULL);\n">(writer, takeTextureOff);
 }
 
 void Mc3dsEmitTextureNullNamed(Mc3dsWriter *writer, const char *name)
 {
-    IsDirect(writer) ? McSetSurfaceTexture(nullptr)
-                     : Line<"Texture NULL # %s\n", "McSetSurfaceTexture(NULL);  // %s \n">(writer, name);
+    Statement<"Texture NULL # %s\n", "McSetSurfaceTexture(NULL);  // %s \n">(writer, takeTextureOff, name);
 }
 
 void Mc3dsEmitTextureNullMasked(Mc3dsWriter *writer, const char *name, const char *mask)
 {
-    if (IsDirect(writer))
-        McSetSurfaceTexture(nullptr);
-    else
-        Line<"Texture NULL # %s Mask %s \n", "McSetSurfaceTexture(NULL);  // %s Mask %s\n">(writer, name,
-                                                                                            mask);
+    Statement<"Texture NULL # %s Mask %s \n", "McSetSurfaceTexture(NULL);  // %s Mask %s\n">(
+        writer, takeTextureOff, name, mask);
 }
 
 // ---- Around the statements. Lines without a level leave blankLineDone alone.

@@ -1,0 +1,49 @@
+// What a Meshcaster header may look like: strict_mcl/mclib.h.
+#if !defined(_WIN32) // whose programs may run on another system than the compiler
+#include <sstream>
+
+#include "command.h"
+#include "harness.h"
+#include "worked_scene.h"
+
+struct StrictMcl : SceneTest {};
+
+static std::string Compile(const char *compiler, const std::string &options)
+{
+    return Quoted(compiler) + " " MC3DS_C_FLAGS " -pedantic -Wall -Wextra -Werror -I" +
+           Quoted(MC3DS_GOLDEN_DIR "/../strict_mcl") + " " + options;
+}
+
+// Callers written in C++ have to ask for the names that a library in C has.
+TEST_F(StrictMcl, TheOutputsCompileAndCallFunctionsOfC)
+{
+    for (const auto &entry : std::filesystem::directory_iterator(MC3DS_GOLDEN_DIR "/../../src/output"))
+        if (const std::string path = entry.path().string(); path.ends_with(".cpp"))
+            MustRun(Compile(MC3DS_CXX_COMPILER, "-std=c++20 -c " + Quoted(path)));
+    std::istringstream symbols(MustRun("nm -u statements.o"));
+    int calls = 0;
+    for (std::string kind, name; symbols >> kind >> name;)
+        if (name.find("McSet") != std::string::npos || name.find("McModel") != std::string::npos) {
+            EXPECT_TRUE(name.starts_with("Mc")) << name;
+            ++calls;
+        }
+    EXPECT_EQ(calls, 13);
+}
+
+TEST_F(StrictMcl, GeneratedSourceCompiles)
+{
+    const LoadedScene scene = LoadBytes(WorkedScene(), WorkedVue());
+    for (const uint32_t flags : {MC3DS_SOURCE, MC3DS_SOURCE | MC3DS_PROTOS | MC3DS_HEADER,
+                                 MC3DS_SOURCE | MC3DS_FLAT | MC3DS_MERGED, MC3DS_SOURCE | MC3DS_PER_OBJECT})
+        for (const uint32_t names : {0u, 3u}) {
+            Mc3dsOptions options = DefaultOptions(flags);
+            options.surfaceFlags = names != 0 ? 0x1Fu : 0;
+            options.hintFlags = names;
+            Output(scene, options);
+            // A document without textures declares the variable for their co-ordinates all the same.
+            const char *file = (flags & MC3DS_PER_OBJECT) != 0 ? "output/o0.mcx" : "output/out.c";
+            MustRun(Compile(MC3DS_C_COMPILER,
+                            "-std=c99 -Wno-unused-variable -fsyntax-only -x c " + std::string(file)));
+        }
+}
+#endif
