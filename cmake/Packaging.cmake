@@ -25,11 +25,10 @@ install(DIRECTORY docs DESTINATION ${doc_dir})
 install(DIRECTORY samples/hosts DESTINATION ${doc_dir}/samples)
 
 # The libraries stand side by side. A Meshcaster library from elsewhere is looked for where it was linked.
-file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(${installed_targets} PROPERTIES
     INSTALL_RPATH "$ORIGIN" INSTALL_RPATH_USE_LINK_PATH ON)
 if(TARGET 3ds2mcx)
-    set_target_properties(3ds2mcx PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
+    set_target_properties(3ds2mcx PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
 endif()
 
 # ---- The CMake package, find_package(MCL3DS20)

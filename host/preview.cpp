@@ -273,8 +273,7 @@ static void DrawModel(Canvas *canvas, const McClump *clump)
 }
 
 // The model as it stands in a frame, or as asked says for frame -1. A direct build knows frame 0 alone, so it
-// gets a scene whose frames begin later. Only a program that is built and installed together with the library
-// may do so: the records are the library's own affair.
+// gets a scene whose frames begin later.
 static Model BuildFrame(const Mc3dsFile *scene, Mc3dsOptions asked, int64_t frame)
 {
     std::vector<Mc3dsObject> objects(scene->objects, scene->objects + scene->objectCount);
