@@ -151,12 +151,10 @@ bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool 
 bool ConvertToFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
                     Mc3dsOptions *asked);
 
-// ---- scene_notes.cpp, name_notes.cpp, node_names.cpp: what the library passes over in silence
+// ---- scene_notes.cpp, name_notes.cpp: what the library passes over in silence
 
 void ReportSceneNotes(const HostOptions &options, const Mc3dsFile *scene, const std::string &scenePath);
 void ReportNames(const HostOptions &options, const Mc3dsFile *scene);
-// Meshes that several nodes place. The scene doesn't tell them, so that the file is looked at.
-void ReportSharedMeshes(const Mc3dsFile *scene, const std::string &scenePath);
 
 // ---- model_tree.cpp: the model of a direct build, on stdout
 

@@ -149,6 +149,21 @@ static void ReportBadSize(const HostOptions &options, const Mc3dsFile *scene, do
         ReportWarning("the scale takes co-ordinates beyond what a number holds, and they are written as inf");
 }
 
+// Meshes that several nodes place.
+static void ReportSharedMeshes(const Mc3dsFile *scene)
+{
+    size_t count = 0;
+    std::string first;
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        const Mc3dsObject &object = scene->objects[i];
+        if (object.nodeCount > 1 && count++ == 0)
+            first = InQuotes(object.name) + ", in " + std::to_string(object.nodeCount) + " nodes";
+    }
+    if (count != 0)
+        ReportWarning("meshes placed by several nodes, of which only the last counts: " +
+                      std::to_string(count) + "; the first: " + first);
+}
+
 void ReportSceneNotes(const HostOptions &options, const Mc3dsFile *scene, const std::string &scenePath)
 {
     if (options.flags & MC3DS_ANIMATION)
@@ -156,7 +171,7 @@ void ReportSceneNotes(const HostOptions &options, const Mc3dsFile *scene, const 
     if (!(options.flags & (MC3DS_FLAT | MC3DS_PER_OBJECT)))
         ReportLostObjects(scene);
     if (!(options.flags & MC3DS_PER_OBJECT))
-        ReportSharedMeshes(scene, scenePath);
+        ReportSharedMeshes(scene);
     ReportNames(options, scene);
     ReportBadSize(options, scene, ReportNoNumbers(options, scene));
 }
