@@ -4,7 +4,7 @@
 #include <exception>
 #include <new>
 
-#include "batch.h"
+#include "run/run.h"
 
 static int Run(int argc, const char *const *argv)
 {

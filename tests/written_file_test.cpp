@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "../host/host.h"
+#include "../host/files/files.h"
 #include "harness.h"
 
 using namespace chunks;

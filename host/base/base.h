@@ -1,0 +1,81 @@
+// What all parts of the program stand on: texts for people, paths, and what differs from system to system.
+#ifndef MC3DS_HOST_BASE_H
+#define MC3DS_HOST_BASE_H
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+
+// Exit statuses of the program.
+constexpr int exitDone = 0;
+constexpr int exitFailed = 1;
+constexpr int exitUsage = 2;
+
+// ---- text.cpp
+
+// The text as a terminal may get it: UTF-8 stays, control characters (those behind U+007F included) and bytes
+// that are no UTF-8 are spelt out, as in \x1b.
+std::string Visible(std::string_view text, bool keepTabs = false);
+// Whether the next character of the text is UTF-8, and its bytes; text isn't empty.
+bool StartsWithUtf8(std::string_view text, size_t *length);
+std::string InQuotes(const std::string &text);
+std::string InLowerCase(std::string text);
+// As in "1 vertex" and "2 vertices"; without plural, an s is added.
+std::string Counted(uint64_t count, const char *what, const char *plural = nullptr);
+// Six digits of a number, and of three with something between them.
+std::string NumberText(double value);
+template <class Number>
+std::string NumbersText(const Number &values, const char *between = " ")
+{
+    return NumberText(values[0]) + between + NumberText(values[1]) + between + NumberText(values[2]);
+}
+
+// ---- paths.cpp
+
+// The path that a text names, which is UTF-8 on Windows and bytes as they are elsewhere. The constructor from
+// char would take each byte for a character there; string() gives the same text back.
+inline std::filesystem::path PathOf(const std::string &text)
+{
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+// The path of the .vue file that the library looks for; empty when the scene's path is too short for one.
+std::string VuePath(const std::string &scenePath);
+// A text that is the same for two paths if they name one file. The file need not exist.
+std::string PathKey(const std::filesystem::path &path);
+// What the files beside path are called that have one of the names, by the name: just so, or else with
+// letters in another case.
+std::map<std::string, std::string> FindBeside(const std::filesystem::path &path,
+                                              const std::set<std::string> &names);
+
+// ---- process.cpp
+
+// Makes a closed standard stream fail when it is used, and a failing write an error instead of a signal.
+void PrepareProcess();
+// From here on an interrupt or a termination request runs cleanUp, in a thread of its own, and then ends the
+// program, with the processes that it started. Only the first call counts.
+void CleanUpWhenInterrupted(void (*cleanUp)());
+// Doesn't return once that has begun: files vanish under whoever goes on working.
+void StopIfInterrupted();
+bool IsTerminal(FILE *stream);
+// The standard output takes bytes as they are from here on.
+void MakeStandardOutputBinary();
+std::string RandomText();
+// Makes a folder that its owner alone can enter, whose name is that beginning and some random letters.
+// Returns its path, or an empty one with the reason.
+std::filesystem::path MakeOwnFolder(const std::filesystem::path &beginning, std::string *why);
+// Whether RunInProcesses makes processes; it works one by one otherwise.
+bool CanSplitProcesses();
+// Calls work for the indices below count, atOnce of them at a time, each in a process of its own, and
+// finished with what it returned, in this process and in the order in which they end. Where a process failed,
+// failure says how and the answer is empty. CleanUpWhenInterrupted has to come first; each process cleans up
+// after itself.
+void RunInProcesses(
+    size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
+    const std::function<void(size_t, const std::string &answer, const std::string &failure)> &finished);
+
+#endif

@@ -1,0 +1,70 @@
+// What comes out of a scene: its files, planned, grown in private folders, looked at and delivered.
+#ifndef MC3DS_HOST_FILES_H
+#define MC3DS_HOST_FILES_H
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "../input/input.h"
+
+// A file that a conversion leaves behind. It's written elsewhere first, in a folder of its own.
+struct OutputFile {
+    TextKind kind;
+    std::string shown;             // its name in reports, as the user would type it
+    std::filesystem::path target;  // absolute, symbolic links followed
+    bool inPlace;                  // exists and is no regular file: gets the bytes, is never replaced
+    std::filesystem::path written; // where it grows
+    bool standardOutput = false;   // then it's in place, and has no target
+};
+
+// ---- private_folder.cpp: where files grow until they are whole
+
+// A new folder inside parent that nobody else uses. Empty, with the reason, when there can't be one.
+std::filesystem::path MakePrivateFolder(const std::filesystem::path &parent, std::string *why);
+// Removes all private folders with what is still in them. None may be the current folder.
+void RemovePrivateFolders();
+// The names of private folders have the mark in them from here on. By that another process finds them in
+// parent when the one that made them has died.
+void MarkPrivateFolders(const std::string &mark);
+void RemoveMarkedFolders(const std::filesystem::path &parent, const std::string &mark);
+// Makes folder the current one. False, with the reason, when that can't be.
+bool EnterFolder(const std::filesystem::path &folder, std::string *why);
+
+// ---- output_plan.cpp
+
+// Sets all but written. Returns why nothing can be written there; empty when it can.
+std::string LocateTarget(OutputFile *file);
+// The files of a conversion, the scene's own first, or one for each object, a picture last; sets all but
+// written. False, with its report, when one of them can't or mustn't be written.
+bool PlanOutput(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
+                std::vector<OutputFile> *files);
+
+// ---- written_file.cpp
+
+// Whether the library got to the end of the file that it wrote: it doesn't look at its writes.
+bool IsWhole(const OutputFile &file, const Mc3dsFile *scene);
+// Brings a written file to its target. Returns the bytes in it; on failure nothing, with its report.
+bool Deliver(const OutputFile &file, uintmax_t *size);
+
+// ---- write_files.cpp
+
+// Finds each file a private folder to grow in. Object files share that of the first, which alone gets a path.
+bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject);
+// Writes the files that options lead to and brings them to their targets. False, with its report, when one
+// failed.
+bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
+                Mc3dsOptions *asked);
+
+// ---- summary_file.cpp
+
+// False, with its report, when WriteSummary is bound to fail.
+bool SummaryHasPlace(const std::string &name);
+// Brings the text to a file, whole or not at all. False, with its report, when that can't be.
+bool WriteSummary(const std::string &name, bool noClobber, const std::string &text);
+
+// ---- convert.cpp: everything for one scene, with its reports
+
+SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany);
+
+#endif

@@ -1,0 +1,129 @@
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+
+#include "files.h"
+
+namespace fs = std::filesystem;
+
+// A name under /dev may lead to anything that the shell has opened, a regular file included.
+static bool IsWrittenInPlace(const fs::path &path, const fs::file_status &status)
+{
+    return fs::exists(status) &&
+           (!fs::is_regular_file(status) || path.lexically_normal().string().starts_with("/dev/"));
+}
+
+static bool SameFile(const fs::path &a, const fs::path &b)
+{
+    std::error_code missing;
+    return a == b || (fs::equivalent(a, b, missing) && !missing);
+}
+
+// The files of other scenes are not to be lost by a slip of the hand.
+static bool IsInput(const fs::path &path)
+{
+    const std::string extension = InLowerCase(path.extension().string());
+    return extension == ".3ds" || extension == ".vue";
+}
+
+std::string LocateTarget(OutputFile *file)
+{
+    fs::path path = PathOf(file->shown);
+    std::error_code failure;
+    const fs::file_status status = fs::status(path, failure);
+    if (!path.has_filename() || fs::is_directory(status))
+        return "it is a folder";
+    if (file->shown.find_first_of("\r\n") != std::string::npos)
+        return "a line break in its name would end the comment that holds it";
+    file->inPlace = IsWrittenInPlace(path, status);
+    if (file->inPlace) {
+        file->target = fs::absolute(path, failure);
+        return failure ? failure.message() : "";
+    }
+    for (int links = 0; links < 40 && fs::is_symlink(fs::symlink_status(path, failure)); ++links)
+        path = path.parent_path() / fs::read_symlink(path, failure);
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    file->target = fs::canonical(folder, failure) / path.filename();
+    if (failure)
+        return "folder " + InQuotes(folder.string()) + ": " + failure.message();
+    if (!fs::is_directory(file->target.parent_path(), failure))
+        return InQuotes(folder.string()) + " is no folder";
+    // A new file would take the place of one that is write-protected without asking.
+    if (fs::exists(status)) {
+        FILE *stream = std::fopen(file->target.string().c_str(), "r+b");
+        if (!stream)
+            return std::strerror(errno);
+        std::fclose(stream);
+        if (IsInput(file->target))
+            return "a scene or an animation of that name exists, and is never replaced";
+    }
+    return "";
+}
+
+static bool AddFile(TextKind kind, const std::string &name, const std::string &scenePath,
+                    std::vector<OutputFile> *files)
+{
+    if (name == standardOutputName) {
+        files->push_back({kind, "standard output", {}, true, {}, true});
+        return true;
+    }
+    OutputFile file = {kind, name, {}, false, {}};
+    std::string why = LocateTarget(&file);
+    if (SameFile(PathOf(name), PathOf(scenePath)))
+        why = "it is the scene itself";
+    else if (SameFile(PathOf(name), PathOf(VuePath(scenePath))))
+        why = "it is the animation that belongs to the scene";
+    if (!why.empty()) {
+        ReportUnwritten(name, why);
+        return false;
+    }
+    for (const OutputFile &other : *files) {
+        if (!other.inPlace && SameFile(other.target, file.target)) {
+            ReportError("two of the files to write are one: " + InQuotes(other.shown) + " and " +
+                        InQuotes(name));
+            return false;
+        }
+    }
+    files->push_back(file);
+    return true;
+}
+
+static bool AddObjectFiles(const HostOptions &options, const std::string &scenePath, uint32_t objectCount,
+                           std::vector<OutputFile> *files)
+{
+    const TextKind kind = options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script;
+    for (uint32_t i = 0; i < objectCount; ++i) {
+        std::vector<OutputFile> added; // names that differ in a number need no comparing
+        if (!AddFile(kind, ObjectFileName(options, scenePath, i), scenePath, &added))
+            return false;
+        files->push_back(added.front());
+        // They all grow in one folder, from which a file can't be moved to wherever a link leads.
+        if (files->back().target.parent_path() != files->front().target.parent_path())
+            files->back().inPlace = true;
+    }
+    return true;
+}
+
+bool PlanOutput(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
+                std::vector<OutputFile> *files)
+{
+    const std::string output = OutputName(options, scenePath);
+    const bool perObject = options.flags & MC3DS_PER_OBJECT;
+    const bool animation = (options.flags & MC3DS_ANIMATION) && scene->hasAnimation;
+    const bool named = !perObject && !((options.flags & MC3DS_HEADER) && options.headerFile.empty()) &&
+                       !(animation && options.animationFile.empty());
+    std::error_code failure;
+    const fs::file_status status = fs::status(PathOf(output), failure);
+    if (!named && fs::exists(status) && !fs::is_regular_file(status)) {
+        ReportError("no file names can be made from " + InQuotes(output) + ": it is no regular file");
+        return false;
+    }
+    if (perObject && !AddObjectFiles(options, scenePath, scene->objectCount, files))
+        return false;
+    for (const NamedTarget &target : TargetNames(options, scenePath))
+        if ((target.kind != TextKind::Animation || animation) &&
+            !AddFile(target.kind, target.name, scenePath, files))
+            return false;
+    return true;
+}

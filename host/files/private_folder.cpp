@@ -1,0 +1,63 @@
+#include <chrono>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include "files.h"
+
+namespace fs = std::filesystem;
+
+static std::mutex foldersMutex;
+static std::vector<fs::path> folders;
+static const std::string folderStart = ".3ds2mcx-";
+static std::string folderMark;
+
+void MarkPrivateFolders(const std::string &mark)
+{
+    folderMark = mark;
+}
+
+fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
+{
+    CleanUpWhenInterrupted(RemovePrivateFolders);
+    const std::lock_guard lock(foldersMutex);
+    fs::path folder = MakeOwnFolder(parent / (folderStart + folderMark), why);
+    if (folder.empty())
+        *why = "no folder can be made in " + InQuotes(parent.string()) + ": " + *why;
+    else
+        folders.push_back(folder);
+    return folder;
+}
+
+void RemovePrivateFolders()
+{
+    const std::lock_guard lock(foldersMutex);
+    for (const fs::path &folder : folders) {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+        // After an interrupt the library may add one more file while the folder is being emptied.
+        for (int attempt = 0; attempt < 20 && fs::exists(folder, ignored); ++attempt) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            fs::remove_all(folder, ignored);
+        }
+    }
+    folders.clear();
+}
+
+void RemoveMarkedFolders(const fs::path &parent, const std::string &mark)
+{
+    std::error_code failure, ignored;
+    for (fs::directory_iterator entry(parent, failure), end; !failure && entry != end;
+         entry.increment(failure))
+        if (entry->path().filename().string().starts_with(folderStart + mark))
+            fs::remove_all(entry->path(), ignored);
+}
+
+bool EnterFolder(const fs::path &folder, std::string *why)
+{
+    std::error_code failure;
+    fs::current_path(folder, failure);
+    if (failure)
+        *why = "folder " + InQuotes(folder.string()) + " can't be entered: " + failure.message();
+    return !failure;
+}

@@ -1,0 +1,45 @@
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+
+#include "files.h"
+
+bool SummaryHasPlace(const std::string &name)
+{
+    OutputFile file = {TextKind::Script, name, {}, false, {}};
+    const std::string why = LocateTarget(&file);
+    if (!why.empty())
+        ReportUnwritten(name, why);
+    return why.empty();
+}
+
+bool WriteSummary(const std::string &name, bool noClobber, const std::string &text)
+{
+    std::vector<OutputFile> files = {{TextKind::Script, name, {}, false, {}}};
+    OutputFile &file = files.front();
+    std::error_code failure;
+    const std::string why = LocateTarget(&file);
+    if (!why.empty()) {
+        ReportUnwritten(name, why);
+        return false;
+    }
+    if (noClobber && !file.inPlace && std::filesystem::exists(file.target, failure)) {
+        ReportKept(name);
+        return true;
+    }
+    bool done = MakeRoom(&files, "", false);
+    if (done) {
+        FILE *stream = std::fopen(file.written.string().c_str(), "wb");
+        done = stream && std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+        done = stream && std::fclose(stream) == 0 && done;
+        if (!done)
+            ReportUnwritten(name, std::strerror(errno));
+    }
+    uintmax_t size = 0;
+    done = done && Deliver(file, &size);
+    if (done)
+        ReportWritten(name, size);
+    RemovePrivateFolders();
+    return done;
+}

@@ -1,0 +1,193 @@
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#include "files.h"
+#include "output/output.h"
+
+namespace fs = std::filesystem;
+
+static bool IsTaken(const std::vector<OutputFile> &files, const fs::path &path)
+{
+    for (const OutputFile &file : files)
+        if (file.written == path)
+            return true;
+    return false;
+}
+
+// Folders are shared by files whose targets stand in one folder. What isn't replaced may stand where nothing
+// can be made, such as among the devices; it grows among the temporary files.
+bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject)
+{
+    std::string why;
+    for (OutputFile &file : *files) {
+        const bool isObject = perObject && file.kind != TextKind::Picture;
+        if (isObject && &file != &files->front())
+            continue;
+        std::error_code failure;
+        const bool elsewhere = file.inPlace && !isObject;
+        const fs::path parent = elsewhere ? fs::temp_directory_path(failure) : file.target.parent_path();
+        const fs::path name = file.standardOutput ? PathOf(bareName) : PathOf(file.shown).filename();
+        fs::path folder;
+        for (const OutputFile &other : *files)
+            if (other.written.parent_path().parent_path() == parent &&
+                !IsTaken(*files, other.written.parent_path() / name))
+                folder = other.written.parent_path();
+        if (failure)
+            why = "no folder for temporary files: " + failure.message();
+        else if (folder.empty())
+            folder = MakePrivateFolder(parent, &why);
+        if (folder.empty()) {
+            ReportUnwritten(file.shown, why);
+            return false;
+        }
+        file.written = folder / name;
+    }
+    return true;
+}
+
+static void NameObjectFiles(const std::string &bareName, std::vector<OutputFile> *files)
+{
+    const fs::path folder = files->front().written.parent_path();
+    for (uint32_t i = 0; i < files->size(); ++i) {
+        char name[256];
+        Mc3dsMakeObjectPath(name, bareName.c_str(), i);
+        if ((*files)[i].kind != TextKind::Picture)
+            (*files)[i].written = folder / PathOf(name);
+    }
+}
+
+// Lets the library write into the private folders, from inside that of the first file: it sees bare names,
+// and the comments of its files name no folder that is gone when they are read. Returns errno as the library
+// left it, or -1 with a report when it couldn't begin.
+static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::string &bareName,
+                      const std::vector<OutputFile> &files)
+{
+    std::string header, animation, why;
+    const fs::path folder = files.front().written.parent_path();
+    for (const OutputFile &file : files) {
+        const fs::path path = file.written.parent_path() == folder ? file.written.filename() : file.written;
+        if (file.kind == TextKind::Header)
+            header = path.string();
+        if (file.kind == TextKind::Animation)
+            animation = path.string();
+    }
+    asked->outputFile = bareName.c_str();
+    asked->headerFile = header.c_str();
+    asked->animationFile = animation.c_str();
+
+    std::error_code failure;
+    const fs::path home = fs::current_path(failure);
+    if (failure) {
+        ReportError("the current folder is unknown: " + failure.message());
+        return -1;
+    }
+    if (!EnterFolder(folder, &why)) {
+        ReportError(why);
+        return -1;
+    }
+    errno = 0;
+    Mc3dsOutput(scene, asked, nullptr);
+    const int reason = errno;
+    if (!EnterFolder(home, &why)) {
+        ReportError(why);
+        return -1;
+    }
+    return reason;
+}
+
+// reason is errno behind the writing. Where nothing failed it may be anything, but for what only failed
+// writes leave there.
+static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &files, int reason)
+{
+    if (reason == ENOMEM || MemoryRanOut()) {
+        ReportError("out of memory while writing; nothing is kept");
+        return false;
+    }
+    for (const OutputFile &file : files) {
+        if (file.kind != TextKind::Picture && !IsWhole(file, scene)) {
+            ReportUnwritten(file.shown, reason ? std::strerror(reason) : "its end is missing");
+            return false;
+        }
+    }
+    bool failed = reason == ENOSPC || reason == EFBIG || reason == EIO;
+#if defined(EDQUOT)
+    failed = failed || reason == EDQUOT;
+#endif
+    if (failed)
+        ReportUnwritten(files.front().shown, std::strerror(reason));
+    return !failed;
+}
+
+static bool WriteAll(const HostOptions &options, const std::string &bareName, const Mc3dsFile *scene,
+                     Mc3dsOptions *asked, std::vector<OutputFile> *files)
+{
+    if (files->front().kind != TextKind::Picture) {
+        const int reason = WriteTexts(scene, asked, bareName, *files);
+        if (options.flags & MC3DS_PER_OBJECT)
+            NameObjectFiles(bareName, files);
+        if (reason < 0 || !CheckTexts(scene, *files, reason))
+            return false;
+    }
+    const OutputFile &last = files->back();
+    if (last.kind != TextKind::Picture)
+        return true;
+    // The picture is of a model that is built once more, with the same to be said about it.
+    MuteLibrary(files->size() > 1 || (options.flags & MC3DS_DIRECT));
+    bool drawn = false;
+#if defined(MC3DS_HAVE_MCLMODEL) && defined(MC3DS_HAVE_PNG)
+    drawn = WritePreview(scene, *asked, options.preview, last.shown, last.written);
+#endif
+    MuteLibrary(false);
+    return drawn;
+}
+
+// Copying can still fail where moving hardly does, and so comes first: what is replaced stays as it was until
+// then.
+static bool DeliverAll(const std::vector<OutputFile> &files, bool noClobber)
+{
+    for (const bool inPlace : {true, false}) {
+        for (const OutputFile &file : files) {
+            uintmax_t size = 0;
+            std::error_code failure;
+            if (file.inPlace != inPlace)
+                continue;
+            if (noClobber && !inPlace && fs::exists(file.target, failure)) {
+                ReportKept(file.shown);
+                continue;
+            }
+            if (!Deliver(file, &size))
+                return false;
+            ReportWritten(file.shown, size);
+        }
+    }
+    return true;
+}
+
+static bool MakeOutputFolder(const std::string &output)
+{
+    std::error_code failure;
+    const fs::path folder = PathOf(output).parent_path();
+    if (!folder.empty())
+        fs::create_directories(folder, failure);
+    if (failure)
+        ReportUnwritten(output, "its folder can't be made: " + failure.message());
+    return !failure;
+}
+
+bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
+                Mc3dsOptions *asked)
+{
+    std::vector<OutputFile> files;
+    if (!options.outputDir.empty() && !MakeOutputFolder(OutputName(options, scenePath)))
+        return false;
+    if (!PlanOutput(options, scenePath, scene, &files))
+        return false;
+    const std::string bareName = BareOutputName(options, scenePath);
+    const bool done = MakeRoom(&files, bareName, options.flags & MC3DS_PER_OBJECT) &&
+                      WriteAll(options, bareName, scene, asked, &files);
+    ShowWarningsSoFar(false);
+    const bool delivered = done && DeliverAll(files, options.noClobber);
+    RemovePrivateFolders();
+    return delivered;
+}

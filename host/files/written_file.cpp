@@ -1,0 +1,113 @@
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <system_error>
+
+#include "files.h"
+
+namespace fs = std::filesystem;
+
+using Stream = std::unique_ptr<FILE, int (*)(FILE *)>;
+
+static Stream OpenStream(const fs::path &path, const char *mode)
+{
+    return Stream(std::fopen(path.string().c_str(), mode), std::fclose);
+}
+
+// The last line without its line end; empty when the file doesn't end with one.
+static std::string LastLine(FILE *stream)
+{
+    char tail[256];
+    // A file shorter than that can't be seeked to there, and is read from its start.
+    if (std::fseek(stream, -static_cast<long>(sizeof tail), SEEK_END) != 0)
+        std::rewind(stream);
+    std::string line(tail, std::fread(tail, 1, sizeof tail, stream));
+    if (line.empty() || line.back() != '\n')
+        return "";
+    line.pop_back();
+    if (!line.empty() && line.back() == '\r')
+        line.pop_back();
+    return line.substr(line.rfind('\n') + 1);
+}
+
+// An animation file has no last line to know it by. But each frame has its line, and all frames have as many
+// lines of transforms as the first.
+static bool AnimationIsWhole(FILE *stream, uint32_t frameCount)
+{
+    uint64_t frames = 0, transforms = 0, transformsOfFirst = 0;
+    bool atLineStart = true;
+    static char buffer[65536];
+    while (const size_t length = std::fread(buffer, 1, sizeof buffer, stream)) {
+        for (size_t i = 0; i < length; ++i) {
+            if (atLineStart && buffer[i] == 'F')
+                ++frames;
+            if (atLineStart && buffer[i] == 'T') {
+                ++transforms;
+                transformsOfFirst += frames == 1;
+            }
+            atLineStart = buffer[i] == '\n';
+        }
+    }
+    return atLineStart && frames == frameCount && transforms == transformsOfFirst * frameCount;
+}
+
+bool IsWhole(const OutputFile &file, const Mc3dsFile *scene)
+{
+    const Stream stream = OpenStream(file.written, "rb");
+    if (!stream)
+        return false;
+    switch (file.kind) {
+    case TextKind::Script: return LastLine(stream.get()) == "ModelEnd";
+    case TextKind::Source: return LastLine(stream.get()) == "}";
+    case TextKind::Header: {
+        const uint32_t last = scene->objectCount - 1;
+        return LastLine(stream.get()) ==
+               std::string("#define TAG_") + scene->objects[last].safeName + ' ' + std::to_string(last + 2);
+    }
+    case TextKind::Animation: return AnimationIsWhole(stream.get(), scene->frameCount);
+    case TextKind::Picture: break; // whoever draws it looks at its own writes
+    }
+    return false;
+}
+
+// False with errno set.
+static bool CopyInto(const fs::path &from, FILE *out)
+{
+    const Stream in = OpenStream(from, "rb");
+    if (!in || !out)
+        return false;
+    static char buffer[65536];
+    while (const size_t length = std::fread(buffer, 1, sizeof buffer, in.get()))
+        if (std::fwrite(buffer, 1, length, out) != length)
+            return false;
+    return !std::ferror(in.get()) && std::fflush(out) == 0;
+}
+
+static bool CopyToTarget(const OutputFile &file)
+{
+    if (file.standardOutput) {
+        MakeStandardOutputBinary(); // line ends are those of a text file already
+        return CopyInto(file.written, stdout);
+    }
+    Stream out = OpenStream(file.target, "wb");
+    return CopyInto(file.written, out.get()) && std::fclose(out.release()) == 0;
+}
+
+bool Deliver(const OutputFile &file, uintmax_t *size)
+{
+    std::error_code failure;
+    *size = fs::file_size(file.written, failure);
+    if (!failure && file.inPlace && !CopyToTarget(file))
+        failure = std::error_code(errno, std::generic_category());
+    if (!failure && !file.inPlace) {
+        // What stood there before keeps its permissions.
+        const fs::file_status before = fs::status(file.target, failure);
+        if (fs::exists(before))
+            fs::permissions(file.written, before.permissions(), failure);
+        fs::rename(file.written, file.target, failure);
+    }
+    if (failure)
+        ReportUnwritten(file.shown, failure.message());
+    return !failure;
+}

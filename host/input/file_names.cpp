@@ -1,0 +1,55 @@
+#include "input.h"
+
+namespace fs = std::filesystem;
+
+std::string OutputName(const HostOptions &options, const std::string &scenePath)
+{
+    if (!options.output.empty())
+        return options.output;
+    return PathOf(scenePath).replace_extension(options.flags & MC3DS_SOURCE ? ".c" : ".mcx").string();
+}
+
+std::string BareOutputName(const HostOptions &options, const std::string &scenePath)
+{
+    HostOptions named = options;
+    if (named.output == standardOutputName)
+        named.output.clear();
+    return PathOf(OutputName(named, scenePath)).filename().string();
+}
+
+std::string ObjectFileName(const HostOptions &options, const std::string &scenePath, size_t index)
+{
+    const fs::path base = PathOf(OutputName(options, scenePath)).replace_extension();
+    return base.string() + std::to_string(index) + (options.flags & MC3DS_SOURCE ? ".c" : ".mcx");
+}
+
+static std::string SecondName(const std::string &given, const std::string &output, const char *extension)
+{
+    return given.empty() ? PathOf(output).replace_extension(extension).string() : given;
+}
+
+// Each of many scenes has a picture of its own, beside its output unless the name gives another folder.
+static std::string PictureName(const HostOptions &options, const std::string &output)
+{
+    if (!options.recursive && options.scenes.size() <= 1)
+        return options.previewFile;
+    const fs::path file = PathOf(options.previewFile), model = PathOf(output);
+    const fs::path name = PathOf(model.stem().string() + '.' + file.filename().string());
+    return ((file.has_parent_path() ? file : model).parent_path() / name).string();
+}
+
+std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::string &scenePath)
+{
+    std::vector<NamedTarget> names;
+    const std::string output = OutputName(options, scenePath);
+    if (!options.info && !(options.flags & (MC3DS_DIRECT | MC3DS_PER_OBJECT))) {
+        names.push_back({options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script, output});
+        if (options.flags & MC3DS_HEADER)
+            names.push_back({TextKind::Header, SecondName(options.headerFile, output, ".h")});
+        if (options.flags & MC3DS_ANIMATION)
+            names.push_back({TextKind::Animation, SecondName(options.animationFile, output, ".mca")});
+    }
+    if (!options.previewFile.empty())
+        names.push_back({TextKind::Picture, PictureName(options, output)});
+    return names;
+}

@@ -1,0 +1,129 @@
+// Which options can't stand together, and why.
+#include <filesystem>
+
+#include "input.h"
+
+struct ConflictRow {
+    const char *a, *b;
+    const char *why;
+};
+
+static const char noFile[] = "a direct build writes no file";
+static const char ownSpace[] = "the file of an object holds its geometry alone, unplaced";
+static const char infoOnly[] = "--info shows the scene instead of converting it";
+static const char ownFile[] = "each of its scenes needs a file of its own";
+
+static const ConflictRow conflictRows[] = {
+    {"--direct", "--source", "a direct build writes no source"},
+    {"--direct", "--output", noFile},
+    {"--direct", "--output-dir", noFile},
+    {"--direct", "--header", noFile},
+    {"--direct", "--per-object", noFile},
+    {"--direct", "--no-clobber", noFile},
+    {"--direct", "--jobs", "the lists of models would mix on the standard output"},
+    {"--per-object", "--header", "a run of one file for each object writes no header file"},
+    {"--per-object", "--animation", "a run of one file for each object writes no animation file"},
+    {"--per-object", "--protos", ownSpace},
+    {"--per-object", "--flat", ownSpace},
+    {"--per-object", "--merged", ownSpace},
+    {"--per-object", "--centre", ownSpace},
+    {"--info", "--source", infoOnly},
+    {"--info", "--direct", infoOnly},
+    {"--info", "--per-object", infoOnly},
+    {"--info", "--output", infoOnly},
+    {"--info", "--output-dir", infoOnly},
+    {"--info", "--header", infoOnly},
+    {"--info", "--jobs", "what is shown of the scenes would mix on the standard output"},
+    {"--output", "--output-dir", "one names a file and the other a folder for files"},
+    {"--output", "--recursive", ownFile},
+    {"--clump-name", "--recursive", "each of its scenes needs a function of its own"},
+    {"--scale", "--size", "each decides what the other one is"},
+    {"--quiet", "--verbose", "one asks for less and the other for more"},
+};
+
+struct NeedRow {
+    const char *option, *needed;
+    const char *why;
+};
+
+static const NeedRow needRows[] = {
+    {"--clump-name", "--source", "nothing else has the name in it"},
+    {"--json", "--info", "it is a form of what that shows; a run is summed up by --summary"},
+    {"--preview-size", "--preview", "there is no other picture"},
+    {"--preview-frame", "--preview", "there is no other picture"},
+};
+
+static std::string Contradiction(const std::string &a, const std::string &b, const std::string &why)
+{
+    return a + " and " + b + " contradict each other: " + why;
+}
+
+// With the names of files that the two options may be given.
+static std::string FindFileConflict(const HostOptions &options,
+                                    const std::function<bool(const char *)> &given)
+{
+    const struct {
+        const char *option;
+        const char *withFile;
+        const std::string &name;
+        const char *extension;
+    } rows[] = {{"--header", "--header=FILE", options.headerFile, ".h"},
+                {"--animation", "--animation=FILE", options.animationFile, ".mca"}};
+    for (const auto &row : rows) {
+        if (!row.name.empty() && given("--recursive"))
+            return Contradiction(row.withFile, "--recursive", ownFile);
+        if (!row.name.empty() && options.scenes.size() > 1)
+            return Contradiction(row.withFile, "more than one scene", "each needs a file of its own");
+        if (row.name.empty() && given(row.option) && options.output == standardOutputName)
+            return Contradiction(row.option, "--output -",
+                                 "there is no name to make another from; " + std::string(row.withFile) +
+                                     " gives one");
+        for (const std::string &scene : options.scenes)
+            if (row.name.empty() && given(row.option) && PathOf(scene).extension() == row.extension)
+                return InQuotes(scene) + " is no scene; a FILE goes behind an equals sign, as in " +
+                       row.option + '=' + scene;
+    }
+    if (!options.animationFile.empty() && given("--direct"))
+        return Contradiction("--direct", "--animation=FILE", noFile);
+    if (!options.animationFile.empty() && given("--info"))
+        return Contradiction("--info", "--animation=FILE", infoOnly);
+    return "";
+}
+
+// Why this program draws no pictures at all; empty when it does.
+static std::string WhyNoPreview()
+{
+#if !defined(MC3DS_HAVE_MCLMODEL)
+    return "the Meshcaster library of this program doesn't show its models";
+#elif !defined(MC3DS_HAVE_PNG)
+    return "this program was built without libpng";
+#else
+    return "";
+#endif
+}
+
+std::string FindConflict(const HostOptions &options, const std::function<bool(const char *)> &given)
+{
+    for (const ConflictRow &row : conflictRows)
+        if (given(row.a) && given(row.b))
+            return Contradiction(row.a, row.b, row.why);
+    for (const NeedRow &row : needRows)
+        if (given(row.option) && !given(row.needed))
+            return std::string(row.option) + " needs " + row.needed + ": " + row.why;
+    if (const std::string why = FindFileConflict(options, given); !why.empty())
+        return why;
+    if (given("--per-object") && options.output == standardOutputName)
+        return Contradiction("--per-object", "--output -", "the files of the objects need names");
+    if (given("--preview") && !WhyNoPreview().empty())
+        return "--preview can't be had: " + WhyNoPreview();
+    if (options.scenes.empty())
+        return "no scene is given";
+    if (options.scenes.size() == 1)
+        return "";
+    if (given("--output"))
+        return Contradiction("--output", "more than one scene",
+                             "each needs a file of its own; --output-dir names a folder for them");
+    if (given("--clump-name"))
+        return Contradiction("--clump-name", "more than one scene", "each needs a function of its own");
+    return "";
+}

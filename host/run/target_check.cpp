@@ -1,0 +1,104 @@
+// Files that two scenes of a run would write, looked for before any of them is written.
+#include <map>
+#include <memory>
+#include <set>
+
+#include "run.h"
+
+namespace fs = std::filesystem;
+
+struct Claim {
+    std::string file, scene; // as they are shown
+};
+using Claims = std::map<std::string, Claim>; // by PathKey
+
+static bool AddClaim(Claims *claims, const std::string &file, const std::string &scene)
+{
+    const auto [known, isNew] = claims->try_emplace(PathKey(PathOf(file)), Claim{file, scene});
+    if (isNew || known->second.scene == scene)
+        return true;
+    ReportError(InQuotes(known->second.scene) + " and " + InQuotes(scene) + " would both write " +
+                InQuotes(file) + "; nothing is done");
+    return false;
+}
+
+// How many files a per-object run makes of a scene; 0 when it can't be read.
+static uint32_t CountObjects(const std::string &scene)
+{
+    const Mc3dsCallback errors = Mc3dsSetErrorCallback(nullptr);
+    const Mc3dsCallback messages = Mc3dsSetMessageCallback(nullptr);
+    const std::unique_ptr<Mc3dsFile, void (*)(Mc3dsFile *)> file(Mc3dsLoadFile(scene.c_str()),
+                                                                 Mc3dsUnloadFile);
+    Mc3dsSetErrorCallback(errors);
+    Mc3dsSetMessageCallback(messages);
+    return file ? file->objectCount : 0;
+}
+
+// Names differ in a number at their ends, so that only those scenes can meet of which one is called as
+// another with digits behind it. Only these are read twice.
+static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs, Claims *claims)
+{
+    std::map<std::string, size_t> owners;
+    std::set<size_t> suspects;
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        const fs::path first = PathOf(ObjectFileName(OptionsFor(options, jobs[i]), jobs[i].scene, 0));
+        if (!AddClaim(claims, first.string(), jobs[i].scene))
+            return false;
+        std::string base = PathKey(first.parent_path() / first.stem());
+        base.pop_back(); // the 0
+        owners.emplace(base, i);
+    }
+    for (const auto &[base, owner] : owners) {
+        std::string shorter = base;
+        while (!shorter.empty() && shorter.back() >= '0' && shorter.back() <= '9') {
+            shorter.pop_back();
+            if (const auto other = owners.find(shorter); other != owners.end()) {
+                suspects.insert(owner);
+                suspects.insert(other->second);
+            }
+        }
+    }
+    for (const size_t i : suspects) {
+        const HostOptions own = OptionsFor(options, jobs[i]);
+        const uint32_t count = CountObjects(jobs[i].scene);
+        for (uint32_t object = 1; object < count; ++object)
+            if (!AddClaim(claims, ObjectFileName(own, jobs[i].scene, object), jobs[i].scene))
+                return false;
+    }
+    return true;
+}
+
+bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs)
+{
+    Claims claims;
+    if (jobs.size() > 1 && (options.flags & MC3DS_PER_OBJECT) && !ObjectFilesAreApart(options, jobs, &claims))
+        return false;
+    for (const SceneJob &job : jobs)
+        for (const NamedTarget &target : TargetNames(OptionsFor(options, job), job.scene))
+            if (target.name != standardOutputName && !AddClaim(&claims, target.name, job.scene))
+                return false;
+    // With one scene whatever it writes over is found when its files are planned.
+    for (const SceneJob &job : jobs) {
+        for (const std::string &input : {job.scene, VuePath(job.scene)}) {
+            const auto claim = claims.find(PathKey(PathOf(input)));
+            if (jobs.size() > 1 && !input.empty() && claim != claims.end()) {
+                ReportError(InQuotes(claim->second.scene) + " would be written to " +
+                            InQuotes(claim->second.file) + ", a file of the scene " + InQuotes(job.scene) +
+                            "; nothing is done");
+                return false;
+            }
+            if (!options.summaryFile.empty() &&
+                PathKey(PathOf(input)) == PathKey(PathOf(options.summaryFile))) {
+                ReportError("the summary would take the place of " + InQuotes(input) + "; nothing is done");
+                return false;
+            }
+        }
+    }
+    if (!options.summaryFile.empty() && claims.contains(PathKey(PathOf(options.summaryFile)))) {
+        ReportError("the summary and the output of " +
+                    InQuotes(claims[PathKey(PathOf(options.summaryFile))].scene) + " would both be " +
+                    InQuotes(options.summaryFile) + "; nothing is done");
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,103 @@
+// The overview of a scene for programs.
+#include <cstdio>
+
+#include "info.h"
+#include "json.h"
+
+static Json CountsJson(const char *what, const std::map<std::string, size_t> &counts)
+{
+    Json list = Json::array();
+    for (const auto &[name, count] : counts)
+        list.push_back({{what, name}, {"count", count}});
+    return list;
+}
+
+static Json ObjectJson(const Mc3dsFile *scene, const SceneSummary &summary, uint32_t index,
+                       const Json &parent, const Json &depth)
+{
+    const Mc3dsObject &object = scene->objects[index];
+    return {{"name", object.name},
+            {"outputName", object.safeName},
+            {"instanceName", object.instanceName},
+            {"dummy", IsDummy(scene, &object)},
+            {"parent", parent},
+            {"depth", depth},
+            {"vertices", object.vertexCount},
+            {"faces", object.faceCount},
+            {"materials", summary.materialsOf[index]},
+            {"textured", object.hasTexture != 0},
+            {"pivot", object.pivot},
+            {"positionKeys", object.positionKeyCount},
+            {"rotationKeys", object.rotationKeyCount},
+            {"scaleKeys", object.scaleKeyCount},
+            {"animated", scene->hasAnimation && object.hasFrames}};
+}
+
+// In the order of the scene's records, so that an index here is the tag of the object's clump less 2.
+static Json ObjectsJson(const Mc3dsFile *scene, const SceneSummary &summary)
+{
+    std::vector<Json> parents(scene->objectCount), depths(scene->objectCount), objects;
+    std::vector<uint32_t> ancestors; // the row of the tree for each depth
+    for (const TreeRow &row : summary.tree) {
+        ancestors.resize(row.depth);
+        if (row.depth > 0)
+            parents[row.object] = ancestors.back();
+        depths[row.object] = row.depth;
+        ancestors.push_back(row.object);
+    }
+    for (uint32_t i = 0; i < scene->objectCount; ++i)
+        objects.push_back(ObjectJson(scene, summary, i, parents[i], depths[i]));
+    return objects;
+}
+
+static Json MaterialJson(const Mc3dsMaterial &material, uint64_t faces)
+{
+    return {{"name", material.name},
+            {"faces", faces},
+            {"shading", ShadingName(material.shading)},
+            {"ambient", material.ambient},
+            {"diffuse", material.diffuse},
+            {"specular", material.specular},
+            {"shininess", material.shininess},
+            {"transparency", material.transparency},
+            {"texture", material.textureMap},
+            {"opacityMap", material.opacityMap},
+            {"reflectionMap", material.reflectionMap}};
+}
+
+static void AddScene(const Mc3dsFile *scene, const SceneSummary &summary, Json *json)
+{
+    Json materials = Json::array(), textures = Json::array(), bounds;
+    // Entry 0 is the library's own default, of faces without a known material.
+    for (int32_t i = 0; i < scene->materialCount; ++i)
+        materials.push_back(MaterialJson(scene->materials[i], summary.facesOf[static_cast<size_t>(i)]));
+    for (const TextureFile &file : summary.textures)
+        textures.push_back({{"name", file.name}, {"found", file.found.empty() ? Json() : Json(file.found)}});
+    if (summary.hasBounds)
+        bounds = {{"least", summary.least}, {"most", summary.most}};
+    json->update({{"vertices", summary.vertexCount},
+                  {"faces", summary.faceCount},
+                  {"dummies", scene->dummyCount},
+                  {"frames", scene->frameCount},
+                  {"animation", scene->hasAnimation != 0},
+                  {"ambient", scene->ambient},
+                  {"bounds", bounds},
+                  {"objects", ObjectsJson(scene, summary)},
+                  {"materials", materials},
+                  {"textures", textures}});
+}
+
+void PrintJson(const Mc3dsFile *scene, const std::string &scenePath, const SceneNotes &notes)
+{
+    Json json = {{"scene", scenePath}, {"loaded", scene != nullptr}};
+    if (scene)
+        AddScene(scene, Summarise(scene, scenePath), &json);
+    json["leftBehind"] = {{"lights", notes.lights},
+                          {"cameras", notes.cameras},
+                          {"hidden", notes.hidden},
+                          {"unsupported", CountsJson("what", notes.unsupported)},
+                          {"chunks", CountsJson("tag", notes.chunks)}};
+    json["reports"] = CountsJson("text", notes.reports);
+    const std::string text = JsonText(json, 0);
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}

@@ -1,0 +1,214 @@
+// The overview of a scene for people.
+#include <cstdio>
+#include <cstdlib>
+
+#include "info.h"
+
+// Objects that lie deeper are indented no further, and say how deep they are: a scene can be 32,769 deep.
+constexpr uint32_t indentMost = 12;
+constexpr size_t listedMost = 4; // materials named with an object
+
+enum class Colours { None, Table, All };
+
+// What stdout can show.
+struct Look {
+    bool boxes;
+    Colours colours;
+};
+
+static std::string_view Environment(const char *name)
+{
+    const char *value = std::getenv(name);
+    return value ? value : "";
+}
+
+static bool Contains(std::string_view text, std::string_view part)
+{
+    return text.find(part) != std::string_view::npos;
+}
+
+static Look FindLook()
+{
+    Look look = {false, Colours::None};
+    if (!IsTerminal(stdout))
+        return look;
+    std::string_view locale;
+    for (const char *name : {"LC_ALL", "LC_CTYPE", "LANG"})
+        locale = locale.empty() ? Environment(name) : locale;
+    for (const char *name : {"UTF-8", "utf-8", "UTF8", "utf8"})
+        look.boxes = look.boxes || Contains(locale, name);
+    const std::string_view colour = Environment("COLORTERM"), terminal = Environment("TERM");
+    if (!Environment("NO_COLOR").empty() || terminal == "dumb")
+        return look;
+    if (colour == "truecolor" || colour == "24bit" || Contains(terminal, "direct"))
+        look.colours = Colours::All;
+    else if (Contains(terminal, "256color"))
+        look.colours = Colours::Table;
+    return look;
+}
+
+static std::string Colour(const Look &look, const float colour[3])
+{
+    int levels[3];
+    for (int i = 0; i < 3; ++i)
+        levels[i] =
+            colour[i] > 0.0f ? static_cast<int>((colour[i] < 1.0f ? colour[i] : 1.0f) * 255.0f + 0.5f) : 0;
+    std::string code = "#";
+    for (const int level : levels)
+        code += {"0123456789abcdef"[level >> 4], "0123456789abcdef"[level & 15]};
+    if (look.colours == Colours::None)
+        return code;
+    std::string swatch = "\x1b[48;";
+    if (look.colours == Colours::All) {
+        swatch += '2';
+        for (const int level : levels)
+            swatch += ';' + std::to_string(level);
+    } else {
+        // Entries 16 to 231 of the table are a cube of 6 levels each: 0, 95, 135, 175, 215, 255.
+        int index = 0;
+        for (const int level : levels)
+            index = index * 6 + (level < 48 ? 0 : level < 115 ? 1 : (level - 35) / 40);
+        swatch += "5;" + std::to_string(16 + index);
+    }
+    return swatch + "m    \x1b[0m " + code;
+}
+
+static std::string ObjectText(const Mc3dsFile *scene, const SceneSummary &summary, uint32_t index)
+{
+    const Mc3dsObject &object = scene->objects[index];
+    std::string text = Visible(object.name) + "  ";
+    if (IsDummy(scene, &object))
+        text += "dummy";
+    else
+        text += Counted(static_cast<uint64_t>(object.vertexCount), "vertex", "vertices") + ", " +
+                Counted(static_cast<uint64_t>(object.faceCount), "face");
+    const std::vector<int32_t> &materials = summary.materialsOf[index];
+    for (size_t i = 0; i < materials.size() && i < listedMost; ++i)
+        text += (i == 0 ? "; " : ", ") + Visible(scene->materials[materials[i]].name);
+    if (materials.size() > listedMost)
+        text += " and " + std::to_string(materials.size() - listedMost) + " more";
+    if (object.pivot[0] != 0.0f || object.pivot[1] != 0.0f || object.pivot[2] != 0.0f)
+        text += "; pivot " + NumbersText(object.pivot);
+    if (object.instanceName[0] != '\0')
+        text += "; called " + Visible(object.instanceName);
+    if (scene->hasAnimation && object.hasFrames)
+        text += "; animated";
+    return text + '\n';
+}
+
+static void AddTree(const Look &look, const Mc3dsFile *scene, const SceneSummary &summary, std::string *text)
+{
+    const char *const through = look.boxes ? "│  " : "|  ", *const fork = look.boxes ? "├─ " : "|- ",
+                      *const corner = look.boxes ? "└─ " : "`- ";
+    bool ended[indentMost + 1] = {}; // for each depth: whether the last child was seen there
+    *text += "\nObjects\n";
+    for (const TreeRow &row : summary.tree) {
+        *text += "  ";
+        for (uint32_t depth = 1; depth < row.depth && depth < indentMost; ++depth)
+            *text += ended[depth] ? "   " : through;
+        if (row.depth <= indentMost)
+            ended[row.depth] = row.isLast;
+        if (row.depth > 0)
+            *text += row.isLast ? corner : fork;
+        if (row.depth > indentMost)
+            *text += "depth " + std::to_string(row.depth) + ": ";
+        *text += ObjectText(scene, summary, row.object);
+    }
+    if (!summary.unreached.empty())
+        *text += "\nReached by --flat alone, as they hang from no object\n";
+    for (const uint32_t index : summary.unreached)
+        *text += "  " + ObjectText(scene, summary, index);
+}
+
+static void AddHead(const Look &look, const Mc3dsFile *scene, const SceneSummary &summary, std::string *text)
+{
+    *text += "  " + Counted(scene->objectCount, "object") + " (" +
+             Counted(scene->dummyCount, "dummy", "dummies") + "), " +
+             Counted(summary.vertexCount, "vertex", "vertices") + ", " + Counted(summary.faceCount, "face") +
+             '\n';
+    if (summary.hasBounds) {
+        float size[3];
+        for (int axis = 0; axis < 3; ++axis)
+            size[axis] = summary.most[axis] - summary.least[axis];
+        *text += "  size " + NumbersText(size, " x ") + ", from " + NumbersText(summary.least) + " to " +
+                 NumbersText(summary.most) + " (z is up)\n";
+    }
+    *text += "  " + (scene->frameCount == 0 ? "no frames" : Counted(scene->frameCount, "frame"));
+    if (scene->hasAnimation)
+        *text += ", animation of " + Counted(summary.movingCount, "object");
+    else
+        *text += ", no animation";
+    *text += "\n  ambient light " + Colour(look, scene->ambient) + '\n';
+}
+
+static void AddMaterials(const Look &look, const Mc3dsFile *scene, const SceneSummary &summary,
+                         std::string *text)
+{
+    *text += "\nMaterials\n";
+    for (int32_t i = 0; i < scene->materialCount; ++i) {
+        const Mc3dsMaterial &material = scene->materials[i];
+        const uint64_t faces = summary.facesOf[static_cast<size_t>(i)];
+        if (i == 0 && faces == 0)
+            continue; // the library's own default
+        *text += "  " + Colour(look, material.diffuse) + ' ' + Visible(material.name) + "  " +
+                 ShadingName(material.shading) + ", " + Counted(faces, "face");
+        if (material.shininess != 0.0f)
+            *text += ", shininess " + NumberText(material.shininess);
+        if (material.transparency != 0.0f)
+            *text += ", transparency " + NumberText(material.transparency);
+        for (const auto &[what, map] :
+             {std::pair<const char *, const char *>{"texture ", material.textureMap},
+              {"opacity ", material.opacityMap},
+              {"reflection ", material.reflectionMap}})
+            if (*map != '\0')
+                *text += std::string(", ") + what + Visible(map);
+        *text += '\n';
+    }
+    if (!summary.textures.empty())
+        *text += "\nTextures\n";
+    for (const TextureFile &file : summary.textures) {
+        *text += "  " + Visible(file.name);
+        if (file.found.empty())
+            *text += "  is not beside the scene\n";
+        else if (file.found == file.name)
+            *text += "  lies beside the scene\n";
+        else
+            *text +=
+                "  is beside the scene as " + Visible(file.found) + ": only the case of letters differs\n";
+    }
+}
+
+static void AddList(const char *what, const std::vector<std::string> &names, std::string *text)
+{
+    for (size_t i = 0; i < names.size(); ++i)
+        *text += (i == 0 ? "  " + std::string(what) + ' ' : ", ") + Visible(names[i]);
+    *text += names.empty() ? "" : "\n";
+}
+
+static void AddCounts(const char *what, const std::map<std::string, size_t> &counts, std::string *text)
+{
+    for (const auto &[name, count] : counts)
+        *text += "  " + std::string(what) + Visible(name) +
+                 (count == 1 ? "" : ", " + std::to_string(count) + " times") + '\n';
+}
+
+void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath, const SceneNotes &notes)
+{
+    const Look look = FindLook();
+    const SceneSummary summary = Summarise(scene, scenePath);
+    std::string text = Visible(scenePath) + '\n', left;
+    AddHead(look, scene, summary, &text);
+    AddTree(look, scene, summary, &text);
+    AddMaterials(look, scene, summary, &text);
+    AddList("lights", notes.lights, &left);
+    AddList("cameras", notes.cameras, &left);
+    AddList("hidden meshes", notes.hidden, &left);
+    AddCounts("", notes.unsupported, &left);
+    AddCounts("unknown chunk ", notes.chunks, &left);
+    if (!left.empty())
+        text += "\nLeft behind\n" + left;
+    if (!notes.reports.empty())
+        text += "\nReported while it was read\n";
+    AddCounts("", notes.reports, &text);
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}

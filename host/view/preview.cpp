@@ -1,0 +1,296 @@
+// A picture of the model that a direct build makes.
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <png.h>
+#include <vector>
+
+#include "model.h"
+#include "raster.h"
+#include "view.h"
+
+using Model = std::unique_ptr<McClump, void (*)(McClump *)>;
+
+constexpr uint32_t stripFrames = 5;
+constexpr uint8_t background[3] = {92, 103, 117};
+
+// All is drawn in the space of the eye: x to the right, y up, z towards it. The model is seen from far above
+// its right front corner. Unit vectors of that space: up in the model, and towards the lamp.
+static const double modelToEye[16] = {0.8192,  -0.2424, 0.5198, 0, 0, 0.9063, 0.4226, 0,
+                                      -0.5736, -0.3462, 0.7424, 0, 0, 0,      0,      1};
+constexpr Vector upwards = {0.0, 0.9063, 0.4226}, toLamp = {-0.4851, 0.7276, 0.4851};
+
+// A mesh of a clump, or that of a prototype where an instance puts it.
+struct PlacedMesh {
+    McGeometryView geometry;
+    double placement[16]; // in the space of the eye
+};
+
+// Faces that let something through wait for the end, to be drawn from back to front.
+struct WaitingFace {
+    RasterCorner corners[3];
+    int surface;
+};
+
+struct Canvas {
+    Raster raster;
+    Bounds bounds;
+    double zoom; // samples for a unit of the model
+    const McSurface *surfaces;
+    std::vector<WaitingFace> waiting;
+};
+
+static Vector Normal(const Vector &a, const Vector &b, const Vector &c)
+{
+    const Vector p = {b[0] - a[0], b[1] - a[1], b[2] - a[2]}, q = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
+    return {p[1] * q[2] - p[2] * q[1], p[2] * q[0] - p[0] * q[2], p[0] * q[1] - p[1] * q[0]};
+}
+
+static double Dot(const Vector &a, const Vector &b)
+{
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+static void AddMeshes(const McClump *clump, const McClumpView &view, std::vector<PlacedMesh> *meshes)
+{
+    double toEye[16];
+    Multiply(view.world, modelToEye, toEye);
+    meshes->push_back({view.geometry, {}});
+    std::copy_n(toEye, 16, meshes->back().placement);
+    for (size_t i = 0; i < view.instanceCount; ++i) {
+        McInstanceView instance = {};
+        McPrototypeView prototype = {};
+        McGetInstance(clump, i, &instance);
+        if (instance.prototype >= 0 &&
+            McGetPrototype(clump, static_cast<size_t>(instance.prototype), &prototype)) {
+            meshes->push_back({prototype.geometry, {}});
+            Multiply(instance.placement, toEye, meshes->back().placement);
+        }
+    }
+}
+
+static std::vector<PlacedMesh> FindMeshes(const McClump *clump)
+{
+    std::vector<PlacedMesh> meshes;
+    McModelView model = {};
+    McGetModel(clump, &model);
+    VisitClumps(model,
+                [&](const McClump *at, const McClumpView &view, int) { AddMeshes(at, view, &meshes); });
+    return meshes;
+}
+
+static void GrowByFaces(Bounds *bounds, const PlacedMesh &mesh)
+{
+    for (size_t i = 0; i < mesh.geometry.faceCount; ++i)
+        for (const int vertex : mesh.geometry.faces[i].vertices)
+            if (const Vector place = Place(mesh.geometry.points[vertex - 1], mesh.placement);
+                std::isfinite(Dot(place, place)))
+                Grow(bounds, place);
+}
+
+static RasterCorner Project(const Canvas &canvas, const Vector &place)
+{
+    const Vector &least = canvas.bounds.least, &most = canvas.bounds.most;
+    const double x = place[0] - (least[0] + most[0]) / 2, y = place[1] - (least[1] + most[1]) / 2;
+    const double deep = most[2] > least[2] ? (place[2] - least[2]) / (most[2] - least[2]) : 0.0;
+    return {static_cast<float>(canvas.raster.width * 0.5 + x * canvas.zoom),
+            static_cast<float>(canvas.raster.height * 0.5 - y * canvas.zoom), static_cast<float>(1.0 + deep),
+            1.0f};
+}
+
+// The coefficients of surfaces play no part: they come from the colours that are there anyway, and would
+// darken them once more.
+static float Light(Vector normal, bool turned)
+{
+    const double length = std::sqrt(Dot(normal, normal)) * (turned ? -1.0 : 1.0);
+    if (length == 0.0 || !std::isfinite(length))
+        return 1.0f;
+    for (double &part : normal)
+        part /= length;
+    return static_cast<float>(0.42 + 0.12 * Dot(normal, upwards) + 0.15 * std::max(0.0, normal[2]) +
+                              0.45 * std::max(0.0, Dot(normal, toLamp)));
+}
+
+static void DrawFace(Canvas *canvas, const RasterCorner corners[3], const McSurface &surface)
+{
+    constexpr float least = 0.08f; // so that the shape of black things shows
+    RasterColour colour = {{}, surface.opacity};
+    for (int i = 0; i < 3; ++i)
+        colour.rgb[i] = least + surface.color[i] * (1.0f - least);
+    if (surface.geometrySampling != mcWIREFRAME)
+        DrawTriangle(&canvas->raster, corners, colour);
+    else
+        for (int i = 0; i < 3; ++i)
+            DrawLine(&canvas->raster, corners[i], corners[(i + 1) % 3], colour);
+}
+
+static void DrawMesh(Canvas *canvas, const PlacedMesh &mesh)
+{
+    const McGeometryView &geometry = mesh.geometry;
+    std::vector<Vector> places(geometry.vertexCount), smooth(geometry.vertexCount, Vector{});
+    for (size_t i = 0; i < geometry.vertexCount; ++i)
+        places[i] = Place(geometry.points[i], mesh.placement);
+    std::vector<Vector> normals(geometry.faceCount);
+    for (size_t i = 0; i < geometry.faceCount; ++i) {
+        const int *v = geometry.faces[i].vertices;
+        const auto corner = [&](int at) { return places[static_cast<size_t>(v[at] - 1)]; };
+        normals[i] = Normal(corner(0), corner(1), corner(2));
+        for (int at = 0; at < 3; ++at)
+            for (size_t axis = 0; axis < 3; ++axis)
+                smooth[static_cast<size_t>(v[at] - 1)][axis] += normals[i][axis];
+    }
+    for (size_t i = 0; i < geometry.faceCount; ++i) {
+        const McFace &face = geometry.faces[i];
+        const McSurface &surface = canvas->surfaces[face.surface];
+        WaitingFace drawn = {{}, face.surface};
+        for (int at = 0; at < 3; ++at) {
+            const auto vertex = static_cast<size_t>(face.vertices[at] - 1);
+            drawn.corners[at] = Project(*canvas, places[vertex]);
+            // Both sides of a face show, whichever way its corners run.
+            if (surface.geometrySampling != mcWIREFRAME)
+                drawn.corners[at].light = Light(
+                    surface.lightSampling == mcFACET ? normals[i] : smooth[vertex], normals[i][2] < 0.0);
+        }
+        if (!(surface.opacity < 1.0f))
+            DrawFace(canvas, drawn.corners, surface);
+        else if (surface.opacity > 0.0f)
+            canvas->waiting.push_back(drawn);
+    }
+}
+
+static void DrawModel(Canvas *canvas, const McClump *clump)
+{
+    McModelView model = {};
+    McGetModel(clump, &model);
+    canvas->surfaces = model.surfaces;
+    for (const PlacedMesh &mesh : FindMeshes(clump))
+        DrawMesh(canvas, mesh);
+    const auto depth = [](const WaitingFace &face) {
+        const float sum = face.corners[0].depth + face.corners[1].depth + face.corners[2].depth;
+        return std::isfinite(sum) ? sum : 0.0f; // such a face isn't drawn, but mustn't upset the order
+    };
+    std::stable_sort(canvas->waiting.begin(), canvas->waiting.end(),
+                     [&](const WaitingFace &a, const WaitingFace &b) { return depth(a) < depth(b); });
+    for (const WaitingFace &face : canvas->waiting)
+        DrawFace(canvas, face.corners, canvas->surfaces[face.surface]);
+}
+
+// The model as it stands in a frame, or as asked says for frame -1. A direct build knows frame 0 alone, so it
+// gets a scene whose frames begin later.
+static Model BuildFrame(const Mc3dsFile *scene, Mc3dsOptions asked, int64_t frame)
+{
+    std::vector<Mc3dsObject> objects(scene->objects, scene->objects + scene->objectCount);
+    Mc3dsFile copy = *scene;
+    copy.objects = objects.data();
+    asked.flags |= MC3DS_DIRECT;
+    if (frame >= 0) {
+        asked.flags |= MC3DS_ANIMATION;
+        for (Mc3dsObject &object : objects)
+            object.frames += object.frames ? frame : 0;
+    }
+    McClump *clump = nullptr;
+    McClearErrors();
+    Mc3dsOutput(&copy, &asked, &clump);
+    return Model(clump, McFreeModel);
+}
+
+// Nothing, with its report, when the animation hasn't got the frame that was asked for.
+static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOptions &preview)
+{
+    if (preview.strip && scene->hasAnimation) {
+        std::vector<int64_t> frames;
+        const uint32_t count = std::min(scene->frameCount, stripFrames);
+        for (uint32_t i = 0; i < count; ++i)
+            frames.push_back(count == 1 ? 0 : int64_t{scene->frameCount - 1} * i / (count - 1));
+        return frames;
+    }
+    if (preview.strip)
+        ReportWarning("the scene has no animation: the strip is one picture");
+    if (preview.strip || preview.frame < 0)
+        return {-1};
+    if (scene->hasAnimation && preview.frame < scene->frameCount)
+        return {preview.frame};
+    ReportError("the scene has no frame " + std::to_string(preview.frame) +
+                (scene->hasAnimation ? ": the last one is " + std::to_string(scene->frameCount - 1)
+                                     : ": it has no animation"));
+    return {};
+}
+
+static bool WritePng(const std::vector<uint8_t> &picture, int width, int height, const std::string &name,
+                     const std::filesystem::path &path)
+{
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(width);
+    image.height = static_cast<png_uint_32>(height);
+    image.format = PNG_FORMAT_RGB;
+    errno = 0;
+    FILE *stream = std::fopen(path.string().c_str(), "wb");
+    bool done =
+        stream && png_image_write_to_stdio(&image, stream, 0, picture.data(), width * 3, nullptr) != 0;
+    int reason = done ? 0 : errno;
+    if (stream && std::fclose(stream) != 0 && done) {
+        done = false;
+        reason = errno;
+    }
+    if (!done)
+        ReportUnwritten(name, reason ? std::strerror(reason) : image.message);
+    return done;
+}
+
+// The bounds of the model in all those frames; model is left with the last of them.
+static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
+                         const std::vector<int64_t> &frames, Model *model)
+{
+    Bounds bounds = NoBounds();
+    for (const int64_t frame : frames) {
+        model->reset();
+        *model = BuildFrame(scene, asked, frame);
+        MuteLibrary(true); // what it has to say is the same for each build
+        for (const PlacedMesh &mesh : FindMeshes(model->get()))
+            GrowByFaces(&bounds, mesh);
+    }
+    ReportModelErrors();
+    if (bounds.least[0] > bounds.most[0]) {
+        ReportWarning("the model has no face to draw, and the picture is empty");
+        bounds = {};
+    }
+    return bounds;
+}
+
+bool WritePreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
+                  const std::string &name, const std::filesystem::path &path)
+{
+    const std::vector<int64_t> frames = PickFrames(scene, preview);
+    if (frames.empty())
+        return false;
+    const int width = preview.width ? preview.width : frames.size() > 1 ? 320 : 800;
+    const int height = preview.height ? preview.height : frames.size() > 1 ? 240 : 600;
+    Model model(nullptr, McFreeModel);
+    errno = 0;
+    const Bounds bounds = FindBounds(scene, asked, frames, &model);
+    const size_t stride = static_cast<size_t>(width) * 3 * frames.size();
+    std::vector<uint8_t> picture(stride * static_cast<size_t>(height));
+    for (size_t i = 0; i < frames.size(); ++i) {
+        if (frames.size() > 1) {
+            model.reset();
+            model = BuildFrame(scene, asked, frames[i]);
+        }
+        Canvas canvas = {MakeRaster(width, height, background), bounds, 1.0, nullptr, {}};
+        const double size = std::max((bounds.most[0] - bounds.least[0]) / canvas.raster.width,
+                                     (bounds.most[1] - bounds.least[1]) / canvas.raster.height);
+        canvas.zoom = size > 0.0 ? 0.92 / size : 1.0; // the rest is margin
+        DrawModel(&canvas, model.get());
+        ReduceRaster(&canvas.raster, &picture[static_cast<size_t>(width) * 3 * i], stride);
+    }
+    MuteLibrary(false);
+    McClearErrors();
+    if (errno == ENOMEM || MemoryRanOut()) {
+        ReportError("out of memory while building the model");
+        return false;
+    }
+    return WritePng(picture, width * static_cast<int>(frames.size()), height, name, path);
+}

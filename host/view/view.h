@@ -1,0 +1,144 @@
+// What people, and programs in their place, read about scenes and what was done with them.
+#ifndef MC3DS_HOST_VIEW_H
+#define MC3DS_HOST_VIEW_H
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "../base/base.h"
+#include "frame/frame.h"
+
+struct McClump;
+
+// ---- what became of a scene
+
+// Warnings that say the same of different things.
+struct WarningKind {
+    std::string kind;  // the text with '*' for names and numbers
+    std::string first; // the first of them in full
+    size_t count;
+};
+
+struct WrittenFile {
+    std::string name;
+    uintmax_t size; // bytes
+};
+
+struct SceneResult {
+    std::string scene; // its path, as the user would type it
+    bool done = false;
+    std::string error;  // the first one
+    uint64_t bytes = 0; // in the scene's file
+    uint64_t objects = 0, vertices = 0, triangles = 0;
+    double seconds = 0.0;
+    std::vector<WrittenFile> written;
+    std::vector<std::string> kept; // files that were there already and left alone
+    std::vector<WarningKind> warnings;
+    std::string said; // lines for stderr that were kept
+};
+
+// ---- report.cpp: all that goes to stderr. Verbosity: -1 errors alone, 0 each kind of warning once, 1 files,
+// objects and all warnings, 2 everything.
+
+// Takes over the library's two channels. Results are files that were written or left alone.
+void StartReports(int verbosity, bool showResults);
+// What reports are about from here on, and where they are counted; null: the run itself.
+void SetReportSubject(SceneResult *subject);
+// Whether lines are added to the subject's said from here on instead of being shown.
+void KeepReports(bool keep);
+// Shows lines that were kept.
+void ShowLines(const std::string &lines);
+// Shows those kinds of warnings of a scene that the run has not shown yet, or takes them as shown elsewhere.
+// Does nothing where each warning is shown as it comes, or none is, or reports are kept. The second is about
+// the subject.
+void ShowWarnings(const SceneResult &result, bool asShown);
+void ShowWarningsSoFar(bool asShown);
+// From here on reports of the library only tell that memory ran out: what it does was done before.
+void MuteLibrary(bool mute);
+void ReportError(const std::string &text);
+void ReportWarning(const std::string &text);
+void ReportResult(const std::string &text);
+void ReportWritten(const std::string &name, uintmax_t size);
+void ReportKept(const std::string &name);
+// That a file can't be had, and why.
+void ReportUnwritten(const std::string &name, const std::string &why);
+// Since the subject was set: memory ran out while the library worked.
+bool MemoryRanOut();
+// What the library said last at its levels 0 and 1, which counts as a warning no longer: it becomes an error.
+std::string TakeLibraryError();
+// A line that stays at the bottom of the terminal until it's replaced; empty: none. It needs a terminal.
+void SetStatusLine(const std::string &line);
+// Is told every text of the library's message channel.
+void WatchMessages(void (*watcher)(const char *text));
+
+// ---- summary.cpp
+
+// Between processes: bytes that UnpackResult makes the same result of. False for other bytes.
+std::string PackResult(const SceneResult &result);
+bool UnpackResult(const std::string &bytes, SceneResult *result);
+size_t WarningCount(const SceneResult &result);
+// One line of what was done.
+std::string TotalsLine(const std::vector<SceneResult> &results, double seconds);
+// The same of each scene and of all, as JSON.
+std::string SummaryText(const std::vector<SceneResult> &results, double seconds);
+
+// ---- scene_notes.cpp, name_notes.cpp: what the library passes over in silence
+
+void ReportSceneNotes(const Mc3dsOptions &options, const Mc3dsFile *scene, const std::string &scenePath);
+void ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene);
+
+// ---- load_notes.cpp
+
+// What the library said while it loaded a scene about things that the scene records don't keep.
+struct SceneNotes {
+    std::vector<std::string> lights, cameras, hidden; // names, in the order of the file
+    std::map<std::string, size_t> chunks;             // unknown tags in hexadecimal, and how often they came
+    std::map<std::string, size_t> unsupported;        // other things without a place in a model, likewise
+    std::map<std::string, size_t> reports;            // the texts of the error channel, likewise
+    std::string newestObject;                         // of use to the collecting only
+};
+
+// From here to StopNotes all that the library says goes into notes too, besides where it went before. notes
+// has to live that long, and nobody else may set a callback meanwhile.
+void StartNotes(SceneNotes *notes);
+void StopNotes();
+
+// ---- info_text.cpp, info_json.cpp
+
+// The scene for people, on stdout: with colours and box-drawing characters where stdout is a terminal that
+// has them.
+void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath, const SceneNotes &notes);
+// The same for programs: one line of JSON in UTF-8 and ASCII, on stdout, also for a scene without objects.
+// Null stands for a scene that could not be loaded: "loaded" is false then.
+void PrintJson(const Mc3dsFile *scene, const std::string &scenePath, const SceneNotes &notes);
+
+// ---- model_tree.cpp: where the Meshcaster library shows its models
+
+// The model of a direct build, on stdout.
+void PrintModel(const Mc3dsFile *scene, const McClump *clump);
+// Warns of the errors that the Meshcaster library has counted, and has it count anew.
+void ReportModelErrors();
+
+// ---- preview.cpp: where there is libpng besides
+
+// Pixels along one side of a picture of one frame.
+constexpr int previewSideLeast = 16, previewSideMost = 4096;
+
+// What to draw. The values here are the defaults.
+struct PreviewOptions {
+    int width = 0, height = 0; // pixels of one frame; 0: 800 x 600, in a strip 320 x 240
+    int64_t frame = -1;        // of the animation, from 0; -1: objects stand as asked.flags says
+    bool strip = false; // several frames side by side, spread over the whole animation; goes before frame
+};
+
+// Draws the model that asked leads to (its form and sizes count, its file names don't; it stays as it is)
+// into a PNG file at path, which is overwritten in place: to have it appear whole or not at all, let it grow
+// in a private folder and Deliver it. A scene without animation gets one picture in place of a strip, with a
+// warning. False, with the report on name, when there is no picture; part of a file may be left then.
+bool WritePreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
+                  const std::string &name, const std::filesystem::path &path);
+
+#endif
