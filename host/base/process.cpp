@@ -55,7 +55,7 @@ void MakeStandardOutputBinary()
 fs::path MakeOwnFolder(const fs::path &beginning, std::string *why)
 {
     std::error_code failure;
-    const fs::path folder = beginning.string() + RandomText();
+    const fs::path folder = PathOf(beginning.string() + RandomText());
     if (fs::create_directory(folder, failure))
         return folder;
     *why = failure ? failure.message() : "its name is taken";
