@@ -105,6 +105,10 @@ TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
         {"-0X.8p1", -1},
         {"0x", 0},
         {"0x.p1", 0},
+        {"0x2p+-1", 2}, // an exponent has one sign at most and a digit
+        {"0x2p-+1", 2},
+        {"0x2p", 2},
+        {"1e+-5", 1},
         {"0x1p2000", infinite},
         {"0x0.0001p-1100", 0},
         {"1e400", infinite},

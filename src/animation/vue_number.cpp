@@ -68,11 +68,27 @@ static bool IsHuge(const char *text, const char *end, bool hexadecimal)
     return (hexadecimal ? weight * 4 : weight) + exponent > 0;
 }
 
+// How much of a hexadecimal number from_chars may see: without the exponent where it isn't whole, since
+// from_chars would take a second sign.
+static size_t HexLength(const char *text)
+{
+    const size_t mantissa = std::strspn(text, "0123456789abcdefABCDEF.");
+    const char *exponent = text + mantissa;
+    if (*exponent == 'p' || *exponent == 'P') {
+        ++exponent;
+        TakeSign(&exponent);
+        if (!IsDigit(*exponent))
+            return mantissa;
+    }
+    return std::strlen(text);
+}
+
 // An unsigned number in one of from_chars' forms, which leaves the value alone where it doesn't fit.
 static const char *ParseUnsigned(const char *text, bool hexadecimal, double *value)
 {
     const auto format = hexadecimal ? std::chars_format::hex : std::chars_format::general;
-    const auto result = std::from_chars(text, text + std::strlen(text), *value, format);
+    const size_t length = hexadecimal ? HexLength(text) : std::strlen(text);
+    const auto result = std::from_chars(text, text + length, *value, format);
     if (result.ec == std::errc::invalid_argument)
         return nullptr;
     if (result.ec == std::errc::result_out_of_range)
