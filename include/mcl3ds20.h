@@ -39,7 +39,8 @@ struct McClump;
  *   text   NUL-terminated, at most 255 bytes, no line end behind it, possibly empty. It belongs to the
  *          library and is overwritten by the next report: copy what is needed later.
  * Every report comes, at every level; filtering is the host's. A report changes nothing of what the
- * library does next. The function must return in the ordinary way: an exception that it throws is dropped.
+ * library does next. An exception that the function throws is dropped. A thread may end inside it
+ * (pthread_exit, cancellation); the memory and the files of the call it was in are then never released.
  */
 typedef void (*Mc3dsCallback)(int32_t level, const char *text);
 

@@ -2,6 +2,17 @@
 #include <algorithm>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
+
+#if !defined(_WIN32)
+#include <pthread.h>
+#endif
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/lsan_interface.h>
+#define MC3DS_LEAKS_ARE_CHECKED
+#endif
+#endif
 
 #include "command.h"
 #include "harness.h"
@@ -65,6 +76,37 @@ TEST_F(PublicFace, ACallbackMayThrowOrBeMissing)
     work(silent);
     EXPECT_EQ(heardThrowing, heard);
 }
+
+#if !defined(_WIN32)
+// Runs a load or an output in a thread that its first report ends.
+template <class Work>
+static bool ThreadEndsInside(Work work)
+{
+    bool wentOn = false;
+    std::thread([&] {
+#if defined(MC3DS_LEAKS_ARE_CHECKED)
+        const __lsan::ScopedDisabler whatTheCallHeldIsLost;
+#endif
+        const Mc3dsCallback before =
+            Mc3dsSetMessageCallback([](int32_t, const char *) { pthread_exit(nullptr); });
+        work();
+        Mc3dsSetMessageCallback(before);
+        wentOn = true;
+    }).join();
+    return !wentOn;
+}
+
+TEST_F(PublicFace, AThreadMayEndInACallback)
+{
+    const LoadedScene scene = LoadBytes(WorkedScene());
+    Mc3dsOptions options = DefaultOptions();
+    const std::string expected = Output(scene, options);
+    EXPECT_TRUE(ThreadEndsInside([] { Mc3dsLoadFile("scene.3ds"); }));
+    EXPECT_TRUE(ThreadEndsInside([&] { Mc3dsOutput(scene.get(), &options, nullptr); }));
+    Mc3dsSetMessageCallback(nullptr);
+    EXPECT_EQ(Output(LoadBytes(WorkedScene()), options), expected);
+}
+#endif
 
 TEST_F(PublicFace, SettersGiveBackWhatWasSetBeforeEachForItself)
 {

@@ -1,5 +1,9 @@
 #include "frame.h"
 
+#if defined(__GLIBCXX__)
+#include <cxxabi.h>
+#endif
+
 static Mc3dsCallback errorCallback;
 static Mc3dsCallback messageCallback;
 static char reportBuffer[256];
@@ -10,9 +14,14 @@ static void Report(Mc3dsCallback callback, int32_t level, const char *format, va
         return; // no one could see the text
     Mc3dsFormatTextV(reportBuffer, sizeof reportBuffer, format, arguments);
     // A host in C++ may have its callback throw. The callers up the stack hold open files and memory, and are
-    // C functions to the host: the exception ends here.
+    // C functions to the host: the exception ends here. A thread that ends inside the callback (pthread_exit,
+    // cancellation) unwinds with an exception that must go on, or the C library aborts the process.
     try {
         callback(level, reportBuffer);
+#if defined(__GLIBCXX__)
+    } catch (const abi::__forced_unwind &) {
+        throw;
+#endif
     } catch (...) {
     }
 }
