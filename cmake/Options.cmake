@@ -1,8 +1,13 @@
 # Compile options that every target of the project shares, as the interface target mc3ds_options.
 add_library(mc3ds_options INTERFACE)
 # Output bytes are promised: no fused multiply-add, and on 32-bit x86 no 80-bit registers.
-target_compile_options(mc3ds_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -ffp-contract=off)
-if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86|AMD64|amd64")
+if(MSVC)
+    target_compile_options(mc3ds_options INTERFACE /W4 /fp:precise /utf-8)
+    target_compile_definitions(mc3ds_options INTERFACE _CRT_SECURE_NO_WARNINGS)
+else()
+    target_compile_options(mc3ds_options INTERFACE -Wall -Wextra -Wshadow -Wconversion -ffp-contract=off)
+endif()
+if(NOT MSVC AND CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86|AMD64|amd64")
     target_compile_options(mc3ds_options INTERFACE -msse2 -mfpmath=sse)
 endif()
 # gcc 12 sees overlaps in "text" + std::string that aren't there.
@@ -10,7 +15,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     target_compile_options(mc3ds_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 if(MC3DS_WERROR)
-    target_compile_options(mc3ds_options INTERFACE -Werror)
+    target_compile_options(mc3ds_options INTERFACE $<IF:$<CXX_COMPILER_ID:MSVC>,/WX,-Werror>)
 endif()
 # fopen, fseeko and their like take 64-bit offsets on every system.
 target_compile_definitions(mc3ds_options INTERFACE _FILE_OFFSET_BITS=64)
