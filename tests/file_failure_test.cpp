@@ -55,7 +55,11 @@ TEST_F(FileFailureTest, AFileThatFailsInAnyReadEndsTheLoadAndHarmsNoOther)
     const Seed &seed = FindSeed("Animated");
     const auto loadFromDisk = [&](const std::string &suffix, int failing, bool atEnd) {
         disk = {suffix, suffix == "vue" ? seed.vue : seed.scene, 0, 0, failing, atEnd};
-        Load("scene.3ds");
+        const LoadedScene scene = Load("scene.3ds");
+        const int expected = failing == INT32_MAX || atEnd ? 0 : EIO;
+        if (scene && !suffix.empty()) {
+            EXPECT_EQ(suffix == "3ds" ? scene->readError : scene->vueError, expected);
+        }
         return TakeReportLines();
     };
     LoadBytes(seed.scene, seed.vue);
@@ -68,14 +72,17 @@ TEST_F(FileFailureTest, AFileThatFailsInAnyReadEndsTheLoadAndHarmsNoOther)
             for (const bool atEnd : {false, true}) {
                 SCOPED_TRACE(suffix + " fails in read " + std::to_string(failing));
                 const std::string reports = loadFromDisk(suffix, failing, atEnd);
-                const bool told = reports.find("E0 File Error") != std::string::npos;
+                const size_t first = reports.find("E0 File Error"), last = reports.rfind("E0 File Error");
+                const bool told = first != std::string::npos;
                 // An error within the length of a topmost chunk shows as damage only: no number comes behind.
                 const bool cut = reports.find("E1 Chunk header can't be read whole") != std::string::npos;
                 // Nor is anything lost where the bytes that failed were read ahead and never asked for.
-                if (suffix == "3ds" && !atEnd)
+                if (atEnd)
+                    EXPECT_FALSE(told) << reports;
+                else if (suffix == "3ds")
                     EXPECT_TRUE(told || cut || reports == whole) << reports;
                 else
-                    EXPECT_FALSE(told) << reports;
+                    EXPECT_TRUE(told && first == last) << reports;
                 EXPECT_EQ(loadFromDisk("", 0, false), whole);
             }
     }
@@ -93,4 +100,29 @@ TEST_F(FileFailureTest, AFolderIsNoSceneAndAPipeIsRefused)
     EXPECT_EQ(TakeReportLines("E"), "E1 Unable to open file <" + path + ">\n");
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST_F(FileFailureTest, AVueFileIsReadUpToTheSizeThatItHad)
+{
+    const Seed &seed = FindSeed("Animated");
+    LoadBytes(seed.scene, seed.vue);
+    std::filesystem::remove("scene.vue");
+    std::filesystem::create_symlink("/dev/zero", "scene.vue"); // no size, and no end
+    LoadedScene scene = Load("scene.3ds");
+    EXPECT_EQ(scene->hasAnimation, 1u);
+    EXPECT_EQ(scene->vueError, 0);
+    EXPECT_EQ(scene->fileSize, seed.scene.size());
+    EXPECT_EQ(scene->rootSize, seed.scene.size());
+    std::filesystem::remove("scene.vue");
+    std::filesystem::create_directory("scene.vue");
+    TakeReportLines();
+    scene = Load("scene.3ds");
+    EXPECT_EQ(scene->vueError, EISDIR);
+    EXPECT_EQ(TakeReportLines("E"), "E0 File Error\n");
+    std::filesystem::remove("scene.vue");
+    std::filesystem::create_symlink("scene.vue", "scene.vue");
+    scene = Load("scene.3ds");
+    EXPECT_EQ(scene->hasAnimation, 0u);
+    EXPECT_EQ(scene->vueError, ELOOP);
+    EXPECT_EQ(TakeReportLines("E"), "");
 }

@@ -1,19 +1,39 @@
 #include "text_stream.h"
 
+#include <cerrno>
+
 // The NUL behind the last byte lets a number be read up to the end of the buffer without a test of its
 // length.
 
-void Mc3dsOpenTextStream(Mc3dsFile *file)
+void Mc3dsOpenTextStream(Mc3dsFile *file, uint64_t size)
 {
     Mc3dsLoad *load = file->load;
     load->nextText = load->lastText = load->bytes;
     load->bytes[0] = '\0';
+    load->textLeft = size;
+    load->failed = false;
 }
 
 bool Mc3dsRefillText(Mc3dsFile *file)
 {
     Mc3dsLoad *load = file->load;
-    const size_t length = std::fread(load->bytes, 1, sizeof load->bytes - 1, file->stream);
+    size_t length = 0;
+    if (file->vueError == 0) {
+        // One byte past the end is requested and discarded: the first read shows a folder, which may have no
+        // size.
+        constexpr size_t most = sizeof load->bytes - 1;
+        const size_t wanted = load->textLeft < most ? static_cast<size_t>(load->textLeft) + 1 : most;
+        length = std::fread(load->bytes, 1, wanted, file->stream);
+        if (std::ferror(file->stream))
+            file->vueError = errno != 0 ? errno : EIO;
+        if (length > load->textLeft)
+            length = static_cast<size_t>(load->textLeft);
+        load->textLeft -= length;
+    }
+    if (length == 0 && file->vueError != 0 && !load->failed) {
+        load->failed = true;
+        Mc3dsError(0, "File Error");
+    }
     load->bytes[length] = '\0';
     load->nextText = load->bytes;
     load->lastText = load->bytes + length;

@@ -6,8 +6,9 @@
 
 constexpr int Mc3dsEndOfText = -1;
 
-void Mc3dsOpenTextStream(Mc3dsFile *file);
-bool Mc3dsRefillText(Mc3dsFile *file); // false at the end
+// Reads no more than size bytes, however the file grows.
+void Mc3dsOpenTextStream(Mc3dsFile *file, uint64_t size);
+bool Mc3dsRefillText(Mc3dsFile *file); // false at the end, and, with its report, after a read that failed
 
 // The next byte, which stays, or Mc3dsEndOfText.
 inline int Mc3dsPeekCharacter(Mc3dsFile *file)

@@ -1,5 +1,6 @@
 #include "vue.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -170,19 +171,12 @@ static void Scan(Mc3dsFile *file)
     }
 }
 
-static uint64_t StreamSize(FILE *stream)
-{
-    const int64_t size = Mc3dsMeasureStream(stream);
-    // A folder opens too, and on some systems has the size 2^63 - 1.
-    return size >= 0 && size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0;
-}
-
 // Identities for all frames of all objects. False, with nothing allocated and its report, when there is no
 // memory or the scene asks for more than it should.
-static bool AllocateFrames(Mc3dsFile *file)
+static bool AllocateFrames(Mc3dsFile *file, uint64_t vueSize)
 {
     const uint64_t count = uint64_t{file->frameCount} + 1;
-    bool fits = file->objectCount * count <= mostFrames + StreamSize(file->stream);
+    bool fits = file->objectCount * count <= mostFrames + vueSize;
     for (uint32_t i = 0; i < file->objectCount && fits; ++i) {
         Mc3dsObject &object = file->objects[i];
         object.frames = static_cast<Mc3dsTransform *>(Mc3dsResize(nullptr, count, sizeof(Mc3dsTransform)));
@@ -209,12 +203,18 @@ uint32_t Mc3dsReadVue(Mc3dsFile *file)
         return 0;
     std::memcpy(name + length - 3, "vue", 3);
     file->stream = std::fopen(name, "r");
-    if (!file->stream)
+    if (!file->stream) {
+        if (errno != ENOENT && errno != ENOTDIR)
+            file->vueError = errno;
         return 0;
+    }
     Mc3dsMessage(0, "\nReading File <%s>", name);
-    const bool hasFrames = AllocateFrames(file);
+    // What can't be seeked has no size. Neither has a folder, for which some systems give 2^63 - 1.
+    const int64_t measured = Mc3dsMeasureStream(file->stream);
+    const uint64_t size = measured > 0 && measured < INT64_MAX ? static_cast<uint64_t>(measured) : 0;
+    const bool hasFrames = AllocateFrames(file, size);
     if (hasFrames) {
-        Mc3dsOpenTextStream(file);
+        Mc3dsOpenTextStream(file, size);
         Scan(file);
     }
     Mc3dsCloseStream(file);

@@ -101,7 +101,11 @@ struct Mc3dsFile {
     uint32_t nodeCounter;
     float ambient[3];
     uint32_t hasAnimation;
-    Mc3dsLoad *load; // owned; null once the load has ended
+    Mc3dsLoad *load;   // owned; null once the load has ended
+    uint64_t fileSize; // bytes of the scene's file when it was opened
+    uint64_t rootSize; // length of its first chunk as the header has it; 0 if the file has no whole header
+    int readError;     // errno of the first read of the scene's file that failed; 0 if none did
+    int vueError; // the same for the .vue file, or why it can't be opened; 0 if it is missing or in order
 };
 
 // The largest finite float and its negative, the start values of all bounds.

@@ -31,7 +31,8 @@ struct Mc3dsLoad {
     uint32_t objectCapacity; // records that file->objects has room for
     Mc3dsNames objectNames, materialNames;
     const uint8_t *nextText, *lastText; // of a text stream, in bytes: the next one, and the end
-    uint8_t bytes[65536 + 1];           // one more for the NUL at the end of a text
+    uint64_t textLeft;        // bytes of the text file, of its size when it was opened, still to be read
+    uint8_t bytes[65536 + 1]; // one more for the NUL at the end of a text
 };
 
 // ---- load_state.cpp

@@ -48,6 +48,8 @@ static bool ReadRoot(Mc3dsFile *file)
 {
     Mc3dsChunk root;
     Mc3dsReadChunkHeader(file, &root);
+    if (file->fileSize >= Mc3dsChunkHeaderSize)
+        file->rootSize = root.size;
     switch (root.tag) {
     case M3DMAGIC:
         for (Mc3dsChunk child = {}; Mc3dsNextChunk(file, &root, &child);) {

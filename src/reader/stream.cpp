@@ -1,5 +1,7 @@
 #include "reader.h"
 
+#include <cerrno>
+
 static char nameBuffer[130]; // the shared name buffer: 129 bytes and a terminator
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
@@ -12,6 +14,7 @@ bool Mc3dsOpenStream(Mc3dsFile *file)
     // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
     // more than enough for it.
     const uint64_t counted = size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0xFFFFFFFF;
+    file->fileSize = static_cast<uint64_t>(size);
     Mc3dsLoad *load = file->load;
     load->position = load->start = load->length = 0;
     load->end = UINT64_MAX;
@@ -39,6 +42,12 @@ bool Mc3dsSpend(Mc3dsFile *file, uint64_t bytes)
     return true;
 }
 
+static void NoteError(Mc3dsFile *file)
+{
+    if (file->readError == 0)
+        file->readError = errno != 0 ? errno : EIO;
+}
+
 // Refills the buffer from the position on. False at the end of the file and in error; an error is for good.
 static bool Refill(Mc3dsFile *file)
 {
@@ -51,8 +60,10 @@ static bool Refill(Mc3dsFile *file)
         load->length = 0; // nor can a seek come back to what was buffered
         return false;
     }
-    if (!goesOn && !Mc3dsSeekStream(file->stream, static_cast<int64_t>(load->position), SEEK_SET))
+    if (!goesOn && !Mc3dsSeekStream(file->stream, static_cast<int64_t>(load->position), SEEK_SET)) {
+        NoteError(file);
         return false;
+    }
     // After a seek to somewhere else, read only 4 KiB: the next seek often returns.
     constexpr size_t whole = sizeof load->bytes - 1;
     const size_t wanted = goesOn ? whole : whole / 16;
@@ -60,6 +71,8 @@ static bool Refill(Mc3dsFile *file)
     load->length = std::fread(load->bytes, 1, wanted, file->stream);
     if (load->length < wanted && !std::ferror(file->stream))
         load->end = load->start + load->length;
+    if (std::ferror(file->stream))
+        NoteError(file);
     load->failed = std::ferror(file->stream) && load->length == 0;
     return load->length > 0;
 }
