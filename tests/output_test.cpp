@@ -237,6 +237,49 @@ TEST_F(OutputTest, TexturesFollowTheMapsOfTheMaterial)
     }
 }
 
+TEST_F(OutputTest, TextsThatAreNotAskedForAreNotTouched)
+{
+    const LoadedScene scene = Mapped(Map(0xA200, "Brick.GIF"));
+    const auto wild = reinterpret_cast<const char *>(uintptr_t{1});
+    Mc3dsOptions options = DefaultOptions();
+    const std::string script = Output(scene, options);
+    options.clumpName = options.headerFile = options.animationFile = options.textureExtension = wild;
+    EXPECT_EQ(Output(scene, options), script);
+    options.flags = MC3DS_DIRECT | MC3DS_SOURCE | MC3DS_PER_OBJECT | MC3DS_HEADER | MC3DS_ANIMATION;
+    options.outputFile = wild;
+    McClump *clump = nullptr;
+    Mc3dsOutput(scene.get(), &options, &clump);
+    EXPECT_NE(clump, nullptr);
+}
+
+static Mc3dsOptions changing;
+static const std::string longExtension(5000, 'x');
+
+// A host that changes its options while an output reads them.
+TEST_F(OutputTest, ACallbackMayChangeTheOptions)
+{
+    const LoadedScene scene = Mapped(Map(0xA200, "Brick.GIF") + Map(0xA210, "MASK"));
+    for (const uint32_t before : {0u, MC3DS_SOURCE, MC3DS_DIRECT}) {
+        changing = DefaultOptions(before);
+        changing.surfaceFlags |= MC3DS_TEXTURE_EXTENSION;
+        changing.textureExtension = "b";
+        Mc3dsSetMessageCallback([](int32_t, const char *text) {
+            if (std::string(text).starts_with("Scale"))
+                changing.textureExtension = longExtension.c_str();
+        });
+        const std::string document = Output(scene, changing);
+        EXPECT_EQ(document.empty(), before == MC3DS_DIRECT);
+        EXPECT_EQ(document.find(longExtension) == std::string::npos, document.empty());
+        changing.flags = before;
+        Mc3dsSetMessageCallback([](int32_t, const char *text) {
+            if (std::string(text).starts_with("Scale"))
+                changing.flags ^= MC3DS_DIRECT;
+        });
+        Output(scene, changing);
+    }
+    Mc3dsSetMessageCallback(nullptr);
+}
+
 TEST_F(OutputTest, FacesThatCannotBeDrawnAreLeftOutAndNothingElse)
 {
     const Bytes faces =

@@ -33,19 +33,16 @@ static void WriteSceneFiles(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc
     }
 }
 
-// Null when there is no memory. Freed by free.
+// Null, with its report, when there is no memory. Freed by free.
 static Mc3dsWriter *MakeWriter(Mc3dsOptions *options)
 {
-    const size_t nameSize =
-        sizeof Mc3dsMaterial::textureMap + 1 + std::strlen(Mc3dsOptionText(options->textureExtension));
-    auto *memory = static_cast<char *>(std::malloc(sizeof(Mc3dsWriter) + 2 * nameSize));
-    if (!memory)
+    auto *writer = static_cast<Mc3dsWriter *>(std::malloc(sizeof(Mc3dsWriter)));
+    if (!writer) {
+        Mc3dsError(0, "Out of memory for the output; nothing is written");
         return nullptr;
-    auto *writer = reinterpret_cast<Mc3dsWriter *>(memory);
-    std::memset(memory, 0, offsetof(Mc3dsWriter, text)); // the text needs no clearing
+    }
+    std::memset(static_cast<void *>(writer), 0, offsetof(Mc3dsWriter, text)); // the text needs no clearing
     writer->options = options;
-    writer->textureName = memory + sizeof(Mc3dsWriter);
-    writer->maskName = writer->textureName + nameSize;
     return writer;
 }
 

@@ -42,16 +42,16 @@ constexpr size_t Mc3dsTextSlack = 4096;
 
 // The state of one call of Mc3dsOutput.
 struct Mc3dsWriter {
-    FILE *stream;                 // the text file being written; unused in a direct build
-    int32_t indent;               // nesting level of the statements
-    int32_t blankLineDone;        // 1 when the last thing written was the blank separator line
-    float scale;                  // file units to target units
-    float centre[3];              // shift in file co-ordinates, unscaled
-    Mc3dsOptions *options;        // the host's own record
-    McClump *clump;               // direct build: the clump that ended last
-    char *textureName, *maskName; // room for a name of 15 characters, a point and the new extension
-    bool clumpEnded;              // a ClumpEnd went into the document
-    bool hierarchyFailed;         // a walk had no memory to go down, which was reported
+    FILE *stream;          // the text file being written; unused in a direct build
+    int32_t indent;        // nesting level of the statements
+    int32_t blankLineDone; // 1 when the last thing written was the blank separator line
+    float scale;           // file units to target units
+    float centre[3];       // shift in file co-ordinates, unscaled
+    Mc3dsOptions *options; // the host's own record
+    McClump *clump;        // direct build: the clump that ended last
+    bool clumpEnded;       // a ClumpEnd went into the document
+    bool streamFailed;     // a write on stream has failed
+    bool hierarchyFailed;  // a walk had no memory to go down, which was reported
     Mc3dsHierarchy hierarchy;
     size_t textLength; // bytes in text that stream hasn't got yet
     char text[Mc3dsTextBlock + Mc3dsTextSlack];

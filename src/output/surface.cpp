@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <cstring>
 
 #include "output.h"
@@ -25,19 +26,26 @@ static float Opacity(const Mc3dsOptions *options, const Mc3dsMaterial *material)
     return static_cast<float>(1.0 - static_cast<double>(material->transparency));
 }
 
-// A map's name as outputs have it, into a buffer of the writer that has room for it. Only a point in the last
-// component of the path counts, and only a backslash parts components: the names come from DOS.
-static const char *TreatName(const Mc3dsOptions *options, const char field[16], char *name)
+// A map's name as outputs have it, to be freed by the caller; null, with its report, when there is no memory.
+// Only a point in the last component of the path counts, and only a backslash parts components: the names
+// come from DOS. The room is measured here and now: a callback may have changed the options since the last
+// surface.
+static char *TreatName(const Mc3dsOptions *options, const char field[16])
 {
+    const bool replaces = (options->surfaceFlags & MC3DS_TEXTURE_EXTENSION) != 0;
+    const char *extension = replaces ? Mc3dsOptionText(options->textureExtension) : "";
+    auto *name =
+        static_cast<char *>(std::malloc(sizeof Mc3dsMaterial::textureMap + 1 + std::strlen(extension)));
+    if (!name) {
+        Mc3dsError(0, "Out of memory for the name of texture <%s>, which is left out", field);
+        return nullptr;
+    }
     std::strcpy(name, field);
-    if (!(options->surfaceFlags & MC3DS_TEXTURE_EXTENSION))
-        return name;
-    for (size_t i = std::strlen(name); i > 0 && name[i - 1] != '\\'; --i)
+    for (size_t i = replaces ? std::strlen(name) : 0; i > 0 && name[i - 1] != '\\'; --i)
         if (name[i - 1] == '.') {
             name[i - 1] = '\0';
             break;
         }
-    const char *extension = Mc3dsOptionText(options->textureExtension);
     if (extension[0] != '\0') {
         std::strcat(name, ".");
         std::strcat(name, extension);
@@ -65,9 +73,14 @@ static void EmitTextures(Mc3dsWriter *writer, const Mc3dsMaterial *material)
     }
     const bool masked = textured && material->opacityMap[0] != '\0';
     const char *map = textured ? material->textureMap : material->reflectionMap;
-    const char *name = TreatName(writer->options, map, writer->textureName);
-    const char *mask = masked ? TreatName(writer->options, material->opacityMap, writer->maskName) : nullptr;
-    EmitNamedTexture(writer, name, mask);
+    char *name = TreatName(writer->options, map);
+    char *mask = name && masked ? TreatName(writer->options, material->opacityMap) : nullptr;
+    if (name && (mask || !masked))
+        EmitNamedTexture(writer, name, mask);
+    else
+        Mc3dsEmitTextureNull(writer);
+    std::free(name);
+    std::free(mask);
 }
 
 void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material)

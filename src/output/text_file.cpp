@@ -13,15 +13,18 @@ bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path)
     // The writer's own buffer comes before the stream's, which would only copy once more.
     std::setvbuf(writer->stream, nullptr, _IONBF, 0);
     writer->textLength = 0;
+    writer->streamFailed = false;
     return true;
 }
 
-// A write that fails goes unnoticed here: the host looks at the file.
+// A stream on which a write has failed gets nothing more: the end of the document is missing then, by which
+// the host sees it.
 void Mc3dsFlushText(Mc3dsWriter *writer)
 {
     // Whole blocks, so that every write but the last begins and ends with a page of the file.
     const size_t length = writer->textLength < Mc3dsTextBlock ? writer->textLength : Mc3dsTextBlock;
-    std::fwrite(writer->text, 1, length, writer->stream);
+    if (!writer->streamFailed && writer->stream)
+        writer->streamFailed = std::fwrite(writer->text, 1, length, writer->stream) < length;
     writer->textLength -= length;
     std::memmove(writer->text, writer->text + length, writer->textLength);
 }
