@@ -2,7 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -46,9 +48,11 @@ void LoadAndWrite(const void *scene, size_t sceneSize, const void *vue, size_t v
     hasVue = vue != nullptr;
     Mc3dsFile *file = Mc3dsLoadFile("scene.3ds");
     Require(CheckScene(file).empty(), CheckScene(file).c_str());
-    for (const uint32_t flags : allOutputs) {
-        const std::string fault = CheckOutput(file, flags);
-        Require(fault.empty(), fault.c_str());
-    }
+    // One output a run: eight cost more than the load. Which one depends on the bytes alone, so that a find
+    // can be repeated, and changes with nearly every mutation.
+    const std::string_view bytes(static_cast<const char *>(vue ? vue : scene), vue ? vueSize : sceneSize);
+    const std::string fault =
+        CheckOutput(file, allOutputs[std::hash<std::string_view>()(bytes) % std::size(allOutputs)]);
+    Require(fault.empty(), fault.c_str());
     Mc3dsUnloadFile(file);
 }

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-// Loads a scene beside a .vue file (none where vue is null), writes it in every form, and frees it. Ends the
-// process with a word when something isn't as it must be.
+// Loads a scene beside a .vue file (none where vue is null), writes it in one form, and frees it. Prints the
+// failed check and aborts.
 void LoadAndWrite(const void *scene, size_t sceneSize, const void *vue, size_t vueSize);
 
 #endif
