@@ -28,7 +28,7 @@ int main(int argc, char **argv)
     }
     RemovePrivateFolders();
     StopIfInterrupted();
-    if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && status == exitDone) {
+    if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && status == exitDone && !OutputReaderIsGone()) {
         ReportError(std::string("cannot write to the standard output: ") + std::strerror(errno));
         status = exitFailed;
     }

@@ -10,6 +10,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 // Exit statuses of the program.
 constexpr int exitDone = 0;
@@ -64,6 +65,10 @@ void StopIfInterrupted();
 bool IsTerminal(FILE *stream);
 // The standard output takes bytes as they are from here on.
 void MakeStandardOutputBinary();
+// Whether whoever read the standard output has closed it.
+bool OutputReaderIsGone();
+// Renames a file, but replaces nothing: the error is file_exists then.
+std::error_code MoveToNewName(const std::filesystem::path &from, const std::filesystem::path &to);
 std::string RandomText();
 // Makes a folder that its owner alone can enter, whose name is that beginning and some random letters.
 // Returns its path, or an empty one with the reason.

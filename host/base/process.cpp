@@ -52,6 +52,19 @@ void MakeStandardOutputBinary()
     _setmode(_fileno(stdout), _O_BINARY);
 }
 
+bool OutputReaderIsGone()
+{
+    return false;
+}
+
+std::error_code MoveToNewName(const fs::path &from, const fs::path &to)
+{
+    // Other than std::filesystem's, this one replaces nothing here.
+    return std::rename(from.string().c_str(), to.string().c_str()) == 0
+               ? std::error_code()
+               : std::error_code(errno, std::generic_category());
+}
+
 fs::path MakeOwnFolder(const fs::path &beginning, std::string *why)
 {
     std::error_code failure;
@@ -127,6 +140,25 @@ bool IsTerminal(FILE *stream)
 
 void MakeStandardOutputBinary()
 {
+}
+
+bool OutputReaderIsGone()
+{
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    return poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
+}
+
+std::error_code MoveToNewName(const fs::path &from, const fs::path &to)
+{
+    // A second name refuses to replace anything. Where files can't have two, a look has to do.
+    std::error_code failure;
+    if (link(from.c_str(), to.c_str()) == 0)
+        fs::remove(from, failure);
+    else if (errno == EEXIST || fs::exists(fs::symlink_status(to, failure)))
+        return std::make_error_code(std::errc::file_exists);
+    else
+        fs::rename(from, to, failure);
+    return failure;
 }
 
 fs::path MakeOwnFolder(const fs::path &beginning, std::string *why)

@@ -15,31 +15,56 @@ namespace fs = std::filesystem;
 
 using Scene = std::unique_ptr<Mc3dsFile, void (*)(Mc3dsFile *)>;
 
+// Why the files of a scene are not even opened; empty when they may be. A pipe or a device may have no end.
+static std::string WhyRefused(const std::string &path)
+{
+    std::error_code failure;
+    const fs::file_status scene = fs::status(PathOf(path), failure);
+    const fs::file_status vue = fs::status(PathOf(VuePath(path)), failure);
+    if (fs::is_directory(scene))
+        return "cannot be read: it is a folder; --recursive converts the scenes in it";
+    if (fs::exists(scene) && !fs::is_regular_file(scene))
+        return "cannot be read: it is a pipe or a device, and no regular file";
+    if (fs::exists(vue) && !fs::is_regular_file(vue) && !fs::is_directory(vue))
+        return "its animation " + InQuotes(VuePath(path)) + " is a pipe or a device; nothing is read";
+    if (path.find_first_of("\r\n") != std::string::npos)
+        return "cannot be converted: a line break in its name would end the comment that holds it";
+    return "";
+}
+
+// Why a scene that was read may not be written; empty when it may be. Damage is no reason, but a file that
+// can't be read to its end is: what is missing may be there the next time.
+static std::string WhyIncomplete(const Mc3dsFile *scene, const std::string &path, bool animated)
+{
+    if (scene->readError != 0)
+        return std::string("cannot be read to its end: ") + std::strerror(scene->readError);
+    if (scene->vueError != 0 && (animated || scene->hasAnimation))
+        return "its animation " + InQuotes(VuePath(path)) +
+               " cannot be read: " + std::strerror(scene->vueError);
+    return "";
+}
+
 // Null, with its reports, when there is no scene.
-static Scene LoadScene(const std::string &path)
+static Scene LoadScene(const std::string &path, bool animated)
 {
     Scene scene(nullptr, Mc3dsUnloadFile);
-    std::error_code failure;
-    if (fs::is_directory(PathOf(path), failure)) {
-        ReportError("cannot be read: it is a folder; --recursive converts the scenes in it");
-        return scene;
-    }
-    if (path.find_first_of("\r\n") != std::string::npos) {
-        ReportError("cannot be converted: a line break in its name would end the comment that holds it");
+    if (const std::string why = WhyRefused(path); !why.empty()) {
+        ReportError(why);
         return scene;
     }
     errno = 0;
     scene.reset(Mc3dsLoadFile(path.c_str()));
     const int reason = errno;
-    if (MemoryRanOut() || reason == ENOMEM) {
-        ReportError("out of memory while reading; nothing is written");
+    std::string why;
+    if (MemoryRanOut() || (!scene && reason == ENOMEM))
+        why = "out of memory while reading";
+    else if (scene)
+        why = WhyIncomplete(scene.get(), path, animated);
+    else if (why = TakeLibraryError(); why.empty() || why.starts_with("Unable to open"))
+        why = std::string("no scene: ") + std::strerror(reason);
+    if (!why.empty()) {
+        ReportError(why + "; nothing is written");
         scene.reset();
-    } else if (!scene) {
-        const std::string why = TakeLibraryError();
-        if (why.empty() || why.starts_with("Unable to open"))
-            ReportError(std::string("no scene: ") + std::strerror(reason) + "; nothing is written");
-        else
-            ReportError(why + "; nothing is written");
     }
     return scene;
 }
@@ -81,7 +106,7 @@ static bool BuildModel(const Mc3dsFile *scene, Mc3dsOptions *asked)
     McClump *clump = nullptr;
     errno = 0;
     Mc3dsOutput(scene, asked, &clump);
-    const bool outOfMemory = errno == ENOMEM || MemoryRanOut();
+    const bool outOfMemory = (errno == ENOMEM && !clump) || MemoryRanOut();
     if (outOfMemory)
         ReportError("out of memory while building the model");
 #if defined(MC3DS_HAVE_MCLMODEL)
@@ -111,11 +136,11 @@ static bool AllTargetsExist(const HostOptions &options, const std::string &scene
     return true;
 }
 
-static Scene LoadAndShow(const HostOptions &options, const std::string &path)
+static Scene LoadAndShow(const HostOptions &options, const std::string &path, bool animated)
 {
     SceneNotes notes;
     StartNotes(&notes);
-    Scene scene = LoadScene(path);
+    Scene scene = LoadScene(path, animated);
     StopNotes();
     if (options.json)
         PrintJson(scene.get(), path, notes);
@@ -130,16 +155,21 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
     const std::string &path = result->scene;
     if (options.noClobber && AllTargetsExist(options, path))
         return true;
-    const Scene scene = options.info ? LoadAndShow(options, path) : LoadScene(path);
+    const bool animated = options.flags & MC3DS_ANIMATION;
+    const Scene scene = options.info ? LoadAndShow(options, path, animated) : LoadScene(path, animated);
     if (!scene)
         return false;
+    const bool cut = scene->fileSize < scene->rootSize;
+    if (cut)
+        ReportError("the file is cut short: " + std::to_string(scene->fileSize) + " of " +
+                    std::to_string(scene->rootSize) + " bytes");
     result->objects = scene->objectCount;
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         result->vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
         result->triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
     }
     if (options.info && options.previewFile.empty())
-        return true;
+        return !cut;
     if (scene->objectCount == 0) {
         ReportError("the scene has no objects; nothing is written");
         return false;
@@ -154,9 +184,9 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
         if (!BuildModel(scene.get(), &asked))
             return false;
         if (options.previewFile.empty())
-            return true;
+            return !cut;
     }
-    return WriteFiles(options, path, scene.get(), &asked);
+    return WriteFiles(options, path, scene.get(), &asked) && !cut;
 }
 
 SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany)
@@ -166,8 +196,13 @@ SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool o
     result.scene = job.scene;
     result.bytes = job.bytes;
     SetReportSubject(&result);
+    const HostOptions own = OptionsFor(options, job);
     try {
-        result.done = Convert(OptionsFor(options, job), &result, oneOfMany);
+        if (CurrentFolderIsLost() &&
+            (PathOf(job.scene).is_relative() || PathOf(OutputName(own, job.scene)).is_relative()))
+            ReportError("cannot be converted: the current folder can't be entered any more");
+        else
+            result.done = Convert(own, &result, oneOfMany);
     } catch (const std::bad_alloc &) {
         ReportError("out of memory; nothing is written");
     } catch (const std::exception &failure) {

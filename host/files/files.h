@@ -30,6 +30,10 @@ void MarkPrivateFolders(const std::string &mark);
 void RemoveMarkedFolders(const std::filesystem::path &parent, const std::string &mark);
 // Makes folder the current one. False, with the reason, when that can't be.
 bool EnterFolder(const std::filesystem::path &folder, std::string *why);
+// Goes back there. Where that can't be, or folder is empty, the root becomes the current folder, and relative
+// paths lead nowhere from then on.
+void ReturnToFolder(const std::filesystem::path &folder);
+bool CurrentFolderIsLost();
 
 // ---- output_plan.cpp
 
@@ -44,13 +48,18 @@ bool PlanOutput(const HostOptions &options, const std::string &scenePath, const 
 
 // Whether the library got to the end of the file that it wrote: it doesn't look at its writes.
 bool IsWhole(const OutputFile &file, const Mc3dsFile *scene);
-// Brings a written file to its target. Returns the bytes in it; on failure nothing, with its report.
-bool Deliver(const OutputFile &file, uintmax_t *size);
+enum class Delivery { Done, Kept, Failed };
+
+// Brings a written file to its target, and returns the bytes in it; with its report where that fails. With
+// noClobber a target that exists, even since a moment ago, is kept.
+Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size);
 
 // ---- write_files.cpp
 
 // Finds each file a private folder to grow in. Object files share that of the first, which alone gets a path.
 bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject);
+// Deliver with its reports. False when it failed.
+bool DeliverOne(const OutputFile &file, bool noClobber);
 // Writes the files that options lead to and brings them to their targets. False, with its report, when one
 // failed.
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,

@@ -61,3 +61,20 @@ bool EnterFolder(const fs::path &folder, std::string *why)
         *why = "folder " + InQuotes(folder.string()) + " can't be entered: " + failure.message();
     return !failure;
 }
+
+static bool currentFolderIsLost;
+
+void ReturnToFolder(const fs::path &folder)
+{
+    std::string ignored;
+    std::error_code failure;
+    if (!folder.empty() && EnterFolder(folder, &ignored))
+        return;
+    currentFolderIsLost = true;
+    fs::current_path(fs::temp_directory_path(failure).root_path(), failure);
+}
+
+bool CurrentFolderIsLost()
+{
+    return currentFolderIsLost;
+}

@@ -18,15 +18,10 @@ bool WriteSummary(const std::string &name, bool noClobber, const std::string &te
 {
     std::vector<OutputFile> files = {{TextKind::Script, name, {}, false, {}}};
     OutputFile &file = files.front();
-    std::error_code failure;
     const std::string why = LocateTarget(&file);
     if (!why.empty()) {
         ReportUnwritten(name, why);
         return false;
-    }
-    if (noClobber && !file.inPlace && std::filesystem::exists(file.target, failure)) {
-        ReportKept(name);
-        return true;
     }
     bool done = MakeRoom(&files, "", false);
     if (done) {
@@ -36,10 +31,7 @@ bool WriteSummary(const std::string &name, bool noClobber, const std::string &te
         if (!done)
             ReportUnwritten(name, std::strerror(errno));
     }
-    uintmax_t size = 0;
-    done = done && Deliver(file, &size);
-    if (done)
-        ReportWritten(name, size);
+    done = done && DeliverOne(file, noClobber);
     RemovePrivateFolders();
     return done;
 }

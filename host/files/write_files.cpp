@@ -77,11 +77,7 @@ static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::st
     asked->animationFile = animation.c_str();
 
     std::error_code failure;
-    const fs::path home = fs::current_path(failure);
-    if (failure) {
-        ReportError("the current folder is unknown: " + failure.message());
-        return -1;
-    }
+    const fs::path home = fs::current_path(failure); // empty where that folder is gone
     if (!EnterFolder(folder, &why)) {
         ReportError(why);
         return -1;
@@ -89,18 +85,14 @@ static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::st
     errno = 0;
     Mc3dsOutput(scene, asked, nullptr);
     const int reason = errno;
-    if (!EnterFolder(home, &why)) {
-        ReportError(why);
-        return -1;
-    }
+    ReturnToFolder(home);
     return reason;
 }
 
-// reason is errno behind the writing. Where nothing failed it may be anything, but for what only failed
-// writes leave there.
+// reason is errno after the writing, and of use only where something is missing.
 static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &files, int reason)
 {
-    if (reason == ENOMEM || MemoryRanOut()) {
+    if (MemoryRanOut()) {
         ReportError("out of memory while writing; nothing is kept");
         return false;
     }
@@ -110,13 +102,7 @@ static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &fi
             return false;
         }
     }
-    bool failed = reason == ENOSPC || reason == EFBIG || reason == EIO;
-#if defined(EDQUOT)
-    failed = failed || reason == EDQUOT;
-#endif
-    if (failed)
-        ReportUnwritten(files.front().shown, std::strerror(reason));
-    return !failed;
+    return true;
 }
 
 static bool WriteAll(const HostOptions &options, const std::string &bareName, const Mc3dsFile *scene,
@@ -142,23 +128,25 @@ static bool WriteAll(const HostOptions &options, const std::string &bareName, co
     return drawn;
 }
 
+bool DeliverOne(const OutputFile &file, bool noClobber)
+{
+    uintmax_t size = 0;
+    switch (Deliver(file, noClobber, &size)) {
+    case Delivery::Failed: return false;
+    case Delivery::Kept: ReportKept(file.shown); return true;
+    case Delivery::Done: ReportWritten(file.shown, size);
+    }
+    return true;
+}
+
 // Copying can still fail where moving hardly does, and so comes first: what is replaced stays as it was until
 // then.
 static bool DeliverAll(const std::vector<OutputFile> &files, bool noClobber)
 {
     for (const bool inPlace : {true, false}) {
         for (const OutputFile &file : files) {
-            uintmax_t size = 0;
-            std::error_code failure;
-            if (file.inPlace != inPlace)
-                continue;
-            if (noClobber && !inPlace && fs::exists(file.target, failure)) {
-                ReportKept(file.shown);
-                continue;
-            }
-            if (!Deliver(file, &size))
+            if (file.inPlace == inPlace && !DeliverOne(file, noClobber))
                 return false;
-            ReportWritten(file.shown, size);
         }
     }
     return true;

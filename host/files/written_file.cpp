@@ -94,20 +94,44 @@ static bool CopyToTarget(const OutputFile &file)
     return CopyInto(file.written, out.get()) && std::fclose(out.release()) == 0;
 }
 
-bool Deliver(const OutputFile &file, uintmax_t *size)
+static Delivery Fail(const OutputFile &file, const std::string &why)
+{
+    ReportUnwritten(file.shown, why);
+    return Delivery::Failed;
+}
+
+static Delivery Copy(const OutputFile &file)
+{
+    errno = 0;
+    if (CopyToTarget(file) || (file.standardOutput && OutputReaderIsGone()))
+        return Delivery::Done;
+    return Fail(file, std::strerror(errno));
+}
+
+static Delivery Move(const OutputFile &file, bool noClobber)
+{
+    std::error_code failure;
+    // What stood there before keeps its permissions.
+    const fs::file_status before = fs::symlink_status(file.target, failure);
+    if (fs::exists(before) && noClobber)
+        return Delivery::Kept;
+    failure.clear();
+    if (fs::is_regular_file(before))
+        fs::permissions(file.written, before.permissions(), failure);
+    if (!failure && noClobber)
+        failure = MoveToNewName(file.written, file.target);
+    else if (!failure)
+        fs::rename(file.written, file.target, failure);
+    if (noClobber && failure == std::errc::file_exists)
+        return Delivery::Kept;
+    return failure ? Fail(file, failure.message()) : Delivery::Done;
+}
+
+Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size)
 {
     std::error_code failure;
     *size = fs::file_size(file.written, failure);
-    if (!failure && file.inPlace && !CopyToTarget(file))
-        failure = std::error_code(errno, std::generic_category());
-    if (!failure && !file.inPlace) {
-        // What stood there before keeps its permissions.
-        const fs::file_status before = fs::status(file.target, failure);
-        if (fs::exists(before))
-            fs::permissions(file.written, before.permissions(), failure);
-        fs::rename(file.written, file.target, failure);
-    }
     if (failure)
-        ReportUnwritten(file.shown, failure.message());
-    return !failure;
+        return Fail(file, failure.message());
+    return file.inPlace ? Copy(file) : Move(file, noClobber);
 }

@@ -16,7 +16,8 @@ static void AddScene(const HostOptions &options, const fs::path &scene, const fs
     jobs->push_back(job);
 }
 
-// Folders that links lead to are left out: they may lead back.
+// Folders that links lead to are left out: they may lead back. So are pipes and devices, which may have no
+// end.
 static bool ListFolder(const fs::path &folder, std::vector<fs::path> *scenes, std::vector<fs::path> *folders)
 {
     std::error_code failure, ignored;
@@ -24,7 +25,8 @@ static bool ListFolder(const fs::path &folder, std::vector<fs::path> *scenes, st
     for (const fs::directory_iterator end; !failure && entry != end; entry.increment(failure)) {
         if (entry->is_directory(ignored) && !entry->is_symlink(ignored))
             folders->push_back(entry->path());
-        else if (InLowerCase(entry->path().extension().string()) == ".3ds" && !entry->is_directory(ignored))
+        else if (InLowerCase(entry->path().extension().string()) == ".3ds" &&
+                 (entry->is_regular_file(ignored) || !entry->exists(ignored)))
             scenes->push_back(entry->path());
     }
     if (failure)

@@ -10,6 +10,7 @@ static int reportVerbosity;
 static bool resultsAreShown;
 static bool reportsAreKept;
 static bool libraryIsMuted;
+static bool linesAreLeftOut; // of the subject
 static SceneResult *reportSubject;
 static std::unordered_map<std::string, size_t> kindIndices; // into the subject's warnings
 static std::unordered_set<std::string> shownKinds;          // in the whole run
@@ -34,11 +35,24 @@ void SetStatusLine(const std::string &line)
     statusWidth = line.size();
 }
 
-void ShowLines(const std::string &lines)
+// Damage can bring a line for each vertex. What is kept of them is bounded, but for errors.
+static void KeepLines(const std::string &lines, bool isError)
+{
+    constexpr size_t most = size_t{4} << 20;
+    std::string &said = reportSubject->said;
+    if (isError || said.size() + lines.size() < most) {
+        said += lines;
+    } else if (!linesAreLeftOut) {
+        said += "3ds2mcx: " + Visible(reportSubject->scene) + ": further lines left out\n";
+        linesAreLeftOut = true;
+    }
+}
+
+static void Show(const std::string &lines, bool isError)
 {
     StopIfInterrupted();
     if (reportsAreKept && reportSubject) {
-        reportSubject->said += lines;
+        KeepLines(lines, isError);
         return;
     }
     if (statusWidth != 0)
@@ -46,12 +60,17 @@ void ShowLines(const std::string &lines)
     std::fputs(lines.c_str(), stderr);
 }
 
-static void PrintReport(const std::string &subject, const char *kind, const std::string &text)
+void ShowLines(const std::string &lines)
+{
+    Show(lines, false);
+}
+
+static void PrintReport(const std::string &subject, std::string_view kind, const std::string &text)
 {
     std::string line = "3ds2mcx: ";
     if (!subject.empty())
         line += Visible(subject) + ": ";
-    ShowLines(line + kind + Visible(text) + '\n');
+    Show(line.append(kind) + Visible(text) + '\n', kind.starts_with("error"));
 }
 
 static std::string Subject()
@@ -180,7 +199,9 @@ void ShowWarningsSoFar(bool asShown)
 static void OnLibraryError(int32_t level, const char *text)
 {
     const int before = errno;
-    if (before == ENOMEM)
+    // errno alone may be left over: malloc sets it when it looks for memory in a second place, and finds it.
+    const std::string_view report = text;
+    if (before == ENOMEM && (report.starts_with("malloc failed") || report.starts_with("Out of memory")))
         memoryRanOut = true;
     if (!libraryIsMuted) {
         if (level <= 1)
@@ -218,6 +239,7 @@ void SetReportSubject(SceneResult *subject)
     lastLibraryError.clear();
     memoryRanOut = false;
     libraryIsMuted = false;
+    linesAreLeftOut = false;
 }
 
 void KeepReports(bool keep)
