@@ -75,10 +75,10 @@ std::string RandomText();
 std::filesystem::path MakeOwnFolder(const std::filesystem::path &beginning, std::string *why);
 // Whether RunInProcesses makes processes; it works one by one otherwise.
 bool CanSplitProcesses();
-// Calls work for the indices below count, atOnce of them at a time, each in a process of its own, and
-// finished with what it returned, in this process and in the order in which they end. Where a process failed,
-// failure says how and the answer is empty. CleanUpWhenInterrupted has to come first; each process cleans up
-// after itself.
+// Calls work for the indices below count in atOnce processes, which live until all is done, and finished with
+// what it returned, in this process and in the order in which answers come. A process that dies is replaced;
+// for what it worked at, failure says how it died and the answer is empty. CleanUpWhenInterrupted has to come
+// first; each process cleans up after itself.
 void RunInProcesses(
     size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
     const std::function<void(size_t, const std::string &answer, const std::string &failure)> &finished);

@@ -1,4 +1,5 @@
 // The few things that differ from system to system.
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -18,9 +19,11 @@ namespace fs = std::filesystem;
 static void (*interruptCleanUp)();
 static std::atomic<bool> interrupted;
 
+static thread_local bool cleansUp; // in the thread that an interrupt runs in
+
 void StopIfInterrupted()
 {
-    while (interrupted)
+    while (interrupted && !cleansUp)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
@@ -90,7 +93,7 @@ void RunInProcesses(size_t count, size_t, const std::function<std::string(size_t
 // The C runtime of Windows calls this in a thread that it makes for the purpose.
 static void OnInterrupt(int)
 {
-    interrupted = true;
+    interrupted = cleansUp = true;
     interruptCleanUp();
     std::_Exit(exitFailed);
 }
@@ -109,19 +112,24 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
+#if defined(__linux__)
+#include <sys/prctl.h>
+#endif
 #include <sys/wait.h>
 #include <unistd.h>
 
-struct Child {
+// A process that works for this one until there is nothing left to do.
+struct Worker {
     pid_t id;
-    int pipe; // its answer comes here
-    size_t index;
+    int orders, answers; // pipes: indices to it, a length and as many bytes from it
+    bool isBusy;
+    size_t index; // what it is busy with, or was last
     std::string answer;
 };
 
-// Held while children are started, reaped and interrupted, so that no signal goes to a stranger.
-static std::mutex childrenMutex;
-static std::vector<Child> children;
+// Held while workers are started, reaped and interrupted, so that no signal goes to a stranger.
+static std::mutex workersMutex;
+static std::vector<Worker> workers;
 
 void PrepareProcess()
 {
@@ -178,13 +186,13 @@ bool CanSplitProcesses()
 static sigset_t interruptSignals;
 static pthread_t interruptThread;
 
-static void InterruptChildren(int number)
+static void InterruptWorkers(int number)
 {
-    childrenMutex.lock(); // for good: no other child may start
-    for (const Child &child : children)
-        kill(child.id, number);
-    for (const Child &child : children)
-        waitpid(child.id, nullptr, 0);
+    workersMutex.lock(); // for good: no other worker may start
+    for (const Worker &worker : workers)
+        kill(worker.id, number);
+    for (const Worker &worker : workers)
+        waitpid(worker.id, nullptr, 0);
 }
 
 // No signal handler may walk folders and remove them; a thread that waits for the signal may.
@@ -193,8 +201,8 @@ static void *WaitForInterrupt(void *)
     int number = 0;
     if (sigwait(&interruptSignals, &number) != 0)
         return nullptr;
-    interrupted = true;
-    InterruptChildren(number);
+    interrupted = cleansUp = true;
+    InterruptWorkers(number);
     interruptCleanUp();
     signal(number, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &interruptSignals, nullptr);
@@ -232,105 +240,193 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
     pthread_attr_destroy(&attributes);
 }
 
-// A process has the threads and the children of its own alone, and leaves without what its parent planned to
-// do at the end.
-[[noreturn]] static void WorkAsChild(int pipe, const std::function<std::string(size_t)> &work, size_t index)
+static bool WriteFully(int pipe, const void *bytes, size_t size)
 {
+    const char *from = static_cast<const char *>(bytes);
+    while (size > 0) {
+        const ssize_t length = write(pipe, from, size);
+        if (length <= 0)
+            return false;
+        from += length;
+        size -= static_cast<size_t>(length);
+    }
+    return true;
+}
+
+// The orders end when the parent has no more, and when it has died.
+static bool DoOrders(int orders, int answers, const std::function<std::string(size_t)> &work)
+{
+    size_t index = 0;
+    while (read(orders, &index, sizeof index) == ssize_t{sizeof index}) {
+        const std::string answer = work(index);
+        const size_t size = answer.size();
+        if (!WriteFully(answers, &size, sizeof size) || !WriteFully(answers, answer.data(), size))
+            return false;
+    }
+    return true;
+}
+
+// A process has the threads of its own alone, and leaves without what its parent planned to do at the end.
+[[noreturn]] static void WorkAsChild(int orders, int answers, const std::function<std::string(size_t)> &work)
+{
+#if defined(__linux__)
+    prctl(PR_SET_PDEATHSIG, SIGTERM); // a parent that was killed has no time to tell
+#endif
     interrupted = false;
     void (*const cleanUp)() = interruptCleanUp;
     interruptCleanUp = nullptr;
     CleanUpWhenInterrupted(cleanUp);
-    int status = exitFailed;
+    bool done = false;
     try {
-        const std::string answer = work(index);
-        size_t sent = 0;
-        for (ssize_t length = 0; sent < answer.size(); sent += static_cast<size_t>(length)) {
-            length = write(pipe, answer.data() + sent, answer.size() - sent);
-            if (length <= 0)
-                break;
-        }
-        status = sent == answer.size() ? exitDone : exitFailed;
+        done = DoOrders(orders, answers, work);
     } catch (const std::exception &) { // the parent tells that there is no answer
     }
     cleanUp();
     StopIfInterrupted();
-    std::_Exit(status);
+    std::_Exit(done ? exitDone : exitFailed);
 }
 
-// Empty when the child runs, else the reason why it doesn't.
-static std::string StartChild(const std::function<std::string(size_t)> &work, size_t index)
+// Empty when a worker runs, else the reason why it doesn't.
+static std::string StartWorker(const std::function<std::string(size_t)> &work)
 {
-    int ends[2];
-    if (pipe(ends) != 0)
+    int orders[2], answers[2];
+    if (pipe(orders) != 0)
         return std::strerror(errno);
+    if (pipe(answers) != 0) {
+        const int reason = errno;
+        close(orders[0]);
+        close(orders[1]);
+        return std::strerror(reason);
+    }
     std::fflush(nullptr); // what waits to be written would be written twice
-    std::unique_lock lock(childrenMutex);
+    std::unique_lock lock(workersMutex);
     const pid_t id = fork();
     const int reason = errno;
     if (id == 0) {
-        children.clear();
+        for (const Worker &other : workers) { // they would not see the end of their orders
+            close(other.orders);
+            close(other.answers);
+        }
+        workers.clear();
         lock.unlock();
-        close(ends[0]);
-        WorkAsChild(ends[1], work, index);
+        close(orders[1]);
+        close(answers[0]);
+        WorkAsChild(orders[0], answers[1], work);
     }
-    close(ends[1]);
+    close(orders[0]);
+    close(answers[1]);
     if (id > 0) {
-        children.push_back({id, ends[0], index, ""});
+        workers.push_back({id, orders[1], answers[0], false, 0, ""});
         return "";
     }
-    close(ends[0]);
+    close(orders[1]);
+    close(answers[0]);
     return std::strerror(reason);
 }
 
-// Takes what the child has to say; true when that was all.
-static bool ReadAnswer(Child *child)
+// Takes what the worker has to say. False when it says nothing any more.
+static bool ReadAnswer(Worker *worker)
 {
     char block[65536];
-    const ssize_t length = read(child->pipe, block, sizeof block);
+    const ssize_t length = read(worker->answers, block, sizeof block);
     if (length > 0)
-        child->answer.append(block, static_cast<size_t>(length));
-    return length == 0 || (length < 0 && errno != EINTR && errno != EAGAIN);
+        worker->answer.append(block, static_cast<size_t>(length));
+    return length > 0 || (length < 0 && (errno == EINTR || errno == EAGAIN));
 }
 
-// Why the process of a child counts as failed; empty if it doesn't.
-static std::string ReapChild(const Child &child)
+static bool AnswerIsWhole(const Worker &worker)
+{
+    size_t size = 0;
+    if (worker.answer.size() < sizeof size)
+        return false;
+    std::memcpy(&size, worker.answer.data(), sizeof size);
+    return worker.answer.size() >= sizeof size + size;
+}
+
+// Why a worker ended before its time.
+static std::string Reap(const Worker &worker)
 {
     int status = 0;
-    close(child.pipe);
-    if (waitpid(child.id, &status, 0) != child.id)
+    if (worker.orders >= 0)
+        close(worker.orders);
+    close(worker.answers);
+    if (waitpid(worker.id, &status, 0) != worker.id)
         return "its process is lost";
     if (WIFSIGNALED(status))
         return std::string("its process was ended by a signal: ") + strsignal(WTERMSIG(status));
-    return WIFEXITED(status) && WEXITSTATUS(status) == exitDone ? "" : "its process failed";
+    return "its process failed";
+}
+
+static void EndWorker(size_t number, std::string *failure)
+{
+    const std::lock_guard lock(workersMutex);
+    const Worker ended = workers[number];
+    workers.erase(workers.begin() + static_cast<ptrdiff_t>(number));
+    *failure = Reap(ended);
+}
+
+// Gives an idle worker, a new one if need be, the next index. Why there is none.
+static std::string GiveOrder(size_t index, size_t atOnce, const std::function<std::string(size_t)> &work)
+{
+    const auto isIdle = [](const Worker &worker) { return !worker.isBusy; };
+    auto idle = std::find_if(workers.begin(), workers.end(), isIdle);
+    if (idle == workers.end() && workers.size() < atOnce) {
+        const std::string why = StartWorker(work);
+        if (!why.empty())
+            return why;
+        idle = workers.end() - 1;
+    }
+    if (idle == workers.end())
+        return "all are busy";
+    idle->isBusy = true;
+    idle->index = index;
+    idle->answer.clear();
+    WriteFully(idle->orders, &index, sizeof index); // one that has died shows when its answer is read
+    return "";
 }
 
 void RunInProcesses(size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
                     const std::function<void(size_t, const std::string &, const std::string &)> &finished)
 {
-    for (size_t next = 0; next < count || !children.empty();) {
-        while (next < count && children.size() < atOnce) {
-            const std::string why = StartChild(work, next);
-            if (!why.empty() && !children.empty())
-                break; // for want of room; there will be some when another one has ended
+    size_t next = 0, busy = 0;
+    while (next < count || busy > 0) {
+        while (next < count && busy < atOnce) {
+            const std::string why = GiveOrder(next, atOnce, work);
+            if (!why.empty() && busy > 0)
+                break; // for want of room; there will be some when another one is done
             if (!why.empty())
                 finished(next, "", "no process can be started: " + why);
+            busy += why.empty();
             ++next;
         }
         std::vector<pollfd> pipes;
-        for (const Child &child : children)
-            pipes.push_back({child.pipe, POLLIN, 0});
+        for (const Worker &worker : workers)
+            pipes.push_back({worker.answers, POLLIN, 0});
         if (pipes.empty() || poll(pipes.data(), pipes.size(), -1) < 0)
             continue;
         for (size_t i = pipes.size(); i-- > 0;) {
-            if (pipes[i].revents == 0 || !ReadAnswer(&children[i]))
+            if (pipes[i].revents == 0)
                 continue;
-            std::unique_lock lock(childrenMutex);
-            const Child ended = std::move(children[i]);
-            const std::string failure = ReapChild(ended);
-            children.erase(children.begin() + static_cast<ptrdiff_t>(i));
-            lock.unlock();
-            finished(ended.index, failure.empty() ? ended.answer : "", failure);
+            const bool goesOn = ReadAnswer(&workers[i]);
+            const bool isWhole = AnswerIsWhole(workers[i]), wasBusy = workers[i].isBusy;
+            if (goesOn && !isWhole)
+                continue;
+            const size_t index = workers[i].index;
+            const std::string answer = isWhole ? workers[i].answer.substr(sizeof(size_t)) : "";
+            std::string failure;
+            workers[i].isBusy = false;
+            workers[i].answer.clear();
+            if (!goesOn)
+                EndWorker(i, &failure);
+            busy -= wasBusy;
+            if (wasBusy)
+                finished(index, answer, isWhole ? "" : failure);
         }
+    }
+    for (std::string ignored; !workers.empty();) {
+        close(workers.back().orders);
+        workers.back().orders = -1;
+        EndWorker(workers.size() - 1, &ignored);
     }
 }
 

@@ -1,15 +1,50 @@
 #include "run.h"
 
 #include <chrono>
+#include <mutex>
 #include <system_error>
 
-static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> &jobs,
-                        std::vector<SceneResult> *results)
+// What a run has done so far, for the summary that an interrupt leaves too.
+static struct {
+    std::mutex mutex; // of results and isDone: an interrupt comes in a thread of its own
+    std::vector<SceneResult> results;
+    std::vector<bool> isDone;
+    std::chrono::steady_clock::time_point start;
+    std::string summaryFile; // empty in workers
+    bool noClobber;
+} batch;
+
+static void Finish(size_t index, const SceneResult &result)
+{
+    const std::lock_guard lock(batch.mutex);
+    batch.results[index] = result;
+    batch.isDone[index] = true;
+}
+
+static double SecondsSoFar()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - batch.start).count();
+}
+
+static void CleanUpInterrupted()
+{
+    RemovePrivateFolders();
+    const std::lock_guard lock(batch.mutex);
+    std::vector<SceneResult> done;
+    for (size_t i = 0; i < batch.results.size(); ++i)
+        if (batch.isDone[i])
+            done.push_back(batch.results[i]);
+    if (!batch.summaryFile.empty())
+        WriteSummary(batch.summaryFile, batch.noClobber, SummaryText(done, SecondsSoFar(), true));
+}
+
+static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> &jobs)
 {
     for (size_t i = 0; i < jobs.size(); ++i) {
         ShowScene(i + 1, jobs[i].scene, jobs[i].bytes);
-        (*results)[i] = ConvertScene(options, jobs[i], jobs.size() > 1);
-        ShowWarnings((*results)[i], false);
+        const SceneResult result = ConvertScene(options, jobs[i], jobs.size() > 1);
+        Finish(i, result);
+        ShowWarnings(result, false);
         CountBytes(jobs[i].bytes);
     }
 }
@@ -27,8 +62,7 @@ static void CleanUpAfter(const HostOptions &options, const SceneJob &job, const 
         RemoveMarkedFolders(parent.empty() ? "." : parent, mark);
 }
 
-static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob> &jobs,
-                          std::vector<SceneResult> *results)
+static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob> &jobs)
 {
     if (!CanSplitProcesses())
         ReportWarning(
@@ -36,6 +70,7 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
     size_t ended = 0;
     const std::string run = RandomText() + '-';
     const auto work = [&](size_t index) {
+        batch.summaryFile.clear();
         MarkPrivateFolders(run + std::to_string(index) + '-');
         KeepReports(true);
         const SceneResult result = ConvertScene(options, jobs[index], true);
@@ -43,22 +78,24 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
         return PackResult(result);
     };
     const auto finished = [&](size_t index, const std::string &answer, const std::string &failure) {
-        SceneResult *result = &(*results)[index];
-        if (!failure.empty() || !UnpackResult(answer, result)) {
-            result->scene = jobs[index].scene;
-            SetReportSubject(result);
+        SceneResult result;
+        if (!failure.empty() || !UnpackResult(answer, &result)) {
+            result = {};
+            result.scene = jobs[index].scene;
+            result.bytes = jobs[index].bytes;
+            SetReportSubject(&result);
             ReportError((failure.empty() ? "its process gave no answer" : failure) +
                         "; the scene counts as failed");
             SetReportSubject(nullptr);
             CleanUpAfter(options, jobs[index], run + std::to_string(index) + '-');
         }
-        ShowLines(result->said);
-        ShowWarnings(*result, false);
+        Finish(index, result);
+        ShowLines(result.said);
+        ShowWarnings(result, false);
         CountBytes(jobs[index].bytes);
         ShowScene(++ended, jobs[index].scene, 0);
     };
     ShowScene(0, jobs.front().scene, 0);
-    CleanUpWhenInterrupted(RemovePrivateFolders);
     RunInProcesses(jobs.size(), options.jobs, work, finished);
 }
 
@@ -81,7 +118,7 @@ static bool AllIsWell(const HostOptions &options, const std::vector<SceneResult>
 
 int ConvertAll(const HostOptions &options)
 {
-    const auto start = std::chrono::steady_clock::now();
+    batch.start = std::chrono::steady_clock::now();
     std::vector<SceneJob> jobs;
     StartReports(options.verbosity, false);
     bool done = ListScenes(options, &jobs);
@@ -97,16 +134,22 @@ int ConvertAll(const HostOptions &options)
         bytes += job.bytes;
     if (options.verbosity <= 0 && !options.info && !(options.flags & MC3DS_DIRECT))
         StartProgress(jobs.size(), bytes);
-    std::vector<SceneResult> results(jobs.size());
+    batch.results.resize(jobs.size());
+    batch.isDone.resize(jobs.size());
+    batch.summaryFile = options.summaryFile;
+    batch.noClobber = options.noClobber;
+    CleanUpWhenInterrupted(CleanUpInterrupted);
     if (options.jobs > 1 && jobs.size() > 1)
-        RunSideBySide(options, jobs, &results);
+        RunSideBySide(options, jobs);
     else
-        RunOneByOne(options, jobs, &results);
+        RunOneByOne(options, jobs);
     EndProgress();
+    const std::vector<SceneResult> &results = batch.results;
     done = AllIsWell(options, results) && done;
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const double seconds = SecondsSoFar();
     if (!options.summaryFile.empty())
-        done = WriteSummary(options.summaryFile, options.noClobber, SummaryText(results, seconds)) && done;
+        done = WriteSummary(options.summaryFile, options.noClobber, SummaryText(results, seconds, false)) &&
+               done;
     if ((options.verbosity > 0 || (options.verbosity == 0 && many && !options.info)) && !jobs.empty())
         ShowLines(TotalsLine(results, seconds));
     return done ? exitDone : exitFailed;

@@ -10,8 +10,8 @@ static int reportVerbosity;
 static bool resultsAreShown;
 static bool reportsAreKept;
 static bool libraryIsMuted;
-static bool linesAreLeftOut; // of the subject
-static SceneResult *reportSubject;
+static bool linesAreLeftOut;                    // of the subject
+static thread_local SceneResult *reportSubject; // not that of the thread that cleans up after an interrupt
 static std::unordered_map<std::string, size_t> kindIndices; // into the subject's warnings
 static std::unordered_set<std::string> shownKinds;          // in the whole run
 static std::string lastWarning;

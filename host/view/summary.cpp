@@ -110,7 +110,7 @@ std::string TotalsLine(const std::vector<SceneResult> &results, double seconds)
     return line + end;
 }
 
-std::string SummaryText(const std::vector<SceneResult> &results, double seconds)
+std::string SummaryText(const std::vector<SceneResult> &results, double seconds, bool interrupted)
 {
     size_t failed = 0;
     Json scenes = Json::array();
@@ -123,6 +123,8 @@ std::string SummaryText(const std::vector<SceneResult> &results, double seconds)
     total["megabytesPerSecond"] = MegabytesPerSecond(total["bytes"], seconds);
     total["scenes"] = results.size();
     total["failed"] = failed;
+    if (interrupted)
+        total["interrupted"] = true;
     return JsonText(
         {{"program", std::string("3ds2mcx ") + Mc3dsGetVersion()}, {"total", total}, {"scenes", scenes}}, 2);
 }

@@ -82,8 +82,8 @@ bool UnpackResult(const std::string &bytes, SceneResult *result);
 size_t WarningCount(const SceneResult &result);
 // One line of what was done.
 std::string TotalsLine(const std::vector<SceneResult> &results, double seconds);
-// The same of each scene and of all, as JSON.
-std::string SummaryText(const std::vector<SceneResult> &results, double seconds);
+// The same of each scene and of all, as JSON. interrupted: not all scenes of the run are among them.
+std::string SummaryText(const std::vector<SceneResult> &results, double seconds, bool interrupted);
 
 // ---- scene_notes.cpp, name_notes.cpp: what the library passes over in silence
 
