@@ -16,6 +16,7 @@ struct OutputFile {
     bool inPlace;                  // exists and is no regular file: gets the bytes, is never replaced
     std::filesystem::path written; // where it grows
     bool standardOutput = false;   // then it's in place, and has no target
+    bool followsLink = true;       // else a link at its place is replaced: a stranger may have put it there
 };
 
 // ---- private_folder.cpp: where files grow until they are whole

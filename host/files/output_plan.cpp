@@ -31,17 +31,19 @@ std::string LocateTarget(OutputFile *file)
 {
     fs::path path = PathOf(file->shown);
     std::error_code failure;
-    const fs::file_status status = fs::status(path, failure);
+    const fs::file_status status =
+        file->followsLink ? fs::status(path, failure) : fs::symlink_status(path, failure);
     if (!path.has_filename() || fs::is_directory(status))
         return "it is a folder";
     if (file->shown.find_first_of("\r\n") != std::string::npos)
         return "a line break in its name would end the comment that holds it";
-    file->inPlace = IsWrittenInPlace(path, status);
+    file->inPlace = !fs::is_symlink(status) && IsWrittenInPlace(path, status);
     if (file->inPlace) {
         file->target = fs::absolute(path, failure);
         return failure ? failure.message() : "";
     }
-    for (int links = 0; links < 40 && fs::is_symlink(fs::symlink_status(path, failure)); ++links)
+    for (int links = 0; file->followsLink && links < 40 && fs::is_symlink(fs::symlink_status(path, failure));
+         ++links)
         path = path.parent_path() / fs::read_symlink(path, failure);
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     file->target = fs::canonical(folder, failure) / path.filename();
@@ -50,7 +52,7 @@ std::string LocateTarget(OutputFile *file)
     if (!fs::is_directory(file->target.parent_path(), failure))
         return InQuotes(folder.string()) + " is no folder";
     // A new file would take the place of one that is write-protected without asking.
-    if (fs::exists(status)) {
+    if (fs::exists(status) && !fs::is_symlink(status)) {
         FILE *stream = std::fopen(file->target.string().c_str(), "r+b");
         if (!stream)
             return std::strerror(errno);
@@ -61,18 +63,20 @@ std::string LocateTarget(OutputFile *file)
     return "";
 }
 
-static bool AddFile(TextKind kind, const std::string &name, const std::string &scenePath,
-                    std::vector<OutputFile> *files)
+static bool AddFile(const NamedTarget &named, const std::string &scenePath, std::vector<OutputFile> *files)
 {
+    const auto &[kind, name, isGiven] = named;
     if (name == standardOutputName) {
         files->push_back({kind, "standard output", {}, true, {}, true});
         return true;
     }
-    OutputFile file = {kind, name, {}, false, {}};
+    OutputFile file = {kind, name, {}, false, {}, false, isGiven};
     std::string why = LocateTarget(&file);
-    if (SameFile(PathOf(name), PathOf(scenePath)))
+    std::error_code failure;
+    const bool isReplacedLink = !isGiven && fs::is_symlink(fs::symlink_status(PathOf(name), failure));
+    if (!isReplacedLink && SameFile(PathOf(name), PathOf(scenePath)))
         why = "it is the scene itself";
-    else if (SameFile(PathOf(name), PathOf(VuePath(scenePath))))
+    else if (!isReplacedLink && SameFile(PathOf(name), PathOf(VuePath(scenePath))))
         why = "it is the animation that belongs to the scene";
     if (!why.empty()) {
         ReportUnwritten(name, why);
@@ -95,7 +99,8 @@ static bool AddObjectFiles(const HostOptions &options, const std::string &sceneP
     const TextKind kind = options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script;
     for (uint32_t i = 0; i < objectCount; ++i) {
         std::vector<OutputFile> added; // names that differ in a number need no comparing
-        if (!AddFile(kind, ObjectFileName(options, scenePath, i), scenePath, &added))
+        if (!AddFile({kind, ObjectFileName(options, scenePath, i), OutputIsGiven(options)}, scenePath,
+                     &added))
             return false;
         files->push_back(added.front());
         // They all grow in one folder, from which a file can't be moved to wherever a link leads.
@@ -122,8 +127,7 @@ bool PlanOutput(const HostOptions &options, const std::string &scenePath, const 
     if (perObject && !AddObjectFiles(options, scenePath, scene->objectCount, files))
         return false;
     for (const NamedTarget &target : TargetNames(options, scenePath))
-        if ((target.kind != TextKind::Animation || animation) &&
-            !AddFile(target.kind, target.name, scenePath, files))
+        if ((target.kind != TextKind::Animation || animation) && !AddFile(target, scenePath, files))
             return false;
     return true;
 }

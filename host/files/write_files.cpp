@@ -152,10 +152,19 @@ static bool DeliverAll(const std::vector<OutputFile> &files, bool noClobber)
     return true;
 }
 
-static bool MakeOutputFolder(const std::string &output)
+// Below the folder that the user named no link is followed: it may lead to wherever a stranger wants.
+static bool MakeOutputFolder(const std::string &top, const std::string &output)
 {
     std::error_code failure;
     const fs::path folder = PathOf(output).parent_path();
+    fs::path at = PathOf(top);
+    for (const fs::path &part : folder.lexically_relative(at)) {
+        at /= part;
+        if (part != "." && fs::is_symlink(fs::symlink_status(at, failure))) {
+            ReportUnwritten(output, "its folder " + InQuotes(at.string()) + " is a link");
+            return false;
+        }
+    }
     if (!folder.empty())
         fs::create_directories(folder, failure);
     if (failure)
@@ -167,7 +176,7 @@ bool WriteFiles(const HostOptions &options, const std::string &scenePath, const 
                 Mc3dsOptions *asked)
 {
     std::vector<OutputFile> files;
-    if (!options.outputDir.empty() && !MakeOutputFolder(OutputName(options, scenePath)))
+    if (!options.outputDir.empty() && !MakeOutputFolder(options.outputDir, OutputName(options, scenePath)))
         return false;
     if (!PlanOutput(options, scenePath, scene, &files))
         return false;

@@ -9,6 +9,11 @@ std::string OutputName(const HostOptions &options, const std::string &scenePath)
     return PathOf(scenePath).replace_extension(options.flags & MC3DS_SOURCE ? ".c" : ".mcx").string();
 }
 
+bool OutputIsGiven(const HostOptions &options)
+{
+    return !options.output.empty() && options.outputDir.empty();
+}
+
 std::string BareOutputName(const HostOptions &options, const std::string &scenePath)
 {
     HostOptions named = options;
@@ -43,13 +48,17 @@ std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::stri
     std::vector<NamedTarget> names;
     const std::string output = OutputName(options, scenePath);
     if (!options.info && !(options.flags & (MC3DS_DIRECT | MC3DS_PER_OBJECT))) {
-        names.push_back({options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script, output});
+        names.push_back({options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script, output,
+                         OutputIsGiven(options)});
         if (options.flags & MC3DS_HEADER)
-            names.push_back({TextKind::Header, SecondName(options.headerFile, output, ".h")});
+            names.push_back({TextKind::Header, SecondName(options.headerFile, output, ".h"),
+                             !options.headerFile.empty()});
         if (options.flags & MC3DS_ANIMATION)
-            names.push_back({TextKind::Animation, SecondName(options.animationFile, output, ".mca")});
+            names.push_back({TextKind::Animation, SecondName(options.animationFile, output, ".mca"),
+                             !options.animationFile.empty()});
     }
     if (!options.previewFile.empty())
-        names.push_back({TextKind::Picture, PictureName(options, output)});
+        names.push_back({TextKind::Picture, PictureName(options, output),
+                         PictureName(options, output) == options.previewFile});
     return names;
 }

@@ -74,6 +74,7 @@ enum class TextKind { Script, Source, Header, Animation, Picture };
 struct NamedTarget {
     TextKind kind;
     std::string name;
+    bool isGiven; // named by the user, who may mean what a link leads to
 };
 
 // The files that options lead to, but for those of a per-object run. The animation file stands there whether
@@ -81,6 +82,8 @@ struct NamedTarget {
 std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::string &scenePath);
 // What a file of a per-object run is called.
 std::string ObjectFileName(const HostOptions &options, const std::string &scenePath, size_t index);
+// Whether the user named OUTPUT itself.
+bool OutputIsGiven(const HostOptions &options);
 // What OUTPUT is called, or would be if there were one file.
 std::string OutputName(const HostOptions &options, const std::string &scenePath);
 // The same without folders, as comments show it; a name also where OUTPUT is the standard output.
