@@ -177,7 +177,7 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         {twice, "--header",
          "TAG_ lines .* define a name again: 1; .*\"BOX\"\n(.*\n)*.*are none in C: 1; .*\"A-B\""},
         {names, "--header", "define a name again: 1; the first: \"ROOT\""},
-        {names, "--source", "break the C source: 2; the first: \"END\\\\\""},
+        {names, "--source --force-names", "break the C source: 2; the first: \"END\\\\\""},
         {names, "", "break the script: 1; the first: \"A \"B\".GIF\""},
         {names, "--no-textures", ""},
         {Scene({point}), "--size 3", "no extent that --size could be made of"},
@@ -191,6 +191,53 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         const Outcome run = Start(std::string("odd.3ds ") + row.arguments);
         EXPECT_EQ(run.status, 0);
         EXPECT_TRUE(Says(run.said, *row.says != '\0' ? row.says : "^3ds2mcx: odd.3ds: wrote [^\n]*\n$"));
+    }
+}
+
+// Each row is one name in one place: it comes out of an output as code or as a statement, or it doesn't.
+TEST_F(ManyScenesTest, NoNameBreaksOutOfAnOutputUnlessItIsForced)
+{
+    const struct {
+        const char *object, *map, *arguments;
+        bool breaksOut;
+    } rows[] = {
+        {"BOX", "\");exit(7);//", "--source", true},
+        {"BOX", "\");exit(7);//", "--source --no-textures", false},
+        {"BOX", "\");exit(7);//", "", false},
+        {"BOX", "A\\B.GIF", "--source", true},
+        {"BOX", "A?\?/B.GIF", "--source", true},
+        {"BOX", "A\nend", "--source", true},
+        {"BOX", "A\nModelEnd", "", true},
+        {"BOX", "A\rModelEnd", "--no-textures", true},
+        {"BOX", "A.\nB", "--texture-extension gif", false}, // the library takes the line break off
+        {"BOX", "A\\B.GIF", "--source --no-textures", false},
+        {"BOX", "A\\", "--source --no-textures", true},
+        {"BOX", "A?\?/ ", "--source --no-textures", true},
+        {"BOX", "A\\.GIF", "--source --no-textures --texture-extension \"\"", true},
+        {"B\"X", "", "--source", false},
+        {"B\"X", "", "--source --protos", true},
+        {"BOX\\", "", "--source --per-object", true},
+        {"BOX?\?/", "", "--source", true},
+        {"BOX\\", "", "", false},
+        {"B\\X", "", "--source", false},
+        {"B-X", "", "--header", false},
+        {"B/*", "", "--header", true},
+        {"B-f()+", "", "--header", true},
+    };
+    const Bytes grey = Colour24(51, 51, 51);
+    for (const auto &row : rows) {
+        SCOPED_TRACE(std::string(row.object) + ' ' + row.map + ' ' + row.arguments);
+        MakeInputs();
+        const Bytes map = *row.map ? Map(0xA200, row.map) : "";
+        WriteFile("odd.3ds",
+                  Scene({Material("GLASS", {Finish(grey, grey, grey, 2), map}), Triangle(row.object, 0)}));
+        const Outcome run = Start(std::string("-q odd.3ds ") + row.arguments);
+        EXPECT_EQ(run.status, row.breaksOut ? 1 : 0) << run.said;
+        EXPECT_EQ(run.files.empty(), row.breaksOut) << run.files;
+        EXPECT_EQ(CountOf(run.said, "error: this name would break out: "), row.breaksOut ? 1u : 0u);
+        const Outcome forced = Start(std::string("-q --force-names odd.3ds ") + row.arguments);
+        EXPECT_EQ(forced.status, 0) << forced.said;
+        EXPECT_EQ(forced.files.empty(), !row.breaksOut);
     }
 }
 

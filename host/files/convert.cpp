@@ -176,8 +176,8 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
     }
     const std::string clumpName = ClumpName(options, path);
     Mc3dsOptions asked = LibraryOptions(options, clumpName);
-    if (!options.info)
-        ReportSceneNotes(asked, scene.get(), path);
+    if (!options.info && !ReportSceneNotes(asked, scene.get(), path, options.forceNames))
+        return false;
     if (options.flags & MC3DS_DIRECT) {
         if (oneOfMany)
             std::printf("scene %s\n", Visible(path).c_str());

@@ -36,6 +36,7 @@ struct HostOptions {
     unsigned jobs = 1; // scenes at a time, up to jobsMost
     bool recursive = false;
     bool noClobber = false;
+    bool forceNames = false;
     bool strict = false;
     bool info = false;
     bool json = false;

@@ -54,6 +54,8 @@ static const BoolRow boolRows[] = {
      "a SCENE may be a folder: all *.3ds files in it and below, in any case (default: files only)"},
     {"--no-clobber", &HostOptions::noClobber, "Files",
      "leave files alone that exist already, and say so (default: replace them)"},
+    {"--force-names", &HostOptions::forceNames, "Form",
+     "write names that break out of the C source or the script too (default: such a scene fails)"},
     {"--info", &HostOptions::info, "Looking",
      "show what the scene holds on the standard output, and convert nothing (default: off)"},
     {"--json", &HostOptions::json, "Looking", "with --info: one line of JSON for each scene (default: text)"},

@@ -1,8 +1,18 @@
 // Names that do well in a 3D Studio file and badly in an output.
 #include <cstring>
 #include <map>
+#include <memory>
+#include <new>
 
+#include "output/output.h"
 #include "view.h"
+
+// A name of the scene and where outputs have it.
+struct PlacedName {
+    const char *what, *name; // as the scene has it
+    std::string text;        // as outputs have it
+    bool inComment, inStatement, inTag;
+};
 
 // What is wrong with some names: how many there are, and the first.
 struct Fault {
@@ -30,15 +40,27 @@ static bool HasAny(std::string_view name, std::string_view bytes)
     return false;
 }
 
-// Where a name stands in the output decides what breaks it.
-static bool BreaksComment(std::string_view name, bool source)
+// What follows a name that breaks out is read as if its maker had written it into the text. Compilers join a
+// line to the next also where blanks stand behind the backslash, and take ??/ for one.
+static bool BreaksOut(const PlacedName &name, bool source)
 {
-    return name.find_first_of("\r\n") != std::string_view::npos || (source && name.ends_with('\\'));
+    const std::string_view text = name.text;
+    const auto has = [text](std::string_view part) { return text.find(part) != std::string_view::npos; };
+    if (has("\r") || has("\n"))
+        return true;
+    if (name.inTag && (has("/*") || has("("))) // swallows other lines, calls a function
+        return true;
+    if (source && name.inStatement && (has("\"") || has("\\") || has("?\?/")))
+        return true;
+    const std::string_view line = text.substr(0, text.find_last_not_of(" \t\v\f") + 1);
+    return source && name.inComment && (line.ends_with('\\') || line.ends_with("?\?/"));
 }
 
-static bool BreaksStatement(std::string_view name, bool source)
+static bool BreaksStatement(const PlacedName &name, bool source)
 {
-    return source ? HasAny(name, "\"\\") : name.empty() || HasAny(name, " #");
+    if (source)
+        return HasAny(name.text, "\"\\");
+    return name.text.empty() || HasAny(name.text, " #");
 }
 
 static bool IsIdentifierEnd(std::string_view name)
@@ -49,21 +71,55 @@ static bool IsIdentifierEnd(std::string_view name)
     return !name.empty();
 }
 
-static void CheckObjects(const Mc3dsOptions &options, const Mc3dsFile *scene, Fault *broken)
+// The names of the maps that a surface is written with: a reflection map stands in for a texture map.
+static void AddMapNames(const Mc3dsOptions &options, const Mc3dsMaterial &material,
+                        std::vector<PlacedName> *names)
 {
-    const bool source = options.flags & MC3DS_SOURCE, protos = options.flags & MC3DS_PROTOS;
+    const bool textured = material.textureMap[0] != '\0', used = options.surfaceFlags & MC3DS_TEXTURES;
+    for (const char *name :
+         {textured ? material.textureMap : material.reflectionMap, textured ? material.opacityMap : ""}) {
+        if (*name == '\0')
+            continue;
+        const std::unique_ptr<char, void (*)(void *)> text(Mc3dsMakeMapName(&options, name), std::free);
+        if (!text)
+            throw std::bad_alloc();
+        names->push_back({"map", name, text.get(), !used, used, false});
+    }
+}
+
+// All names that outputs have of the scene. That of the C function and those of files are no concern: the
+// first is made to fit, and a file whose name has a line break is neither read nor written.
+static std::vector<PlacedName> FindNames(const Mc3dsOptions &options, const Mc3dsFile *scene)
+{
+    const bool protos = options.flags & MC3DS_PROTOS, header = options.flags & MC3DS_HEADER;
+    std::vector<PlacedName> names;
+    std::vector<bool> worn(static_cast<size_t>(scene->materialCount), false);
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        const Mc3dsObject &object = scene->objects[i];
+        names.push_back({"object", object.safeName, object.safeName, true, protos, header});
+        for (int32_t face = 0; face < object.faceCount; ++face)
+            worn[static_cast<size_t>(object.faces[face].material)] = true;
+    }
+    for (size_t i = 0; i < worn.size(); ++i)
+        if (worn[i])
+            AddMapNames(options, scene->materials[i], &names);
+    return names;
+}
+
+// Names of objects that are to tell them apart.
+static void ReportSharedNames(const Mc3dsOptions &options, const Mc3dsFile *scene)
+{
     std::map<std::string, size_t> owners;
     Fault shared = {}, sharedTags = {}, noTags = {};
     ++owners["ROOT"]; // the header file has that tag anyway
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         const char *name = scene->objects[i].safeName;
-        Add(broken, BreaksComment(name, source) || (protos && BreaksStatement(name, source)), name);
         const size_t before = owners[name]++;
         Add(&shared, before > (std::strcmp(name, "ROOT") == 0 ? 1u : 0u), name);
         Add(&sharedTags, before > 0, name);
         Add(&noTags, !IsIdentifierEnd(name), name);
     }
-    if (protos)
+    if (options.flags & MC3DS_PROTOS)
         Report(shared, "objects with the name of another one, which a prototype can't share");
     if (options.flags & MC3DS_HEADER) {
         Report(sharedTags, "TAG_ lines of the header file that define a name again");
@@ -71,32 +127,27 @@ static void CheckObjects(const Mc3dsOptions &options, const Mc3dsFile *scene, Fa
     }
 }
 
-// The names of the maps that a surface is written with: a reflection map stands in for a texture map.
-static void CheckMaterials(const Mc3dsOptions &options, const Mc3dsFile *scene, Fault *broken)
+bool ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene, bool forceNames)
 {
-    const bool source = options.flags & MC3DS_SOURCE, used = options.surfaceFlags & MC3DS_TEXTURES;
-    std::vector<bool> worn(static_cast<size_t>(scene->materialCount), false);
-    for (uint32_t i = 0; i < scene->objectCount; ++i)
-        for (int32_t face = 0; face < scene->objects[i].faceCount; ++face)
-            worn[static_cast<size_t>(scene->objects[i].faces[face].material)] = true;
-    for (size_t i = 0; i < worn.size(); ++i) {
-        const Mc3dsMaterial &material = scene->materials[i];
-        const bool textured = material.textureMap[0] != '\0';
-        for (const char *name :
-             {textured ? material.textureMap : material.reflectionMap, textured ? material.opacityMap : ""})
-            Add(broken,
-                worn[i] && *name != '\0' &&
-                    (used ? BreaksStatement(name, source) : BreaksComment(name, source)),
-                name);
-    }
-}
-
-void ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene)
-{
+    const bool source = options.flags & MC3DS_SOURCE;
+    ReportSharedNames(options, scene);
+    if (options.flags & MC3DS_DIRECT)
+        return true;
     Fault broken = {};
-    CheckObjects(options, scene, &broken);
-    CheckMaterials(options, scene, &broken);
-    if (!(options.flags & MC3DS_DIRECT))
-        Report(broken, options.flags & MC3DS_SOURCE ? "names that break the C source"
-                                                    : "names that break the script");
+    std::vector<std::string> refused;
+    for (const PlacedName &name : FindNames(options, scene)) {
+        const bool breaksOut = BreaksOut(name, source);
+        if (breaksOut && !forceNames)
+            refused.push_back(std::string(name.what) + ' ' + InQuotes(name.name));
+        else
+            Add(&broken, breaksOut || (name.inStatement && BreaksStatement(name, source)), name.name);
+    }
+    Report(broken, source ? "names that break the C source" : "names that break the script");
+    if (refused.empty())
+        return true;
+    ReportError(Counted(refused.size(), "name") + " would break out of the " +
+                (source ? "C source" : "script") + "; nothing is written, --force-names writes all the same");
+    for (const std::string &name : refused)
+        ReportError("this name would break out: " + name);
+    return false;
 }

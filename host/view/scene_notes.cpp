@@ -121,7 +121,8 @@ static void ReportSharedMeshes(const Mc3dsFile *scene)
                       std::to_string(count) + "; the first: " + first);
 }
 
-void ReportSceneNotes(const Mc3dsOptions &options, const Mc3dsFile *scene, const std::string &scenePath)
+bool ReportSceneNotes(const Mc3dsOptions &options, const Mc3dsFile *scene, const std::string &scenePath,
+                      bool forceNames)
 {
     if (options.flags & MC3DS_ANIMATION)
         ReportMissingAnimation(scene, scenePath);
@@ -129,6 +130,7 @@ void ReportSceneNotes(const Mc3dsOptions &options, const Mc3dsFile *scene, const
         ReportLostObjects(scene);
     if (!(options.flags & MC3DS_PER_OBJECT))
         ReportSharedMeshes(scene);
-    ReportNames(options, scene);
+    const bool namesFit = ReportNames(options, scene, forceNames);
     ReportBadSize(options, scene, ReportNoNumbers(options, scene));
+    return namesFit;
 }

@@ -87,8 +87,10 @@ std::string SummaryText(const std::vector<SceneResult> &results, double seconds,
 
 // ---- scene_notes.cpp, name_notes.cpp: what the library passes over in silence
 
-void ReportSceneNotes(const Mc3dsOptions &options, const Mc3dsFile *scene, const std::string &scenePath);
-void ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene);
+// False, with its reports, when a name breaks out of the text that is to be written and isn't forced to be.
+bool ReportSceneNotes(const Mc3dsOptions &options, const Mc3dsFile *scene, const std::string &scenePath,
+                      bool forceNames);
+bool ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene, bool forceNames);
 
 // ---- load_notes.cpp
 

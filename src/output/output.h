@@ -181,6 +181,8 @@ void Mc3dsWriteFrameTransform(Mc3dsWriter *writer, int32_t number, const Mc3dsTr
 
 // ---- surface.cpp
 
+// A map's name as outputs have it, to be freed by the caller; null, with its report, when there is no memory.
+char *Mc3dsMakeMapName(const Mc3dsOptions *options, const char field[16]);
 void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material);
 
 // ---- geometry.cpp. vertexBase: vertices that already stand in the clump that these extend.

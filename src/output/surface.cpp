@@ -26,11 +26,10 @@ static float Opacity(const Mc3dsOptions *options, const Mc3dsMaterial *material)
     return static_cast<float>(1.0 - static_cast<double>(material->transparency));
 }
 
-// A map's name as outputs have it, to be freed by the caller; null, with its report, when there is no memory.
 // Only a point in the last component of the path counts, and only a backslash parts components: the names
 // come from DOS. The room is measured here and now: a callback may have changed the options since the last
 // surface.
-static char *TreatName(const Mc3dsOptions *options, const char field[16])
+char *Mc3dsMakeMapName(const Mc3dsOptions *options, const char field[16])
 {
     const bool replaces = (options->surfaceFlags & MC3DS_TEXTURE_EXTENSION) != 0;
     const char *extension = replaces ? Mc3dsOptionText(options->textureExtension) : "";
@@ -73,8 +72,8 @@ static void EmitTextures(Mc3dsWriter *writer, const Mc3dsMaterial *material)
     }
     const bool masked = textured && material->opacityMap[0] != '\0';
     const char *map = textured ? material->textureMap : material->reflectionMap;
-    char *name = TreatName(writer->options, map);
-    char *mask = name && masked ? TreatName(writer->options, material->opacityMap) : nullptr;
+    char *name = Mc3dsMakeMapName(writer->options, map);
+    char *mask = name && masked ? Mc3dsMakeMapName(writer->options, material->opacityMap) : nullptr;
     if (name && (mask || !masked))
         EmitNamedTexture(writer, name, mask);
     else
