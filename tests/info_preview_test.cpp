@@ -64,11 +64,13 @@ TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
     const Bytes name = "\"\x1b[\xE4\\";
     WriteFile(
         "scene.3ds",
-        Scene({NamedObject(name, {Mesh({Points({0, 0, 0})})}), NamedObject("LOST", {Mesh({})})},
+        Scene({NamedObject(name, {Mesh({Points({0, 0, 0})})}), NamedObject("LOST", {Mesh({})}),
+               NamedObject("A\xC2\x9B\x7F\xC3\xA4", {Mesh({})})},
               {Kfhdr(1), ObjectNode(name, noParent, {Pivot(NAN, INFINITY, 1)}), ObjectNode("LOST", 9)}));
     const std::string json = Info("--json"), text = Info();
     EXPECT_TRUE(IsJson(json)) << json;
     EXPECT_NE(json.find(R"("name":"\"\u001b[\u00e4\\")"), std::string::npos) << json;
+    EXPECT_NE(json.find("\"A\\u009b\\u007f\xC3\xA4\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"pivot\":[null,null,1]"), std::string::npos) << json;
     EXPECT_NE(text.find("  \"\\x1b[\\xe4\\  1 vertex"), std::string::npos) << text;
     EXPECT_TRUE(std::regex_search(text, std::regex("--flat alone[^\n]*\n  LOST"))) << text;

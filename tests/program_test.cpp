@@ -58,6 +58,7 @@ static const Row rows[] = {
     {"two.3ds --summary two.vue", 2, "the summary would take the place of \"two.vue\""},
     {"--info --json two.3ds", 0, "^\\{\"scene\":\"two.3ds\""},
     {"two.3ds --bogus", 2, "--bogus"},
+    {"two.3ds \"--b\x1bgus\"", 2, "--b\\\\x1bgus"},
     {"two.3ds --direct --source", 2, "--direct and --source contradict"},
     {"two.3ds --direct -o x", 2, "--direct and --output contradict"},
     {"two.3ds --direct --animation=x", 2, "--direct and --animation=FILE contradict"},

@@ -22,6 +22,9 @@ constexpr int exitUsage = 2;
 // The text as a terminal may get it: UTF-8 stays, control characters (those behind U+007F included) and bytes
 // that are no UTF-8 are spelt out, as in \x1b.
 std::string Visible(std::string_view text, bool keepTabs = false);
+// Whether a character, of the bytes that it takes in UTF-8, is a control of any kind: U+0000 to U+001F and
+// U+007F to U+009F.
+bool IsControl(std::string_view character);
 // Whether the next character of the text is UTF-8, and its bytes; text isn't empty.
 bool StartsWithUtf8(std::string_view text, size_t *length);
 std::string InQuotes(const std::string &text);

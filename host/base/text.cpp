@@ -20,20 +20,25 @@ bool StartsWithUtf8(std::string_view text, size_t *length)
     return code >= least[more] && code <= 0x10FFFF && code >> 11 != 0x1B; // the last: half of a UTF-16 pair
 }
 
+bool IsControl(std::string_view character)
+{
+    const auto first = static_cast<unsigned char>(character[0]);
+    return first < 0x20 || first == 0x7F ||
+           (first == 0xC2 && character.size() > 1 && static_cast<unsigned char>(character[1]) < 0xA0);
+}
+
 std::string Visible(std::string_view text, bool keepTabs)
 {
     constexpr char digits[] = "0123456789abcdef";
     std::string shown;
     for (size_t length = 0; !text.empty(); text.remove_prefix(length)) {
         const bool isUtf8 = StartsWithUtf8(text, &length);
-        const auto first = static_cast<unsigned char>(text[0]);
-        const bool isControl = (first < 0x20 && !(keepTabs && first == '\t')) || first == 0x7F ||
-                               (isUtf8 && first == 0xC2 && static_cast<unsigned char>(text[1]) < 0xA0);
         if (!isUtf8)
             length = 1;
+        const bool isKept = isUtf8 && (!IsControl(text.substr(0, length)) || (keepTabs && text[0] == '\t'));
         for (const char c : text.substr(0, length)) {
             const auto byte = static_cast<unsigned char>(c);
-            if (isUtf8 && !isControl)
+            if (isKept)
                 shown += c;
             else
                 shown += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};

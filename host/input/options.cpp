@@ -342,6 +342,6 @@ int ParseOptions(int argc, const char *const *argv, HostOptions *options)
     }
     if (why.empty())
         return -1;
-    std::fprintf(stderr, "3ds2mcx: %s\nTry \"3ds2mcx --help\".\n", why.c_str());
+    std::fprintf(stderr, "3ds2mcx: %s\nTry \"3ds2mcx --help\".\n", Visible(why).c_str());
     return exitUsage;
 }

@@ -17,15 +17,17 @@ static void AddText(std::string_view text, std::string *json)
 {
     const bool isUtf8 = IsUtf8(text);
     *json += '"';
-    for (const char c : text) {
+    for (size_t length = 1; !text.empty(); text.remove_prefix(length)) {
         constexpr char digits[] = "0123456789abcdef";
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F || (byte > 0x7F && !isUtf8))
-            *json += {'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 15]};
-        else if (c == '"' || c == '\\')
-            *json += {'\\', c};
+        if (isUtf8)
+            StartsWithUtf8(text, &length);
+        const auto last = static_cast<unsigned char>(text[length - 1]); // of a control, its number as well
+        if (IsControl(text.substr(0, length)) || (!isUtf8 && last > 0x7F))
+            *json += {'\\', 'u', '0', '0', digits[last >> 4], digits[last & 15]};
+        else if (last == '"' || last == '\\')
+            *json += {'\\', text[0]};
         else
-            *json += c;
+            *json += text.substr(0, length);
     }
     *json += '"';
 }

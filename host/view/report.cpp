@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -211,13 +212,21 @@ static void OnLibraryError(int32_t level, const char *text)
     errno = before;
 }
 
+// Tabs set off columns, and stand ahead of the first blank and the first name; behind these they are a
+// name's.
+static std::string VisibleMessage(std::string_view text)
+{
+    const size_t columns = std::min(text.find_first_of(" <"), text.size());
+    return Visible(text.substr(0, columns), true) + Visible(text.substr(columns));
+}
+
 static void OnLibraryMessage(int32_t level, const char *text)
 {
     StopIfInterrupted();
     const int before = errno;
     // A line feed ahead of some texts sets them off from what went before; a line of its own does so too.
     if (reportVerbosity > (level <= 1 ? 0 : 1) && !libraryIsMuted)
-        ShowLines(Visible(*text == '\n' ? text + 1 : text, true) + '\n');
+        ShowLines(VisibleMessage(*text == '\n' ? text + 1 : text) + '\n');
     if (messageWatcher)
         messageWatcher(text);
     errno = before;
