@@ -8,7 +8,7 @@ for group in "$@"; do
     case $group in
     build) wanted="$wanted g++ cmake ninja-build libcli11-dev libpng-dev nlohmann-json3-dev" ;;
     test) wanted="$wanted libgtest-dev locales pkgconf" ;;
-    ci) wanted="$wanted clang clang-format libclang-rt-14-dev libbenchmark-dev valgrind python3" ;;
+    ci) wanted="$wanted clang clang-format libclang-rt-14-dev libbenchmark-dev valgrind python3 strace" ;;
     matrix) wanted="$wanted g++-12-multilib g++-s390x-linux-gnu qemu-user googletest
         g++-mingw-w64-x86-64-posix wine64" ;;
     coverage) wanted="$wanted gcovr" ;;

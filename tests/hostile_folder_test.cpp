@@ -1,0 +1,162 @@
+// Folders that strangers packed, files that fail or vanish under the program, and runs that end early.
+#if defined(MC3DS_PROGRAM) && !defined(_WIN32)
+
+#include <chrono>
+#include <thread>
+
+#include <csignal>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "program.h"
+
+using namespace chunks;
+namespace fs = std::filesystem;
+
+struct HostileFolderTest : SceneTest {
+    void SetUp() override
+    {
+        SceneTest::SetUp();
+        MakeInputs();
+    }
+};
+
+// Bytes that a terminal takes as commands, in whatever encoding.
+static bool HasControls(const std::string &text)
+{
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool encoded =
+            byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        const bool bare =
+            byte >= 0x80 && byte < 0xA0 && (i == 0 || static_cast<unsigned char>(text[i - 1]) < 0xC2);
+        if ((byte < 0x20 && byte != '\n') || byte == 0x7F || encoded || bare)
+            return true;
+    }
+    return false;
+}
+
+TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
+{
+    WriteFile("outside.mcx", "mine");
+    WriteFile("outside.h", "mine");
+    fs::create_directories("archive/deep");
+    fs::create_directory("elsewhere");
+    fs::copy_file("two.3ds", "elsewhere/away.3ds");
+    for (const char *name :
+         {"archive/link.3ds", "archive/\x1B[2J.3ds", "archive/\xC2\x9B.3ds", "archive/q\"uote.3ds",
+          "archive/line\nbreak.3ds", "archive/latin\xE4.3ds", "archive/deep/two.3ds"})
+        fs::copy_file("two.3ds", name);
+    fs::create_symlink("../outside.mcx", "archive/link.mcx");
+    fs::create_symlink("../outside.h", "archive/link.h");
+    fs::create_symlink("../elsewhere", "archive/way out");
+    fs::create_symlink("/dev/zero", "archive/endless.3ds");
+    fs::create_symlink("/dev/zero", "archive/deep/two.vue");
+    ASSERT_EQ(mkfifo("archive/pipe.3ds", 0600), 0);
+    for (const char *arguments : {"", "-v", "-j 2"}) {
+        SCOPED_TRACE(arguments);
+        const Outcome run = Start(std::string("--recursive --header archive ") + arguments, "timeout 60 ");
+        EXPECT_EQ(run.status, 1) << "a device beside a scene, and a line break in a name";
+        EXPECT_FALSE(HasControls(run.said)) << run.said;
+        EXPECT_EQ(ReadFile("outside.mcx") + ReadFile("outside.h"), "minemine");
+        EXPECT_FALSE(fs::is_symlink("archive/link.mcx"));
+        EXPECT_FALSE(fs::exists("elsewhere/away.mcx"));
+        EXPECT_FALSE(fs::exists("archive/endless.mcx"));
+    }
+    for (const char *arguments : {"--info", "--info --json"}) {
+        const Outcome run = Start(std::string("--recursive archive ") + arguments, "timeout 60 ");
+        EXPECT_FALSE(HasControls(run.said)) << run.said;
+    }
+    // A link below --output-dir leads nowhere, that at a place that was named does.
+    fs::create_directory("out");
+    fs::create_symlink("../elsewhere", "out/deep");
+    EXPECT_EQ(Start("--recursive archive --output-dir out", "timeout 60 ").status, 1);
+    EXPECT_FALSE(fs::exists("elsewhere/two.mcx"));
+    fs::create_symlink("outside.mcx", "named.mcx");
+    EXPECT_EQ(Start("two.3ds -o named.mcx").status, 0);
+    EXPECT_TRUE(fs::is_symlink("named.mcx"));
+    EXPECT_NE(ReadFile("outside.mcx"), "mine");
+}
+
+TEST_F(HostileFolderTest, WhatCannotBeReadToItsEndReplacesNothing)
+{
+    WriteFile("two.mcx", "old");
+    WriteFile("cut.mcx", "old");
+    const std::string whole = ReadFile("two.3ds");
+    WriteFile("cut.3ds", whole.substr(0, whole.size() / 2));
+    const std::string said = "error: the file is cut short: " + std::to_string(whole.size() / 2) + " of " +
+                             std::to_string(whole.size()) + " bytes";
+    Outcome run = Start("cut.3ds --summary s.json");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.said.find(said), std::string::npos) << run.said;
+    EXPECT_NE(ReadFile("s.json").find("the file is cut short"), std::string::npos);
+    EXPECT_NE(ReadFile("cut.mcx"), "old") << "what can be read is written";
+    WriteFile("padded.3ds", whole + std::string(100, '\0'));
+    EXPECT_EQ(Start("padded.3ds").status, 0);
+
+    fs::remove("two.vue");
+    ASSERT_EQ(mkfifo("two.vue", 0600), 0);
+    EXPECT_EQ(Start("two.3ds", "timeout 10 ").status, 1);
+    fs::remove("two.vue");
+    fs::create_symlink("two.vue", "two.vue"); // can't be opened, and not for being away
+    EXPECT_EQ(Start("two.3ds --animation").status, 1);
+    fs::remove("two.vue");
+    fs::create_directory("two.vue"); // opens, and fails at the first read
+    run = Start("two.3ds");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.said.find("its animation \"two.vue\" cannot be read: Is a directory"), std::string::npos)
+        << run.said;
+    EXPECT_EQ(ReadFile("two.mcx"), "old");
+}
+
+TEST_F(HostileFolderTest, AReaderThatLeavesEndsTheProgramQuietly)
+{
+    for (const char *arguments : {"--info two.3ds", "two.3ds -o -"}) {
+        const CommandResult result = RunCommand("{ { sleep 0.2; " + Quoted(program.string()) + ' ' +
+                                                arguments + "; echo status $? >&2; } | true; }");
+        EXPECT_EQ(result.output.find("error"), std::string::npos) << result.output;
+        EXPECT_NE(result.output.find("status 0"), std::string::npos) << result.output;
+    }
+}
+
+TEST_F(HostileFolderTest, ACurrentFolderThatIsGoneFailsNothingWithAbsolutePaths)
+{
+    const std::string here = fs::current_path().string();
+    const Outcome run = Start(Quoted(here + "/two.3ds") + " -o " + Quoted(here + "/gone.mcx"),
+                              "mkdir lost && cd lost && rmdir ../lost && ");
+    EXPECT_EQ(run.status, 0) << run.said;
+    EXPECT_TRUE(fs::exists("gone.mcx"));
+}
+
+// Scenes enough for a run of some seconds; its process group gets the signal, or one worker.
+TEST_F(HostileFolderTest, ARunThatEndsEarlyLeavesItsSummaryAndNoTemporaryFiles)
+{
+    const Bytes big = Scene({NamedObject("BIG", {Mesh({Points(std::vector<float>(3 * 20000, 1.0f))})})});
+    fs::create_directory("many");
+    for (int i = 0; i < 400; ++i)
+        WriteFile("many/" + std::to_string(i) + ".3ds", big);
+    const std::string start =
+        Quoted(program.string()) + " --recursive many --output-dir out --summary s.json ";
+    for (const char *jobs : {"-j 1", "-j 2"}) {
+        SCOPED_TRACE(jobs);
+        fs::remove("s.json");
+        RunCommand("{ " + start + jobs + " & id=$!; sleep 0.5; kill -TERM $id; wait $id; }");
+        const std::string summary = ReadFile("s.json");
+        EXPECT_NE(summary.find("\"interrupted\": true"), std::string::npos);
+        EXPECT_NE(summary.find("\"done\": true"), std::string::npos);
+        for (const fs::directory_entry &entry : fs::directory_iterator("out"))
+            EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry.path();
+    }
+    fs::remove("s.json");
+    const CommandResult result = RunCommand(
+        "{ " + start + "-j 2 & id=$!; sleep 0.5; pkill -KILL -n -P $id; wait $id; echo status $?; }");
+    EXPECT_NE(result.output.find("its process was ended by a signal: Killed"), std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("status 1"), std::string::npos);
+    const std::string summary = ReadFile("s.json");
+    EXPECT_NE(summary.find("\"failed\": 1"), std::string::npos);
+    EXPECT_NE(summary.find("\"scenes\": 400"), std::string::npos);
+    EXPECT_EQ(summary.find("\"bytes\": 0,"), std::string::npos) << "the killed one keeps its size";
+}
+
+#endif
