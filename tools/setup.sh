@@ -6,14 +6,16 @@ set -eu
 wanted=
 for group in "$@"; do
     case $group in
-    build) wanted="$wanted g++ cmake ninja-build libcli11-dev libpng-dev nlohmann-json3-dev" ;;
+    build) wanted="$wanted g++ cmake ninja-build libcli11-dev libpng-dev nlohmann-json3-dev
+        file dpkg-dev" ;; # the last two are for cpack
     test) wanted="$wanted libgtest-dev locales pkgconf" ;;
     ci) wanted="$wanted clang clang-format libclang-rt-14-dev libbenchmark-dev valgrind python3 strace" ;;
     matrix) wanted="$wanted g++-12-multilib g++-s390x-linux-gnu qemu-user googletest
         g++-mingw-w64-x86-64-posix wine64" ;;
     coverage) wanted="$wanted gcovr" ;;
+    hosts) wanted="$wanted iproute2 openssh-server openssh-client parallel" ;;
     *)
-        echo "setup.sh: no group is called '$group'; there are build, test, ci, matrix and coverage" >&2
+        echo "setup.sh: no group is called '$group'; there are build, test, ci, matrix, coverage and hosts" >&2
         exit 2
         ;;
     esac
