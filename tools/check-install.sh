@@ -1,0 +1,92 @@
+#!/bin/sh
+# Walks a newcomer's whole road in a Debian of its own: tools/check-install.sh FOLDER
+# README's two commands, cpack, the package in, the guide's hosts built in every way and started, the package out.
+# FOLDER is bootstrapped if there is no Debian in it; a bare one shows whether the road needs what it doesn't
+# install. Wants root, debootstrap and the network.
+set -eu
+
+if [ $# -ne 1 ]; then
+    echo "usage: check-install.sh FOLDER" >&2
+    exit 2
+fi
+cd "$(dirname "$0")/.."
+root=$(realpath -m "$1")
+[ -e "$root/etc/debian_version" ] || debootstrap --variant=minbase bookworm "$root"
+
+# The sources as they stand, without what was built from them.
+rm -rf "$root/root/mcl3ds20" "$root/opt/mcl3ds20" "$root/root/hosts"
+mkdir -p "$root/root/mcl3ds20"
+git ls-files -z | tar --null -T - -cf - | tar -C "$root/root/mcl3ds20" --no-same-owner -xf -
+
+within()
+{
+    # The namespaces give the tests a /proc and end with the command.
+    unshare --mount --pid --fork --kill-child --root="$root" --mount-proc \
+        /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C \
+        DEBIAN_FRONTEND=noninteractive sh -euc "$*"
+}
+
+step()
+{
+    echo
+    echo "== $1"
+    within "cd /root/mcl3ds20; $2"
+}
+
+step "the two commands" 'tools/convert.sh; tools/test.sh'
+step "cpack" 'cd build/release; rm -rf packages; cpack -B packages'
+package=$(ls "$root"/root/mcl3ds20/build/release/packages/*.deb)
+for need in libc6 libstdc++6 libpng16; do
+    dpkg-deb -f "$package" Depends | grep -q "$need" ||
+        { echo "check-install.sh: the package doesn't depend on $need" >&2; exit 1; }
+done
+step "cpack without dpkg-shlibdeps" '
+    mv /usr/bin/dpkg-shlibdeps /usr/bin/dpkg-shlibdeps.away
+    failed=0
+    (cd build/release; cpack -B unwanted) || failed=1
+    mv /usr/bin/dpkg-shlibdeps.away /usr/bin/dpkg-shlibdeps
+    if [ $failed = 0 ] || ls build/release/unwanted/*.deb; then exit 1; fi'
+
+# For the steps below: start HOST converts a sample into a whole script; refused HOST can't even start.
+start='start() { rm -f /tmp/host.mcx; "$@" samples/windmill.3DS /tmp/host.mcx; [ "$(tail -n 1 /tmp/host.mcx)" = ModelEnd ]; }
+    refused() { if "$@" samples/windmill.3DS /tmp/host.mcx; then echo "$1 must not start" >&2; exit 1; fi; }
+    uses() { ldd "$1" | grep "libMCL3DS20.so.3 => $2"; }
+    hosts=samples/hosts; mkdir -p /root/hosts'
+
+step "the package in" 'apt-get -q -y install --no-install-recommends python3 ./build/release/packages/*.deb'
+step "hosts by CMake" "$start"'
+    cmake -S $hosts -B /root/hosts/cmake; cmake --build /root/hosts/cmake
+    uses /root/hosts/cmake/convert_c /usr/; start /root/hosts/cmake/convert_c; start /root/hosts/cmake/convert_cpp'
+step "hosts by pkg-config" "$start"'
+    cc -o /root/hosts/pc_c $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20)
+    c++ -std=c++17 -o /root/hosts/pc_cpp $hosts/convert.cpp $(pkg-config --cflags --libs mcl3ds20)
+    uses /root/hosts/pc_c /usr/; start /root/hosts/pc_c; start /root/hosts/pc_cpp'
+step "hosts by hand" "$start"'
+    cc -o /root/hosts/hand_c $hosts/convert.c -lMCL3DS20
+    c++ -std=c++17 -o /root/hosts/hand_cpp $hosts/convert.cpp -lMCL3DS20
+    start /root/hosts/hand_c; start /root/hosts/hand_cpp; start python3 $hosts/convert.py'
+tools/check-deb.sh "$root" "$package"
+step "no host without the package" "$start"'refused /root/hosts/hand_c'
+
+step "an installation outside the system folders" "$start"'
+    away=/opt/mcl3ds20
+    cmake --install build/release --prefix $away >/dev/null
+    PKG_CONFIG_PATH=$away/lib/pkgconfig; export PKG_CONFIG_PATH
+    flags="-I$away/include -L$away/lib -lMCL3DS20"
+    cc -o /root/hosts/plain $hosts/convert.c $flags
+    refused /root/hosts/plain
+    start env LD_LIBRARY_PATH=$away/lib /root/hosts/plain
+    start env LD_LIBRARY_PATH=$away/lib python3 $hosts/convert.py
+    cc -o /root/hosts/rpath $hosts/convert.c $flags -Wl,-rpath,$away/lib
+    uses /root/hosts/rpath $away/; start /root/hosts/rpath
+    libdir=$(pkg-config --variable=libdir mcl3ds20)
+    cc -o /root/hosts/pc_rpath $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20) -Wl,-rpath,"$libdir"
+    start /root/hosts/pc_rpath
+    cmake -S $hosts -B /root/hosts/away -DCMAKE_PREFIX_PATH=$away; cmake --build /root/hosts/away
+    uses /root/hosts/away/convert_c $away/; start /root/hosts/away/convert_c
+    echo $away/lib >/etc/ld.so.conf.d/mcl3ds20.conf; ldconfig
+    start /root/hosts/plain
+    rm /etc/ld.so.conf.d/mcl3ds20.conf; ldconfig; rm -r $away
+    refused /root/hosts/plain'
+echo
+echo "check-install.sh: everything on the road from README to the guide's hosts works"
