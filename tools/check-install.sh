@@ -82,6 +82,8 @@ step "an installation outside the system folders" "$start"'
     libdir=$(pkg-config --variable=libdir mcl3ds20)
     cc -o /root/hosts/pc_rpath $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20) -Wl,-rpath,"$libdir"
     start /root/hosts/pc_rpath
+    cc -o $away/bin/host $hosts/convert.c $flags "-Wl,-rpath,\$ORIGIN/../lib"
+    mv $away $away-moved; start $away-moved/bin/host; mv $away-moved $away
     cmake -S $hosts -B /root/hosts/away -DCMAKE_PREFIX_PATH=$away; cmake --build /root/hosts/away
     uses /root/hosts/away/convert_c $away/; start /root/hosts/away/convert_c
     echo $away/lib >/etc/ld.so.conf.d/mcl3ds20.conf; ldconfig
