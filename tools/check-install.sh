@@ -3,6 +3,8 @@
 # README's two commands, cpack, the package in, the guide's hosts built in every way and started, the package out.
 # FOLDER is bootstrapped if there is no Debian in it; a bare one shows whether the road needs what it doesn't
 # install. Wants root, debootstrap and the network.
+# Texts in single quotes are for the shell inside.
+# shellcheck disable=SC2016
 set -eu
 
 if [ $# -ne 1 ]; then
