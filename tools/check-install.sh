@@ -53,16 +53,16 @@ step "cpack without dpkg-shlibdeps" '
 start='start() { rm -f /tmp/host.mcx; "$@" samples/windmill.3DS /tmp/host.mcx; [ "$(tail -n 1 /tmp/host.mcx)" = ModelEnd ]; }
     refused() { if "$@" samples/windmill.3DS /tmp/host.mcx; then echo "$1 must not start" >&2; exit 1; fi; }
     uses() { ldd "$1" | grep "libMCL3DS20.so.3 => $2"; }
-    hosts=samples/hosts; mkdir -p /root/hosts'
+    hosts=samples/hosts; mkdir -p /root/hosts;'
 
 step "the package in" 'apt-get -q -y install --no-install-recommends python3 ./build/release/packages/*.deb'
 step "hosts by CMake" "$start"'
     cmake -S $hosts -B /root/hosts/cmake; cmake --build /root/hosts/cmake
-    uses /root/hosts/cmake/convert_c /usr/; start /root/hosts/cmake/convert_c; start /root/hosts/cmake/convert_cpp'
+    uses /root/hosts/cmake/convert_c /lib/; start /root/hosts/cmake/convert_c; start /root/hosts/cmake/convert_cpp'
 step "hosts by pkg-config" "$start"'
     cc -o /root/hosts/pc_c $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20)
     c++ -std=c++17 -o /root/hosts/pc_cpp $hosts/convert.cpp $(pkg-config --cflags --libs mcl3ds20)
-    uses /root/hosts/pc_c /usr/; start /root/hosts/pc_c; start /root/hosts/pc_cpp'
+    uses /root/hosts/pc_c /lib/; start /root/hosts/pc_c; start /root/hosts/pc_cpp'
 step "hosts by hand" "$start"'
     cc -o /root/hosts/hand_c $hosts/convert.c -lMCL3DS20
     c++ -std=c++17 -o /root/hosts/hand_cpp $hosts/convert.cpp -lMCL3DS20

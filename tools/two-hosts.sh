@@ -37,8 +37,8 @@ ip -n $a link add cable type veth peer name cable netns $b
 ip -n $a address add 192.0.2.1/24 dev cable
 ip -n $b address add 192.0.2.2/24 dev cable
 for host in $a $b; do
-    ip -n $host link set lo up
-    ip -n $host link set cable up
+    ip -n "$host" link set lo up
+    ip -n "$host" link set cable up
 done
 
 ssh-keygen -q -t ed25519 -N '' -f "$work/user_key"
@@ -122,7 +122,7 @@ one()
 
 mkdir "$work/parallel"
 one --animation
-spread shared-folder --workdir . "$program" -q --animation --output-dir models/{//} {}
+spread shared-folder --workdir . "$program" -q --animation --output-dir 'models/{//}' {}
 one
 spread copied-files --workdir ... --transferfile {} --return 'models/{.}.mcx' --cleanup \
-    "$program" -q --output-dir models/{//} {}
+    "$program" -q --output-dir 'models/{//}' {}
