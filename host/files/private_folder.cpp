@@ -20,6 +20,7 @@ void MarkPrivateFolders(const std::string &mark)
 fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
 {
     CleanUpWhenInterrupted(RemovePrivateFolders);
+    StopIfInterrupted();
     const std::lock_guard lock(foldersMutex);
     fs::path folder = MakeOwnFolder(parent / (folderStart + folderMark), why);
     if (folder.empty())

@@ -232,12 +232,18 @@ static void OnLibraryMessage(int32_t level, const char *text)
     errno = before;
 }
 
+// Nobody listens where nobody looks: a scene of many objects has ten messages for each.
+static void ListenToMessages()
+{
+    Mc3dsSetMessageCallback(reportVerbosity >= 1 || messageWatcher ? OnLibraryMessage : nullptr);
+}
+
 void StartReports(int verbosity, bool showResults)
 {
     reportVerbosity = verbosity;
     resultsAreShown = showResults && verbosity >= 0;
     Mc3dsSetErrorCallback(OnLibraryError);
-    Mc3dsSetMessageCallback(OnLibraryMessage);
+    ListenToMessages();
 }
 
 void SetReportSubject(SceneResult *subject)
@@ -264,6 +270,7 @@ void MuteLibrary(bool mute)
 void WatchMessages(void (*watcher)(const char *text))
 {
     messageWatcher = watcher;
+    ListenToMessages();
 }
 
 bool MemoryRanOut()
