@@ -128,6 +128,26 @@ TEST_F(InfoPreviewTest, ThePictureShowsTheModelInTheMiddle)
     EXPECT_TRUE(solid.rgb == Draw(1, 0, "--protos --flat").rgb);
 }
 
+TEST_F(InfoPreviewTest, WhyAPictureIsEmptyIsSaid)
+{
+    const auto corner = [](const char *name, float x) {
+        return NamedObject(name, {Mesh({Points({x, 0, 0, x + 1, 0, 0, x, 1, 0}), Faces({0, 1, 2})})});
+    };
+    const Bytes line = NamedObject("L", {Mesh({Points({0, 0, 0, 1, 0, 0, 5, 0, 0}), Faces({0, 1, 2})})});
+    const std::pair<Bytes, const char *> rows[] = {
+        {Scene({corner("A", 0)}, {Kfhdr(1), ObjectNode("A", 9)}), "the scene has 1; .*--flat draws them"},
+        {Scene({corner("A", 0), corner("B", 1e7f)}), "too small or thin for the size of the whole"},
+        {Scene({line}), "points or lines"},
+        {Scene({corner("A", 0)}), "\"warnings\": \\[\\]"},
+    };
+    for (const auto &[scene, says] : rows) {
+        WriteFile("scene.3ds", scene);
+        MustRun(program + "--info --preview p.png --summary sum.json >shown");
+        const std::string said = ReadText("sum.json");
+        EXPECT_TRUE(std::regex_search(said, std::regex(says))) << says << '\n' << said;
+    }
+}
+
 TEST_F(InfoPreviewTest, EachOfManyScenesGetsAPictureOfItsOwn)
 {
     Draw(1, 0, "");
@@ -145,11 +165,13 @@ TEST_F(InfoPreviewTest, AStripShowsTheFramesOfTheAnimationSideBySide)
     const std::string place = " transform CUBE 1 0 0 0 1 0 0 0 1 ";
     WriteFile("scene.vue", "frame 0" + place + "0 0 0 frame 1" + place + "4 0 0 frame 2" + place + "8 0 0");
     const Picture strip = Draw(1, 0, "--preview-frame strip --preview-size 100x50");
-    EXPECT_EQ(strip.width, 300u);
+    EXPECT_EQ(strip.width, 308u);
+    for (const size_t column : {99u, 100u, 103u, 104u, 204u, 208u})
+        EXPECT_EQ(strip.rgb[column * 3] == 255, column % 104 >= 100) << column;
     EXPECT_EQ(strip.height, 50u);
     for (const int frame : {0, 1, 2}) // the cube moves to the right and, at that slant, downwards
         for (const int part : {0, 1, 2}) {
-            const double x = (frame + 0.12 + part * 0.38) / 3;
+            const double x = (frame * 104 + 12 + part * 38) / 307.0;
             EXPECT_EQ(Redness(strip, x, 0.31 + part * 0.19) > 0, frame == part) << frame << part;
         }
     EXPECT_TRUE(Draw(1, 0, "--preview-frame 2").rgb == Draw(1, 0, "").rgb); // each framed on its own

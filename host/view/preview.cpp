@@ -15,12 +15,16 @@
 using Model = std::unique_ptr<McClump, void (*)(McClump *)>;
 
 constexpr uint32_t stripFrames = 5;
-constexpr uint8_t background[3] = {92, 103, 117};
+constexpr int stripGap = 4; // pixels between two frames
+constexpr uint8_t gapLevel = 255;
+// Light enough for thin dark parts to show, dark enough for white ones.
+constexpr uint8_t background[3] = {160, 170, 182};
 
 // All is drawn in the space of the eye: x to the right, y up, z towards it. The model is seen from far above
 // its right front corner. Unit vectors of that space: up in the model, and towards the lamp.
 static const double modelToEye[16] = {0.8192,  -0.2424, 0.5198, 0, 0, 0.9063, 0.4226, 0,
                                       -0.5736, -0.3462, 0.7424, 0, 0, 0,      0,      1};
+constexpr float fullLight = 0.97f; // below 1, so that white parts keep their shades
 constexpr Vector upwards = {0.0, 0.9063, 0.4226}, toLamp = {-0.4851, 0.7276, 0.4851};
 
 // A mesh of a clump, or that of a prototype where an instance puts it.
@@ -98,20 +102,20 @@ static RasterCorner Project(const Canvas &canvas, const Vector &place)
     const double deep = most[2] > least[2] ? (place[2] - least[2]) / (most[2] - least[2]) : 0.0;
     return {static_cast<float>(canvas.raster.width * 0.5 + x * canvas.zoom),
             static_cast<float>(canvas.raster.height * 0.5 - y * canvas.zoom), static_cast<float>(1.0 + deep),
-            1.0f};
+            fullLight};
 }
 
-// The coefficients of surfaces play no part: they come from the colours that are there anyway, and would
-// darken them once more.
+// At most fullLight. The coefficients of surfaces play no part: they come from the colours that are there
+// anyway, and would darken them once more.
 static float Light(Vector normal, bool turned)
 {
     const double length = std::sqrt(Dot(normal, normal)) * (turned ? -1.0 : 1.0);
     if (length == 0.0 || !std::isfinite(length))
-        return 1.0f;
+        return fullLight;
     for (double &part : normal)
         part /= length;
-    return static_cast<float>(0.42 + 0.12 * Dot(normal, upwards) + 0.15 * std::max(0.0, normal[2]) +
-                              0.45 * std::max(0.0, Dot(normal, toLamp)));
+    return static_cast<float>(0.38 + 0.11 * Dot(normal, upwards) + 0.13 * std::max(0.0, normal[2]) +
+                              0.41 * std::max(0.0, Dot(normal, toLamp)));
 }
 
 static void DrawFace(Canvas *canvas, const RasterCorner corners[3], const McSurface &surface)
@@ -219,18 +223,31 @@ static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOpti
     return {};
 }
 
-static bool WritePng(const std::vector<uint8_t> &picture, int width, int height, const std::string &name,
-                     const std::filesystem::path &path)
+struct Picture {
+    int width, height;        // pixels
+    std::vector<uint8_t> rgb; // three bytes for each pixel, row by row
+};
+
+// A picture of that many frames, all gap.
+static Picture MakePicture(const PreviewOptions &preview, int frames)
+{
+    const int width = preview.width ? preview.width : frames > 1 ? 320 : 800;
+    const int height = preview.height ? preview.height : frames > 1 ? 240 : 600;
+    Picture picture = {width * frames + stripGap * (frames - 1), height, {}};
+    picture.rgb.resize(static_cast<size_t>(picture.width) * static_cast<size_t>(height) * 3, gapLevel);
+    return picture;
+}
+
+static bool WritePng(const Picture &picture, const std::string &name, const std::filesystem::path &path)
 {
     png_image image = {};
     image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(width);
-    image.height = static_cast<png_uint_32>(height);
+    image.width = static_cast<png_uint_32>(picture.width);
+    image.height = static_cast<png_uint_32>(picture.height);
     image.format = PNG_FORMAT_RGB;
     errno = 0;
     FILE *stream = std::fopen(path.string().c_str(), "wb");
-    bool done =
-        stream && png_image_write_to_stdio(&image, stream, 0, picture.data(), width * 3, nullptr) != 0;
+    bool done = stream && png_image_write_to_stdio(&image, stream, 0, picture.rgb.data(), 0, nullptr) != 0;
     int reason = done ? 0 : errno;
     if (stream && std::fclose(stream) != 0 && done) {
         done = false;
@@ -254,43 +271,86 @@ static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
             GrowByFaces(&bounds, mesh);
     }
     ReportModelErrors();
-    if (bounds.least[0] > bounds.most[0]) {
-        ReportWarning("the model has no face to draw, and the picture is empty");
-        bounds = {};
-    }
     return bounds;
 }
 
-bool WritePreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
-                  const std::string &name, const std::filesystem::path &path)
+// Why next to nothing of the model shows.
+static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const Mc3dsOptions &asked)
 {
-    const std::vector<int64_t> frames = PickFrames(scene, preview);
-    if (frames.empty())
-        return false;
-    const int width = preview.width ? preview.width : frames.size() > 1 ? 320 : 800;
-    const int height = preview.height ? preview.height : frames.size() > 1 ? 240 : 600;
-    Model model(nullptr, McFreeModel);
-    errno = 0;
-    const Bounds bounds = FindBounds(scene, asked, frames, &model);
-    const size_t stride = static_cast<size_t>(width) * 3 * frames.size();
-    std::vector<uint8_t> picture(stride * static_cast<size_t>(height));
+    McModelView model = {};
+    McGetModel(clump, &model);
+    uint64_t faces = 0, clear = 0, thin = 0, inScene = 0;
+    for (const PlacedMesh &mesh : FindMeshes(clump))
+        for (size_t i = 0; i < mesh.geometry.faceCount; ++i) {
+            const McFace &face = mesh.geometry.faces[i];
+            const auto at = [&](int corner) {
+                return Place(mesh.geometry.points[face.vertices[corner] - 1], mesh.placement);
+            };
+            const Vector normal = Normal(at(0), at(1), at(2));
+            ++faces;
+            clear += model.surfaces[face.surface].opacity > 0.0f ? 0 : 1;
+            thin += Dot(normal, normal) > 0.0 ? 0 : 1;
+        }
+    for (uint32_t i = 0; i < scene->objectCount; ++i)
+        inScene += static_cast<uint64_t>(scene->objects[i].faceCount);
+    if (faces == 0 && inScene == 0)
+        return "the model has no faces";
+    if (faces == 0)
+        return "the model has no faces, the scene has " + std::to_string(inScene) +
+               (asked.flags & MC3DS_FLAT ? "" : "; they hang from no object: --flat draws them");
+    if (clear == faces)
+        return "all faces are fully transparent";
+    if (thin == faces)
+        return "all faces are points or lines";
+    return "its faces are too small or thin for the size of the whole, as with one part far away";
+}
+
+// Frame by frame from left to right. Returns how many samples were painted; model is left with the last
+// frame.
+static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
+                           const std::vector<int64_t> &frames, const Bounds &bounds, Model *model,
+                           Picture *picture)
+{
+    const auto count = static_cast<int>(frames.size());
+    const int width = (picture->width - stripGap * (count - 1)) / count, height = picture->height;
+    const size_t stride = static_cast<size_t>(picture->width) * 3;
+    uint64_t painted = 0;
     for (size_t i = 0; i < frames.size(); ++i) {
         if (frames.size() > 1) {
-            model.reset();
-            model = BuildFrame(scene, asked, frames[i]);
+            model->reset();
+            *model = BuildFrame(scene, asked, frames[i]);
         }
         Canvas canvas = {MakeRaster(width, height, background), bounds, 1.0, nullptr, {}};
         const double size = std::max((bounds.most[0] - bounds.least[0]) / canvas.raster.width,
                                      (bounds.most[1] - bounds.least[1]) / canvas.raster.height);
         canvas.zoom = size > 0.0 ? 0.92 / size : 1.0; // the rest is margin
-        DrawModel(&canvas, model.get());
-        ReduceRaster(&canvas.raster, &picture[static_cast<size_t>(width) * 3 * i], stride);
+        DrawModel(&canvas, model->get());
+        ReduceRaster(&canvas.raster, &picture->rgb[static_cast<size_t>(width + stripGap) * 3 * i], stride);
+        painted += canvas.raster.painted;
     }
+    return painted;
+}
+
+bool WritePreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
+                  const std::string &name, const std::filesystem::path &path)
+{
+    constexpr uint64_t leastPainted = 16; // samples; four pixels are easily overlooked
+    const std::vector<int64_t> frames = PickFrames(scene, preview);
+    if (frames.empty())
+        return false;
+    Model model(nullptr, McFreeModel);
+    errno = 0;
+    const Bounds bounds = FindBounds(scene, asked, frames, &model);
+    Picture picture = MakePicture(preview, static_cast<int>(frames.size()));
+    const uint64_t painted = DrawFrames(scene, asked, frames, bounds, &model, &picture);
+    const std::string why = painted < leastPainted ? WhyEmpty(scene, model.get(), asked) : "";
     MuteLibrary(false);
     McClearErrors();
     if (errno == ENOMEM || MemoryRanOut()) {
         ReportError("out of memory while building the model");
         return false;
     }
-    return WritePng(picture, width * static_cast<int>(frames.size()), height, name, path);
+    if (!why.empty())
+        ReportWarning("the picture is empty: " + why);
+    return WritePng(picture, name, path);
 }

@@ -5,7 +5,7 @@
 
 Raster MakeRaster(int width, int height, const uint8_t background[3])
 {
-    Raster raster = {width * 2, height * 2, {}, {}};
+    Raster raster = {width * 2, height * 2, {}, {}, 0};
     const auto samples = static_cast<size_t>(raster.width) * static_cast<size_t>(raster.height);
     raster.depth.resize(samples, 0.0f);
     raster.rgb.resize(samples * 3);
@@ -18,6 +18,7 @@ static void Paint(Raster *raster, size_t sample, double depth, double light, con
 {
     if (!(depth > static_cast<double>(raster->depth[sample])))
         return;
+    ++raster->painted;
     const auto opacity = static_cast<double>(colour.opacity);
     if (opacity >= 1.0)
         raster->depth[sample] = static_cast<float>(depth);

@@ -11,6 +11,7 @@ struct Raster {
     int width, height;        // in samples
     std::vector<float> depth; // the nearest so far; greater is nearer
     std::vector<uint8_t> rgb; // three bytes for each sample
+    uint64_t painted;         // how often a sample got a colour
 };
 
 // A corner on its way into the raster. x and y count samples, and may lie outside the raster; depth has to be
