@@ -12,6 +12,10 @@ _3ds2mcx()
         _filedir png
         return
         ;;
+    --report)
+        _filedir '@(html|htm)'
+        return
+        ;;
     --preview-frame)
         mapfile -t COMPREPLY < <(compgen -W strip -- "$cur")
         return

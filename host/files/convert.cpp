@@ -6,6 +6,7 @@
 #include <new>
 #include <system_error>
 
+#include "../view/info.h"
 #include "files.h"
 #if defined(MC3DS_HAVE_MCLMODEL)
 #include "mclmodel.h"
@@ -168,7 +169,12 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
         result->vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
         result->triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
     }
-    if (options.info && options.previewFile.empty())
+    if (!options.reportFile.empty())
+        for (const TextureFile &texture : FindTextures(scene.get(), path))
+            if (texture.found.empty())
+                result->missingTextures.push_back(texture.name);
+    const bool hasPicture = !options.previewFile.empty() || !options.reportFile.empty();
+    if (options.info && (!hasPicture || (options.previewFile.empty() && scene->objectCount == 0)))
         return !cut;
     if (scene->objectCount == 0) {
         ReportError("the scene has no objects; nothing is written");
@@ -183,10 +189,14 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
             std::printf("scene %s\n", Visible(path).c_str());
         if (!BuildModel(scene.get(), &asked))
             return false;
-        if (options.previewFile.empty())
+        if (!hasPicture)
             return !cut;
     }
-    return WriteFiles(options, path, scene.get(), &asked) && !cut;
+    std::string picture;
+    const bool done = WriteFiles(options, path, scene.get(), &asked, &picture);
+    if (!options.reportFile.empty())
+        result->picture = picture;
+    return done && !cut;
 }
 
 SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany)

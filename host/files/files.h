@@ -49,6 +49,9 @@ bool PlanOutput(const HostOptions &options, const std::string &scenePath, const 
 
 // Whether the library got to the end of the file that it wrote: it doesn't look at its writes.
 bool IsWhole(const OutputFile &file, const Mc3dsFile *scene);
+// Fills file.written. False, with its report, when that fails.
+bool WriteBytes(const OutputFile &file, const std::string &bytes);
+
 enum class Delivery { Done, Kept, Failed };
 
 // Brings a written file to its target, and returns the bytes in it; with its report where that fails. With
@@ -62,11 +65,11 @@ bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool 
 // Deliver with its reports. False when it failed.
 bool DeliverOne(const OutputFile &file, bool noClobber);
 // Writes the files that options lead to and brings them to their targets. False, with its report, when one
-// failed.
+// failed. picture gets the bytes of the PNG file, if one is drawn.
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                Mc3dsOptions *asked);
+                Mc3dsOptions *asked, std::string *picture);
 
-// ---- summary_file.cpp
+// ---- summary_file.cpp: the summary and the report of a run
 
 // False, with its report, when WriteSummary is bound to fail.
 bool SummaryHasPlace(const std::string &name);

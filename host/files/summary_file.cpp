@@ -1,6 +1,3 @@
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <system_error>
 
 #include "files.h"
@@ -23,15 +20,7 @@ bool WriteSummary(const std::string &name, bool noClobber, const std::string &te
         ReportUnwritten(name, why);
         return false;
     }
-    bool done = MakeRoom(&files, "", false);
-    if (done) {
-        FILE *stream = std::fopen(file.written.string().c_str(), "wb");
-        done = stream && std::fwrite(text.data(), 1, text.size(), stream) == text.size();
-        done = stream && std::fclose(stream) == 0 && done;
-        if (!done)
-            ReportUnwritten(name, std::strerror(errno));
-    }
-    done = done && DeliverOne(file, noClobber);
+    const bool done = MakeRoom(&files, "", false) && WriteBytes(file, text) && DeliverOne(file, noClobber);
     RemovePrivateFolders();
     return done;
 }

@@ -106,26 +106,30 @@ static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &fi
 }
 
 static bool WriteAll(const HostOptions &options, const std::string &bareName, const Mc3dsFile *scene,
-                     Mc3dsOptions *asked, std::vector<OutputFile> *files)
+                     Mc3dsOptions *asked, std::vector<OutputFile> *files, std::string *picture)
 {
-    if (files->front().kind != TextKind::Picture) {
+    const bool hasTexts = !files->empty() && files->front().kind != TextKind::Picture;
+    if (hasTexts) {
         const int reason = WriteTexts(scene, asked, bareName, *files);
         if (options.flags & MC3DS_PER_OBJECT)
             NameObjectFiles(bareName, files);
         if (reason < 0 || !CheckTexts(scene, *files, reason))
             return false;
     }
-    const OutputFile &last = files->back();
-    if (last.kind != TextKind::Picture)
+    if (options.previewFile.empty() && options.reportFile.empty())
         return true;
-    // The picture is of a model that is built once more, with the same to be said about it.
-    MuteLibrary(files->size() > 1 || (options.flags & MC3DS_DIRECT));
-    bool drawn = false;
 #if defined(MC3DS_HAVE_MCLMODEL) && defined(MC3DS_HAVE_PNG)
-    drawn = WritePreview(scene, *asked, options.preview, last.shown, last.written);
-#endif
+    PreviewOptions preview = options.preview;
+    if (options.previewFile.empty()) // all scenes share one page
+        preview = {reportPictureWidth, reportPictureHeight};
+    // The picture is of a model that is built once more, with the same to be said about it.
+    MuteLibrary(hasTexts || (options.flags & MC3DS_DIRECT));
+    *picture = DrawPreview(scene, *asked, preview);
     MuteLibrary(false);
-    return drawn;
+    if (picture->empty() || (!options.previewFile.empty() && !WriteBytes(files->back(), *picture)))
+        return false;
+#endif
+    return true;
 }
 
 bool DeliverOne(const OutputFile &file, bool noClobber)
@@ -173,7 +177,7 @@ static bool MakeOutputFolder(const std::string &top, const std::string &output)
 }
 
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                Mc3dsOptions *asked)
+                Mc3dsOptions *asked, std::string *picture)
 {
     std::vector<OutputFile> files;
     if (!options.outputDir.empty() && !MakeOutputFolder(options.outputDir, OutputName(options, scenePath)))
@@ -182,7 +186,7 @@ bool WriteFiles(const HostOptions &options, const std::string &scenePath, const 
         return false;
     const std::string bareName = BareOutputName(options, scenePath);
     const bool done = MakeRoom(&files, bareName, options.flags & MC3DS_PER_OBJECT) &&
-                      WriteAll(options, bareName, scene, asked, &files);
+                      WriteAll(options, bareName, scene, asked, &files, picture);
     ShowWarningsSoFar(false);
     const bool delivered = done && DeliverAll(files, options.noClobber);
     RemovePrivateFolders();

@@ -71,6 +71,16 @@ bool IsWhole(const OutputFile &file, const Mc3dsFile *scene)
     return false;
 }
 
+bool WriteBytes(const OutputFile &file, const std::string &bytes)
+{
+    Stream stream = OpenStream(file.written, "wb");
+    bool done = stream && std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) == bytes.size();
+    done = stream && std::fclose(stream.release()) == 0 && done;
+    if (!done)
+        ReportUnwritten(file.shown, std::strerror(errno));
+    return done;
+}
+
 // False with errno set.
 static bool CopyInto(const fs::path &from, FILE *out)
 {

@@ -23,6 +23,7 @@ struct HostOptions {
     std::string animationFile;
     std::string previewFile; // empty: none; of many scenes, each puts its own name ahead
     std::string summaryFile; // empty: none
+    std::string reportFile;  // empty: none
     std::string clumpName;   // empty: made from the scene's name
     std::string textureExtension;
     uint32_t flags = 0;

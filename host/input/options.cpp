@@ -280,6 +280,14 @@ static void AddReportOptions(CLI::App *app, HostOptions *options)
     AddValue(
         app, "--summary", "FILE", "Reports", "write what was done with each scene as JSON (default: none)",
         [options](const std::string &text) { options->summaryFile = ReadName("--summary", text, false); });
+    AddValue(app, "--report", "FILE.html", "Reports",
+             "write what was done as one page for a browser, with a picture of each scene (default: none)",
+             [options](const std::string &text) {
+                 const std::string extension = InLowerCase(PathOf(text).extension().string());
+                 Accept("--report", extension == ".html" || extension == ".htm",
+                        InQuotes(text) + " doesn't end in .html");
+                 options->reportFile = text;
+             });
     app->set_help_flag("-h,--help", "print this and exit")->group("Reports");
     app->set_version_flag("--version", "", "print the version and exit")->group("Reports");
 }

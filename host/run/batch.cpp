@@ -124,8 +124,9 @@ int ConvertAll(const HostOptions &options)
     bool done = ListScenes(options, &jobs);
     if (!TargetsAreApart(options, jobs))
         return exitUsage;
-    if (!options.summaryFile.empty() && !SummaryHasPlace(options.summaryFile))
-        return exitFailed;
+    for (const std::string &file : {options.summaryFile, options.reportFile})
+        if (!file.empty() && !SummaryHasPlace(file))
+            return exitFailed;
     // Where many scenes are converted, a line at the end stands for the files that were written.
     const bool many = jobs.size() > 1 || options.recursive;
     StartReports(options.verbosity, !many || options.verbosity > 0);
@@ -150,6 +151,11 @@ int ConvertAll(const HostOptions &options)
     if (!options.summaryFile.empty())
         done = WriteSummary(options.summaryFile, options.noClobber, SummaryText(results, seconds, false)) &&
                done;
+    if (!options.reportFile.empty()) {
+        const std::string page =
+            ReportPage(results, seconds, std::filesystem::path(PathOf(options.reportFile)).parent_path());
+        done = WriteSummary(options.reportFile, options.noClobber, page) && done;
+    }
     if ((options.verbosity > 0 || (options.verbosity == 0 && many && !options.info)) && !jobs.empty())
         ShowLines(TotalsLine(results, seconds));
     return done ? exitDone : exitFailed;

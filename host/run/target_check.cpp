@@ -68,6 +68,37 @@ static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<Sc
     return true;
 }
 
+// The same for the files about the run.
+static bool ReportsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs,
+                            const Claims &claims)
+{
+    const std::pair<const char *, std::string> files[] = {{"the summary", options.summaryFile},
+                                                          {"the report", options.reportFile}};
+    for (const auto &[what, file] : files) {
+        const std::string key = PathKey(PathOf(file));
+        if (file.empty())
+            continue;
+        for (const SceneJob &job : jobs)
+            for (const std::string &input : {job.scene, VuePath(job.scene)})
+                if (PathKey(PathOf(input)) == key) {
+                    ReportError(std::string(what) + " would take the place of " + InQuotes(input) +
+                                "; nothing is done");
+                    return false;
+                }
+        if (const auto claim = claims.find(key); claim != claims.end()) {
+            ReportError(std::string(what) + " and the output of " + InQuotes(claim->second.scene) +
+                        " would both be " + InQuotes(file) + "; nothing is done");
+            return false;
+        }
+    }
+    if (!files[0].second.empty() && PathKey(PathOf(files[0].second)) == PathKey(PathOf(files[1].second))) {
+        ReportError("the summary and the report would both be " + InQuotes(files[1].second) +
+                    "; nothing is done");
+        return false;
+    }
+    return true;
+}
+
 bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs)
 {
     Claims claims;
@@ -87,18 +118,7 @@ bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jo
                             "; nothing is done");
                 return false;
             }
-            if (!options.summaryFile.empty() &&
-                PathKey(PathOf(input)) == PathKey(PathOf(options.summaryFile))) {
-                ReportError("the summary would take the place of " + InQuotes(input) + "; nothing is done");
-                return false;
-            }
         }
     }
-    if (!options.summaryFile.empty() && claims.contains(PathKey(PathOf(options.summaryFile)))) {
-        ReportError("the summary and the output of " +
-                    InQuotes(claims[PathKey(PathOf(options.summaryFile))].scene) + " would both be " +
-                    InQuotes(options.summaryFile) + "; nothing is done");
-        return false;
-    }
-    return true;
+    return ReportsAreApart(options, jobs, claims);
 }

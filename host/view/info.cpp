@@ -81,7 +81,7 @@ bool FindSceneBounds(const Mc3dsFile *scene, float least[3], float most[3])
     return found;
 }
 
-static std::vector<TextureFile> FindTextures(const Mc3dsFile *scene, const std::string &scenePath)
+std::vector<TextureFile> FindTextures(const Mc3dsFile *scene, const std::string &scenePath)
 {
     std::set<std::string> names;
     for (int32_t i = 0; i < scene->materialCount; ++i) {

@@ -2,8 +2,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <png.h>
 #include <vector>
@@ -238,24 +236,22 @@ static Picture MakePicture(const PreviewOptions &preview, int frames)
     return picture;
 }
 
-static bool WritePng(const Picture &picture, const std::string &name, const std::filesystem::path &path)
+// The picture as the bytes of a PNG file; empty, with its report, when there is no memory for them.
+static std::string PngBytes(const Picture &picture)
 {
     png_image image = {};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(picture.width);
     image.height = static_cast<png_uint_32>(picture.height);
     image.format = PNG_FORMAT_RGB;
-    errno = 0;
-    FILE *stream = std::fopen(path.string().c_str(), "wb");
-    bool done = stream && png_image_write_to_stdio(&image, stream, 0, picture.rgb.data(), 0, nullptr) != 0;
-    int reason = done ? 0 : errno;
-    if (stream && std::fclose(stream) != 0 && done) {
-        done = false;
-        reason = errno;
+    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+    std::string bytes(size, '\0');
+    if (png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.rgb.data(), 0, nullptr) == 0) {
+        ReportError(std::string("no picture: ") + image.message);
+        size = 0;
     }
-    if (!done)
-        ReportUnwritten(name, reason ? std::strerror(reason) : image.message);
-    return done;
+    bytes.resize(size);
+    return bytes;
 }
 
 // The bounds of the model in all those frames; model is left with the last of them.
@@ -331,13 +327,12 @@ static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     return painted;
 }
 
-bool WritePreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
-                  const std::string &name, const std::filesystem::path &path)
+std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview)
 {
     constexpr uint64_t leastPainted = 16; // samples; four pixels are easily overlooked
     const std::vector<int64_t> frames = PickFrames(scene, preview);
     if (frames.empty())
-        return false;
+        return "";
     Model model(nullptr, McFreeModel);
     errno = 0;
     const Bounds bounds = FindBounds(scene, asked, frames, &model);
@@ -348,9 +343,9 @@ bool WritePreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const Previ
     McClearErrors();
     if (errno == ENOMEM || MemoryRanOut()) {
         ReportError("out of memory while building the model");
-        return false;
+        return "";
     }
     if (!why.empty())
         ReportWarning("the picture is empty: " + why);
-    return WritePng(picture, name, path);
+    return PngBytes(picture);
 }

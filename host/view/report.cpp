@@ -177,16 +177,19 @@ void ReportUnwritten(const std::string &name, const std::string &why)
     ReportError("cannot write " + InQuotes(name) + ": " + why);
 }
 
+std::string WarningText(const WarningKind &warning)
+{
+    return warning.count == 1 ? warning.first
+                              : std::to_string(warning.count) + " times, the first: " + warning.first;
+}
+
 void ShowWarnings(const SceneResult &result, bool asShown)
 {
     if (reportVerbosity != 0 || reportsAreKept)
         return;
     for (const WarningKind &warning : result.warnings)
         if (warning.count != 0 && shownKinds.insert(warning.kind).second && !asShown)
-            PrintReport(result.scene, "warning: ",
-                        warning.count == 1
-                            ? warning.first
-                            : std::to_string(warning.count) + " times, the first: " + warning.first);
+            PrintReport(result.scene, "warning: ", WarningText(warning));
 }
 
 void ShowWarningsSoFar(bool asShown)

@@ -22,6 +22,8 @@ std::string PackResult(const SceneResult &result)
 {
     Json json = ToJson(result);
     json["said"] = result.said;
+    json["picture"] = result.picture;
+    json["missingTextures"] = result.missingTextures;
     std::string bytes;
     Json::to_msgpack(json, bytes);
     return bytes;
@@ -40,6 +42,8 @@ try {
     json.at("seconds").get_to(result->seconds);
     json.at("kept").get_to(result->kept);
     json.at("said").get_to(result->said);
+    json.at("picture").get_to(result->picture);
+    json.at("missingTextures").get_to(result->missingTextures);
     for (const Json &file : json.at("written"))
         result->written.push_back({file.at("file"), file.at("bytes")});
     for (const Json &warning : json.at("warnings"))

@@ -37,7 +37,9 @@ struct SceneResult {
     std::vector<WrittenFile> written;
     std::vector<std::string> kept; // files that were there already and left alone
     std::vector<WarningKind> warnings;
-    std::string said; // lines for stderr that were kept
+    std::vector<std::string> missingTextures; // found for --report alone
+    std::string picture;                      // a PNG file's bytes; empty without --report
+    std::string said;                         // lines for stderr that were kept
 };
 
 // ---- report.cpp: all that goes to stderr. Verbosity: -1 errors alone, 0 each kind of warning once, 1 files,
@@ -60,6 +62,8 @@ void ShowWarningsSoFar(bool asShown);
 void MuteLibrary(bool mute);
 void ReportError(const std::string &text);
 void ReportWarning(const std::string &text);
+// As ShowWarnings words it.
+std::string WarningText(const WarningKind &warning);
 void ReportResult(const std::string &text);
 void ReportWritten(const std::string &name, uintmax_t size);
 void ReportKept(const std::string &name);
@@ -84,6 +88,13 @@ size_t WarningCount(const SceneResult &result);
 std::string TotalsLine(const std::vector<SceneResult> &results, double seconds);
 // The same of each scene and of all, as JSON. interrupted: not all scenes of the run are among them.
 std::string SummaryText(const std::vector<SceneResult> &results, double seconds, bool interrupted);
+
+// ---- report_page.cpp
+
+// What was done as an HTML page without scripts that loads nothing: a row for each scene, failed ones first,
+// then those with warnings. Links to files lead there from the page's folder.
+std::string ReportPage(const std::vector<SceneResult> &results, double seconds,
+                       const std::filesystem::path &folder);
 
 // ---- scene_notes.cpp, name_notes.cpp: what the library passes over in silence
 
@@ -129,6 +140,9 @@ void ReportModelErrors();
 // Pixels along one side of a picture of one frame.
 constexpr int previewSideLeast = 16, previewSideMost = 4096;
 
+// A picture that is drawn for the report alone.
+constexpr int reportPictureWidth = 320, reportPictureHeight = 240;
+
 // What to draw. The values here are the defaults.
 struct PreviewOptions {
     int width = 0, height = 0; // pixels of one frame; 0: 800 x 600, in a strip 320 x 240
@@ -136,11 +150,9 @@ struct PreviewOptions {
     bool strip = false; // several frames side by side, spread over the whole animation; goes before frame
 };
 
-// Draws the model that asked leads to (its form and sizes count, its file names don't; it stays as it is)
-// into a PNG file at path, which is overwritten in place: to have it appear whole or not at all, let it grow
-// in a private folder and Deliver it. A scene without animation gets one picture in place of a strip, with a
-// warning. False, with the report on name, when there is no picture; part of a file may be left then.
-bool WritePreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
-                  const std::string &name, const std::filesystem::path &path);
+// Draws the model that asked leads to (its form and sizes count, its file names don't; it stays as it is).
+// Returns the bytes of a PNG file; empty, with its report, when there is no picture. A scene without
+// animation gets one picture in place of a strip, with a warning.
+std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview);
 
 #endif

@@ -1,0 +1,167 @@
+// What a run did, as a page for a browser.
+#include <algorithm>
+#include <system_error>
+
+#include "view.h"
+
+namespace fs = std::filesystem;
+
+static const char pageStart[] = R"(<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta http-equiv="Content-Security-Policy" content="default-src 'none'; img-src data:; style-src 'unsafe-inline'">
+<meta name="viewport" content="width=device-width">
+<title>3ds2mcx report</title>
+<style>
+body { font: 15px/1.45 sans-serif; color: #1d2329; background: #fff; margin: 1.5em; }
+table { border-collapse: collapse; width: 100%; }
+th, td { text-align: left; vertical-align: top; padding: .6em .8em; border-bottom: 1px solid #d5dae0; }
+th { color: #56616d; font-weight: normal; }
+td { overflow-wrap: anywhere; }
+img { width: 240px; max-height: 180px; object-fit: contain; display: block; }
+.scene { font-weight: bold; }
+.failed { color: #b3121d; }
+.warned { color: #8a5200; }
+.done { color: #1b6e34; }
+p, ul { margin: 0 0 .4em; }
+ul { padding-left: 1.2em; }
+</style>
+</head>
+<body>
+<h1>3ds2mcx report</h1>
+)";
+
+// In bdi, so that a name whose letters run from right to left leaves the text around it in place.
+static std::string Escaped(const std::string &text)
+{
+    std::string html;
+    for (const char c : Visible(text))
+        switch (c) {
+        case '&': html += "&amp;"; break;
+        case '<': html += "&lt;"; break;
+        case '>': html += "&gt;"; break;
+        case '"': html += "&quot;"; break;
+        default: html += c;
+        }
+    return "<bdi>" + html + "</bdi>";
+}
+
+static std::string InBase64(const std::string &bytes)
+{
+    constexpr char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        uint32_t group = 0;
+        for (size_t at = i; at < i + 3; ++at)
+            group = group << 8 | (at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0u);
+        for (size_t at = 0; at < 4; ++at)
+            text += i + at > bytes.size() ? '=' : digits[group >> (18 - 6 * at) & 63];
+    }
+    return text;
+}
+
+// Every byte that isn't plain in a URL is spelt out.
+static std::string UrlOf(const fs::path &path)
+{
+    constexpr char digits[] = "0123456789ABCDEF";
+    const std::u8string name = path.generic_u8string();
+    std::string url;
+    for (const char8_t c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool plain =
+            (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
+            (byte != 0 && std::string("-._~/").find(static_cast<char>(byte)) != std::string::npos);
+        if (plain)
+            url += static_cast<char>(byte);
+        else
+            url += {'%', digits[byte >> 4], digits[byte & 15]};
+    }
+    return url;
+}
+
+// A pipe or the standard output gets no link.
+static std::string FileLine(const std::string &name, const std::string &note, const fs::path &folder)
+{
+    std::error_code failure;
+    const fs::path file = fs::absolute(PathOf(name), failure).lexically_normal();
+    const fs::path way = file.lexically_relative(fs::absolute(folder, failure).lexically_normal());
+    std::string shown = Escaped(name);
+    if (fs::is_regular_file(file, failure) && !way.empty())
+        shown = "<a href=\"./" + UrlOf(way) + "\">" + shown + "</a>";
+    return "<li>" + shown + ", " + note + "</li>\n";
+}
+
+static std::string StateOf(const SceneResult &result)
+{
+    return !result.done ? "failed" : WarningCount(result) != 0 ? "warned" : "done";
+}
+
+static std::string Losses(const SceneResult &result)
+{
+    std::string html = "<p class=\"" + StateOf(result) + "\">";
+    if (!result.done)
+        html += "failed: " + Escaped(result.error);
+    else if (WarningCount(result) != 0)
+        html += "with losses or warnings";
+    else
+        html += result.missingTextures.empty() ? "no losses" : "no losses, but textures are missing";
+    html += "</p>\n<ul>\n";
+    for (const WarningKind &warning : result.warnings)
+        if (warning.count != 0)
+            html += "<li>" + Escaped(WarningText(warning)) + "</li>\n";
+    for (const std::string &texture : result.missingTextures)
+        html += "<li>missing texture " + Escaped(texture) + "</li>\n";
+    return html + "</ul>\n";
+}
+
+static std::string Row(const SceneResult &result, const fs::path &folder)
+{
+    std::string html = "<tr><td>";
+    html += result.picture.empty()
+                ? "no picture"
+                : "<img alt=\"the model\" src=\"data:image/png;base64," + InBase64(result.picture) + "\">";
+    html += "</td>\n<td><p class=\"scene\">" + Escaped(result.scene) + "</p>\n" +
+            Counted(result.objects, "object") + "<br>" + Counted(result.vertices, "vertex", "vertices") +
+            "<br>" + Counted(result.triangles, "triangle") + "</td>\n<td>" + Losses(result) +
+            "</td>\n<td><ul>\n";
+    for (const WrittenFile &file : result.written)
+        html += FileLine(file.name, Counted(file.size, "byte"), folder);
+    for (const std::string &file : result.kept)
+        html += FileLine(file, "left alone", folder);
+    return html + "</ul></td></tr>\n";
+}
+
+static std::string Totals(const std::vector<SceneResult> &results, double seconds)
+{
+    size_t failed = 0, warned = 0;
+    uint64_t objects = 0, vertices = 0, triangles = 0;
+    for (const SceneResult &result : results) {
+        failed += result.done ? 0 : 1;
+        warned += StateOf(result) == "warned" ? 1 : 0;
+        objects += result.objects;
+        vertices += result.vertices;
+        triangles += result.triangles;
+    }
+    return "<p>" + Counted(results.size(), "scene") + ": " + std::to_string(results.size() - failed) +
+           " done (" + std::to_string(warned) + " with losses or warnings), " + std::to_string(failed) +
+           " failed; " + Counted(objects, "object") + ", " + Counted(vertices, "vertex", "vertices") + ", " +
+           Counted(triangles, "triangle") + ", " + NumberText(seconds) + " s</p>\n";
+}
+
+std::string ReportPage(const std::vector<SceneResult> &results, double seconds, const fs::path &folder)
+{
+    std::vector<const SceneResult *> rows;
+    for (const SceneResult &result : results)
+        rows.push_back(&result);
+    const auto rank = [](const SceneResult *result) {
+        return !result->done ? 0 : WarningCount(*result) != 0 ? 1 : result->missingTextures.empty() ? 3 : 2;
+    };
+    std::stable_sort(rows.begin(), rows.end(),
+                     [&](const SceneResult *a, const SceneResult *b) { return rank(a) < rank(b); });
+    std::string page = pageStart + Totals(results, seconds) +
+                       "<table>\n<tr><th>Picture</th><th>Scene</th><th>Losses</th><th>Files</th></tr>\n";
+    for (const SceneResult *result : rows)
+        page += Row(*result, folder.empty() ? fs::path(".") : folder);
+    return page + "</table>\n</body>\n</html>\n";
+}
