@@ -1,5 +1,6 @@
 // What a run did, as a page for a browser.
 #include <algorithm>
+#include <cmath>
 #include <system_error>
 
 #include "view.h"
@@ -146,7 +147,7 @@ static std::string Totals(const std::vector<SceneResult> &results, double second
     return "<p>" + Counted(results.size(), "scene") + ": " + std::to_string(results.size() - failed) +
            " done (" + std::to_string(warned) + " with losses or warnings), " + std::to_string(failed) +
            " failed; " + Counted(objects, "object") + ", " + Counted(vertices, "vertex", "vertices") + ", " +
-           Counted(triangles, "triangle") + ", " + NumberText(seconds) + " s</p>\n";
+           Counted(triangles, "triangle") + ", " + NumberText(std::round(seconds * 100) / 100) + " s</p>\n";
 }
 
 std::string ReportPage(const std::vector<SceneResult> &results, double seconds, const fs::path &folder)
