@@ -151,6 +151,19 @@ static Scene LoadAndShow(const HostOptions &options, const std::string &path, bo
     return scene;
 }
 
+static void NoteContents(const HostOptions &options, const Mc3dsFile *scene, SceneResult *result)
+{
+    result->objects = scene->objectCount;
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        result->vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
+        result->triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
+    }
+    if (!options.reportFile.empty())
+        for (const TextureFile &texture : FindTextures(scene, result->scene))
+            if (texture.found.empty())
+                result->missingTextures.push_back(texture.name);
+}
+
 static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfMany)
 {
     const std::string &path = result->scene;
@@ -164,15 +177,7 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
     if (cut)
         ReportError("the file is cut short: " + std::to_string(scene->fileSize) + " of " +
                     std::to_string(scene->rootSize) + " bytes");
-    result->objects = scene->objectCount;
-    for (uint32_t i = 0; i < scene->objectCount; ++i) {
-        result->vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
-        result->triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
-    }
-    if (!options.reportFile.empty())
-        for (const TextureFile &texture : FindTextures(scene.get(), path))
-            if (texture.found.empty())
-                result->missingTextures.push_back(texture.name);
+    NoteContents(options, scene.get(), result);
     const bool hasPicture = !options.previewFile.empty() || !options.reportFile.empty();
     if (options.info && (!hasPicture || (options.previewFile.empty() && scene->objectCount == 0)))
         return !cut;
