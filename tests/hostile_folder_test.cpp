@@ -97,6 +97,8 @@ TEST_F(HostileFolderTest, WhatCannotBeReadToItsEndReplacesNothing)
     fs::remove("two.vue");
     ASSERT_EQ(mkfifo("two.vue", 0600), 0);
     EXPECT_EQ(Start("two.3ds", "timeout 10 ").status, 1);
+    fs::copy_file("none.3ds", "two1.3ds");
+    EXPECT_EQ(Start("--per-object two.3ds two1.3ds", "timeout 10 ").status, 1);
     fs::remove("two.vue");
     fs::create_symlink("two.vue", "two.vue"); // can't be opened, and not for being away
     EXPECT_EQ(Start("two.3ds --animation").status, 1);
@@ -115,6 +117,7 @@ TEST_F(HostileFolderTest, AReaderThatLeavesEndsTheProgramQuietly)
         const CommandResult result = RunCommand("{ { sleep 0.2; " + Quoted(program.string()) + ' ' +
                                                 arguments + "; echo status $? >&2; } | true; }");
         EXPECT_EQ(result.output.find("error"), std::string::npos) << result.output;
+        EXPECT_EQ(result.output.find("wrote"), std::string::npos) << result.output;
         EXPECT_NE(result.output.find("status 0"), std::string::npos) << result.output;
     }
 }
@@ -126,6 +129,12 @@ TEST_F(HostileFolderTest, ACurrentFolderThatIsGoneFailsNothingWithAbsolutePaths)
                               "mkdir lost && cd lost && rmdir ../lost && ");
     EXPECT_EQ(run.status, 0) << run.said;
     EXPECT_TRUE(fs::exists("gone.mcx"));
+    // The folder is gone for good once it has been left, and a relative name leads nowhere.
+    const std::string script = Quoted(here + "/two.3ds");
+    fs::copy_file("two.3ds", "b.3ds");
+    const Outcome two = Start(script + ' ' + Quoted(here + "/b.3ds") + " --preview ./p.png",
+                              "mkdir lost && cd lost && rmdir ../lost && ");
+    EXPECT_EQ(two.status, 1) << two.said;
 }
 
 // Scenes enough for a run of some seconds; its process group gets the signal, or one worker.

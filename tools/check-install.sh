@@ -16,9 +16,9 @@ root=$(realpath -m "$1")
 [ -e "$root/etc/debian_version" ] || debootstrap --variant=minbase bookworm "$root"
 
 # The sources as they stand, without what was built from them.
-rm -rf "$root/root/mcl3ds20" "$root/opt/mcl3ds20" "$root/root/hosts"
-mkdir -p "$root/root/mcl3ds20"
-git ls-files -z | tar --null -T - -cf - | tar -C "$root/root/mcl3ds20" --no-same-owner -xf -
+rm -rf "$root/srv/mcl3ds20" "$root/opt/mcl3ds20" "$root/srv/hosts"
+mkdir -p "$root/srv/mcl3ds20"
+git ls-files -z | tar --null -T - -cf - | tar -C "$root/srv/mcl3ds20" --no-same-owner -xf -
 
 within()
 {
@@ -32,12 +32,12 @@ step()
 {
     echo
     echo "== $1"
-    within "cd /root/mcl3ds20; $2"
+    within "cd /srv/mcl3ds20; $2"
 }
 
 step "the two commands" 'tools/convert.sh; tools/test.sh'
 step "cpack" 'cd build/release; rm -rf packages; cpack -B packages'
-package=$(ls "$root"/root/mcl3ds20/build/release/packages/*.deb)
+package=$(ls "$root"/srv/mcl3ds20/build/release/packages/*.deb)
 for need in libc6 libstdc++6 libpng16; do
     dpkg-deb -f "$package" Depends | grep -q "$need" ||
         { echo "check-install.sh: the package doesn't depend on $need" >&2; exit 1; }
@@ -53,44 +53,44 @@ step "cpack without dpkg-shlibdeps" '
 start='start() { rm -f /tmp/host.mcx; "$@" samples/windmill.3DS /tmp/host.mcx; [ "$(tail -n 1 /tmp/host.mcx)" = ModelEnd ]; }
     refused() { if "$@" samples/windmill.3DS /tmp/host.mcx; then echo "$1 must not start" >&2; exit 1; fi; }
     uses() { ldd "$1" | grep "libMCL3DS20.so.3 => $2"; }
-    hosts=samples/hosts; mkdir -p /root/hosts;'
+    hosts=samples/hosts; mkdir -p /srv/hosts;'
 
 step "the package in" 'apt-get -q -y install --no-install-recommends python3 ./build/release/packages/*.deb'
 step "hosts by CMake" "$start"'
-    cmake -S $hosts -B /root/hosts/cmake; cmake --build /root/hosts/cmake
-    uses /root/hosts/cmake/convert_c /lib/; start /root/hosts/cmake/convert_c; start /root/hosts/cmake/convert_cpp'
+    cmake -S $hosts -B /srv/hosts/cmake; cmake --build /srv/hosts/cmake
+    uses /srv/hosts/cmake/convert_c /lib/; start /srv/hosts/cmake/convert_c; start /srv/hosts/cmake/convert_cpp'
 step "hosts by pkg-config" "$start"'
-    cc -o /root/hosts/pc_c $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20)
-    c++ -std=c++17 -o /root/hosts/pc_cpp $hosts/convert.cpp $(pkg-config --cflags --libs mcl3ds20)
-    uses /root/hosts/pc_c /lib/; start /root/hosts/pc_c; start /root/hosts/pc_cpp'
+    cc -o /srv/hosts/pc_c $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20)
+    c++ -std=c++17 -o /srv/hosts/pc_cpp $hosts/convert.cpp $(pkg-config --cflags --libs mcl3ds20)
+    uses /srv/hosts/pc_c /lib/; start /srv/hosts/pc_c; start /srv/hosts/pc_cpp'
 step "hosts by hand" "$start"'
-    cc -o /root/hosts/hand_c $hosts/convert.c -lMCL3DS20
-    c++ -std=c++17 -o /root/hosts/hand_cpp $hosts/convert.cpp -lMCL3DS20
-    start /root/hosts/hand_c; start /root/hosts/hand_cpp; start python3 $hosts/convert.py'
+    cc -o /srv/hosts/hand_c $hosts/convert.c -lMCL3DS20
+    c++ -std=c++17 -o /srv/hosts/hand_cpp $hosts/convert.cpp -lMCL3DS20
+    start /srv/hosts/hand_c; start /srv/hosts/hand_cpp; start python3 $hosts/convert.py'
 tools/check-deb.sh "$root" "$package"
-step "no host without the package" "$start"'refused /root/hosts/hand_c'
+step "no host without the package" "$start"'refused /srv/hosts/hand_c'
 
 step "an installation outside the system folders" "$start"'
     away=/opt/mcl3ds20
     cmake --install build/release --prefix $away >/dev/null
     PKG_CONFIG_PATH=$away/lib/pkgconfig; export PKG_CONFIG_PATH
     flags="-I$away/include -L$away/lib -lMCL3DS20"
-    cc -o /root/hosts/plain $hosts/convert.c $flags
-    refused /root/hosts/plain
-    start env LD_LIBRARY_PATH=$away/lib /root/hosts/plain
+    cc -o /srv/hosts/plain $hosts/convert.c $flags
+    refused /srv/hosts/plain
+    start env LD_LIBRARY_PATH=$away/lib /srv/hosts/plain
     start env LD_LIBRARY_PATH=$away/lib python3 $hosts/convert.py
-    cc -o /root/hosts/rpath $hosts/convert.c $flags -Wl,-rpath,$away/lib
-    uses /root/hosts/rpath $away/; start /root/hosts/rpath
+    cc -o /srv/hosts/rpath $hosts/convert.c $flags -Wl,-rpath,$away/lib
+    uses /srv/hosts/rpath $away/; start /srv/hosts/rpath
     libdir=$(pkg-config --variable=libdir mcl3ds20)
-    cc -o /root/hosts/pc_rpath $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20) -Wl,-rpath,"$libdir"
-    start /root/hosts/pc_rpath
+    cc -o /srv/hosts/pc_rpath $hosts/convert.c $(pkg-config --cflags --libs mcl3ds20) -Wl,-rpath,"$libdir"
+    start /srv/hosts/pc_rpath
     cc -o $away/bin/host $hosts/convert.c $flags "-Wl,-rpath,\$ORIGIN/../lib"
     mv $away $away-moved; start $away-moved/bin/host; mv $away-moved $away
-    cmake -S $hosts -B /root/hosts/away -DCMAKE_PREFIX_PATH=$away; cmake --build /root/hosts/away
-    uses /root/hosts/away/convert_c $away/; start /root/hosts/away/convert_c
+    cmake -S $hosts -B /srv/hosts/away -DCMAKE_PREFIX_PATH=$away; cmake --build /srv/hosts/away
+    uses /srv/hosts/away/convert_c $away/; start /srv/hosts/away/convert_c
     echo $away/lib >/etc/ld.so.conf.d/mcl3ds20.conf; ldconfig
-    start /root/hosts/plain
+    start /srv/hosts/plain
     rm /etc/ld.so.conf.d/mcl3ds20.conf; ldconfig; rm -r $away
-    refused /root/hosts/plain'
+    refused /srv/hosts/plain'
 echo
 echo "check-install.sh: everything on the road from README to the guide's hosts works"

@@ -63,7 +63,9 @@ void PrepareProcess();
 // From here on an interrupt or a termination request runs cleanUp, in a thread of its own, and then ends the
 // program, with the processes that it started. Only the first call counts.
 void CleanUpWhenInterrupted(void (*cleanUp)());
-// Doesn't return once that has begun: files vanish under whoever goes on working.
+// Whether that has begun. False in the thread of cleanUp itself.
+bool IsInterrupted();
+// Doesn't return then: files vanish under whoever goes on working.
 void StopIfInterrupted();
 bool IsTerminal(FILE *stream);
 // The standard output takes bytes as they are from here on.

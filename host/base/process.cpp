@@ -21,9 +21,14 @@ static std::atomic<bool> interrupted;
 
 static thread_local bool cleansUp; // in the thread that an interrupt runs in
 
+bool IsInterrupted()
+{
+    return interrupted && !cleansUp;
+}
+
 void StopIfInterrupted()
 {
-    while (interrupted && !cleansUp)
+    while (IsInterrupted())
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 

@@ -16,8 +16,7 @@ namespace fs = std::filesystem;
 
 using Scene = std::unique_ptr<Mc3dsFile, void (*)(Mc3dsFile *)>;
 
-// Why the files of a scene are not even opened; empty when they may be. A pipe or a device may have no end.
-static std::string WhyRefused(const std::string &path)
+std::string WhyNotRegular(const std::string &path)
 {
     std::error_code failure;
     const fs::file_status scene = fs::status(PathOf(path), failure);
@@ -28,6 +27,13 @@ static std::string WhyRefused(const std::string &path)
         return "cannot be read: it is a pipe or a device, and no regular file";
     if (fs::exists(vue) && !fs::is_regular_file(vue) && !fs::is_directory(vue))
         return "its animation " + InQuotes(VuePath(path)) + " is a pipe or a device; nothing is read";
+    return "";
+}
+
+static std::string WhyRefused(const std::string &path)
+{
+    if (const std::string why = WhyNotRegular(path); !why.empty())
+        return why;
     if (path.find_first_of("\r\n") != std::string::npos)
         return "cannot be converted: a line break in its name would end the comment that holds it";
     return "";
@@ -204,6 +210,14 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
     return done && !cut;
 }
 
+static bool HasRelativePath(const HostOptions &options, const std::string &scenePath)
+{
+    bool relative = PathOf(scenePath).is_relative() || PathOf(OutputName(options, scenePath)).is_relative();
+    for (const NamedTarget &target : TargetNames(options, scenePath))
+        relative = relative || PathOf(target.name).is_relative();
+    return relative;
+}
+
 SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany)
 {
     const auto start = std::chrono::steady_clock::now();
@@ -213,8 +227,7 @@ SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool o
     SetReportSubject(&result);
     const HostOptions own = OptionsFor(options, job);
     try {
-        if (CurrentFolderIsLost() &&
-            (PathOf(job.scene).is_relative() || PathOf(OutputName(own, job.scene)).is_relative()))
+        if (CurrentFolderIsLost() && HasRelativePath(own, job.scene))
             ReportError("cannot be converted: the current folder can't be entered any more");
         else
             result.done = Convert(own, &result, oneOfMany);

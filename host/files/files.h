@@ -52,7 +52,7 @@ bool IsWhole(const OutputFile &file, const Mc3dsFile *scene);
 // Fills file.written. False, with its report, when that fails.
 bool WriteBytes(const OutputFile &file, const std::string &bytes);
 
-enum class Delivery { Done, Kept, Failed };
+enum class Delivery { Done, Kept, Unread, Failed }; // unread: whoever read the standard output has closed it
 
 // Brings a written file to its target, and returns the bytes in it; with its report where that fails. With
 // noClobber a target that exists, even since a moment ago, is kept.
@@ -71,13 +71,16 @@ bool WriteFiles(const HostOptions &options, const std::string &scenePath, const 
 
 // ---- summary_file.cpp: the summary and the report of a run
 
-// False, with its report, when WriteSummary is bound to fail.
-bool SummaryHasPlace(const std::string &name);
-// Brings the text to a file, whole or not at all. False, with its report, when that can't be.
-bool WriteSummary(const std::string &name, bool noClobber, const std::string &text);
+// Finds out where a file of that name goes, before the run moves between folders. False, with its report,
+// when WriteReport is bound to fail.
+bool LocateReport(const std::string &name, OutputFile *file);
+// Brings the text to the file, whole or not at all. False, with its report, when that can't be.
+bool WriteReport(const OutputFile &located, bool noClobber, const std::string &text);
 
 // ---- convert.cpp: everything for one scene, with its reports
 
+// Why the files of a scene are not even opened; empty when they may be. A pipe or a device may have no end.
+std::string WhyNotRegular(const std::string &scenePath);
 SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany);
 
 #endif

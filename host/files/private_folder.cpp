@@ -33,6 +33,8 @@ fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
 void RemovePrivateFolders()
 {
     const std::lock_guard lock(foldersMutex);
+    if (IsInterrupted()) // the thread that cleans up may be using one
+        return;
     for (const fs::path &folder : folders) {
         std::error_code ignored;
         fs::remove_all(folder, ignored);

@@ -1,26 +1,19 @@
-#include <system_error>
-
 #include "files.h"
 
-bool SummaryHasPlace(const std::string &name)
+bool LocateReport(const std::string &name, OutputFile *file)
 {
-    OutputFile file = {TextKind::Script, name, {}, false, {}};
-    const std::string why = LocateTarget(&file);
+    *file = {TextKind::Script, name, {}, false, {}};
+    const std::string why = LocateTarget(file);
     if (!why.empty())
         ReportUnwritten(name, why);
     return why.empty();
 }
 
-bool WriteSummary(const std::string &name, bool noClobber, const std::string &text)
+bool WriteReport(const OutputFile &located, bool noClobber, const std::string &text)
 {
-    std::vector<OutputFile> files = {{TextKind::Script, name, {}, false, {}}};
-    OutputFile &file = files.front();
-    const std::string why = LocateTarget(&file);
-    if (!why.empty()) {
-        ReportUnwritten(name, why);
-        return false;
-    }
-    const bool done = MakeRoom(&files, "", false) && WriteBytes(file, text) && DeliverOne(file, noClobber);
+    std::vector<OutputFile> files = {located};
+    const bool done = MakeRoom(&files, "", false) && WriteBytes(files.front(), text) &&
+                      DeliverOne(files.front(), noClobber);
     RemovePrivateFolders();
     return done;
 }

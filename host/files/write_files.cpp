@@ -137,6 +137,7 @@ bool DeliverOne(const OutputFile &file, bool noClobber)
     uintmax_t size = 0;
     switch (Deliver(file, noClobber, &size)) {
     case Delivery::Failed: return false;
+    case Delivery::Unread: return true;
     case Delivery::Kept: ReportKept(file.shown); return true;
     case Delivery::Done: ReportWritten(file.shown, size);
     }

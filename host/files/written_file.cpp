@@ -113,8 +113,10 @@ static Delivery Fail(const OutputFile &file, const std::string &why)
 static Delivery Copy(const OutputFile &file)
 {
     errno = 0;
-    if (CopyToTarget(file) || (file.standardOutput && OutputReaderIsGone()))
+    if (CopyToTarget(file))
         return Delivery::Done;
+    if (file.standardOutput && OutputReaderIsGone())
+        return Delivery::Unread;
     return Fail(file, std::strerror(errno));
 }
 

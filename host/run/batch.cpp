@@ -10,7 +10,8 @@ static struct {
     std::vector<SceneResult> results;
     std::vector<bool> isDone;
     std::chrono::steady_clock::time_point start;
-    std::string summaryFile; // empty in workers
+    bool hasSummary; // never in workers
+    OutputFile summary;
     bool noClobber;
 } batch;
 
@@ -34,8 +35,8 @@ static void CleanUpInterrupted()
     for (size_t i = 0; i < batch.results.size(); ++i)
         if (batch.isDone[i])
             done.push_back(batch.results[i]);
-    if (!batch.summaryFile.empty())
-        WriteSummary(batch.summaryFile, batch.noClobber, SummaryText(done, SecondsSoFar(), true));
+    if (batch.hasSummary)
+        WriteReport(batch.summary, batch.noClobber, SummaryText(done, SecondsSoFar(), true));
 }
 
 static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> &jobs)
@@ -70,7 +71,7 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
     size_t ended = 0;
     const std::string run = RandomText() + '-';
     const auto work = [&](size_t index) {
-        batch.summaryFile.clear();
+        batch.hasSummary = false;
         MarkPrivateFolders(run + std::to_string(index) + '-');
         KeepReports(true);
         const SceneResult result = ConvertScene(options, jobs[index], true);
@@ -124,9 +125,11 @@ int ConvertAll(const HostOptions &options)
     bool done = ListScenes(options, &jobs);
     if (!TargetsAreApart(options, jobs))
         return exitUsage;
-    for (const std::string &file : {options.summaryFile, options.reportFile})
-        if (!file.empty() && !SummaryHasPlace(file))
-            return exitFailed;
+    OutputFile page;
+    const bool hasSummary = !options.summaryFile.empty(), hasPage = !options.reportFile.empty();
+    if ((hasSummary && !LocateReport(options.summaryFile, &batch.summary)) ||
+        (hasPage && !LocateReport(options.reportFile, &page)))
+        return exitFailed;
     // Where many scenes are converted, a line at the end stands for the files that were written.
     const bool many = jobs.size() > 1 || options.recursive;
     StartReports(options.verbosity, !many || options.verbosity > 0);
@@ -137,7 +140,7 @@ int ConvertAll(const HostOptions &options)
         StartProgress(jobs.size(), bytes);
     batch.results.resize(jobs.size());
     batch.isDone.resize(jobs.size());
-    batch.summaryFile = options.summaryFile;
+    batch.hasSummary = hasSummary;
     batch.noClobber = options.noClobber;
     CleanUpWhenInterrupted(CleanUpInterrupted);
     if (options.jobs > 1 && jobs.size() > 1)
@@ -148,13 +151,11 @@ int ConvertAll(const HostOptions &options)
     const std::vector<SceneResult> &results = batch.results;
     done = AllIsWell(options, results) && done;
     const double seconds = SecondsSoFar();
-    if (!options.summaryFile.empty())
-        done = WriteSummary(options.summaryFile, options.noClobber, SummaryText(results, seconds, false)) &&
-               done;
-    if (!options.reportFile.empty()) {
-        const std::string page =
-            ReportPage(results, seconds, std::filesystem::path(PathOf(options.reportFile)).parent_path());
-        done = WriteSummary(options.reportFile, options.noClobber, page) && done;
+    if (hasSummary)
+        done = WriteReport(batch.summary, options.noClobber, SummaryText(results, seconds, false)) && done;
+    if (hasPage) {
+        const std::filesystem::path folder = PathOf(options.reportFile).parent_path();
+        done = WriteReport(page, options.noClobber, ReportPage(results, seconds, folder)) && done;
     }
     if ((options.verbosity > 0 || (options.verbosity == 0 && many && !options.info)) && !jobs.empty())
         ShowLines(TotalsLine(results, seconds));

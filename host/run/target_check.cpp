@@ -22,9 +22,12 @@ static bool AddClaim(Claims *claims, const std::string &file, const std::string 
     return false;
 }
 
-// How many files a per-object run makes of a scene; 0 when it can't be read.
+// How many files a per-object run makes of a scene; 0 when it can't be read, or is a pipe or a device, which
+// may have no end.
 static uint32_t CountObjects(const std::string &scene)
 {
+    if (!WhyNotRegular(scene).empty())
+        return 0;
     const Mc3dsCallback errors = Mc3dsSetErrorCallback(nullptr);
     const Mc3dsCallback messages = Mc3dsSetMessageCallback(nullptr);
     const std::unique_ptr<Mc3dsFile, void (*)(Mc3dsFile *)> file(Mc3dsLoadFile(scene.c_str()),
