@@ -27,6 +27,8 @@ struct Mc3dsMaterialGroup {
     int32_t material; // index into materials; 0 where the file's name is unknown
     uint32_t count;   // never 0
     uint32_t *faces;  // owned; indices into the object's faces, all below faceCount
+
+    uint32_t lost; // for material 0: index into lostMaterials plus 1, or 0 when there was no memory for it
 };
 
 struct Mc3dsPositionKey {
@@ -85,6 +87,12 @@ struct Mc3dsMaterial {
     char textureMap[16], opacityMap[16], reflectionMap[16]; // file names; empty: none
 };
 
+// A material that faces name and can't get.
+struct Mc3dsLostMaterial {
+    char name[20];
+    const char *fault; // the report with which it was left out; null: the file had none of that name until then
+};
+
 struct Mc3dsLoad;
 
 // A whole scene. Owns all that its pointers reach.
@@ -102,6 +110,8 @@ struct Mc3dsFile {
     float ambient[3];
     uint32_t hasAnimation;
     Mc3dsLoad *load;   // owned; null once the load has ended
+    Mc3dsLostMaterial *lostMaterials; // valid only while their count isn't 0
+    uint32_t lostMaterialCount;
     uint64_t fileSize; // bytes of the scene's file when it was opened
     uint64_t rootSize; // length of its first chunk as the header has it; 0 if the file has no whole header
     int readError;     // errno of the first read of the scene's file that failed; 0 if none did

@@ -18,6 +18,7 @@ void Mc3dsEndLoad(Mc3dsFile *file)
         Mc3dsCloseStream(file);
     Mc3dsFreeNames(&file->load->objectNames);
     Mc3dsFreeNames(&file->load->materialNames);
+    Mc3dsFreeNames(&file->load->lostNames);
     std::free(file->load);
     file->load = nullptr;
 }
@@ -48,4 +49,22 @@ Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name)
     const uint32_t index = Mc3dsFindName(&file->load->objectNames, file->objects, sizeof *file->objects,
                                          file->objectCount, name);
     return index < file->objectCount ? &file->objects[index] : nullptr;
+}
+
+uint32_t Mc3dsLoseMaterial(Mc3dsFile *file, const char name[20], const char *fault)
+{
+    const uint32_t count = file->lostMaterialCount;
+    const uint32_t known =
+        Mc3dsFindName(&file->load->lostNames, file->lostMaterials, sizeof *file->lostMaterials, count, name);
+    if (known < count)
+        return known;
+    void *grown =
+        Mc3dsResize(count != 0 ? file->lostMaterials : nullptr, uint64_t{count} + 1, sizeof(Mc3dsLostMaterial));
+    if (!grown)
+        return count;
+    file->lostMaterials = static_cast<Mc3dsLostMaterial *>(grown);
+    Mc3dsLostMaterial &lost = file->lostMaterials[file->lostMaterialCount++];
+    std::strcpy(lost.name, name);
+    lost.fault = fault;
+    return count;
 }

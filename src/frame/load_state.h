@@ -29,7 +29,7 @@ struct Mc3dsLoad {
     bool spent;         // the budget was exceeded
     bool fileNameIsCut; // the path had more than 255 characters: what fileName holds names another file
     uint32_t objectCapacity; // records that file->objects has room for
-    Mc3dsNames objectNames, materialNames;
+    Mc3dsNames objectNames, materialNames, lostNames;
     const uint8_t *nextText, *lastText; // of a text stream, in bytes: the next one, and the end
     uint64_t textLeft;        // bytes of the text file, of its size when it was opened, still to be read
     uint8_t bytes[65536 + 1]; // one more for the NUL at the end of a text
@@ -48,6 +48,10 @@ bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object);
 
 // The first object of that name, case counting; null if there is none.
 Mc3dsObject *Mc3dsFindObject(Mc3dsFile *file, const char *name);
+
+// The index of that name among file->lostMaterials, to which it is added if need be; lostMaterialCount when
+// there is no memory for it.
+uint32_t Mc3dsLoseMaterial(Mc3dsFile *file, const char name[20], const char *fault);
 
 // ---- file_stream.cpp: the stream itself, with positions of 64 bits on every system
 

@@ -132,6 +132,7 @@ static void DumpMaterial(const Mc3dsMaterial *material)
 static void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material)
 {
     if (const char *fault = FindFault(material)) {
+        Mc3dsLoseMaterial(file, material->name, fault);
         Mc3dsError(1, "%s", fault);
         return;
     }

@@ -183,7 +183,11 @@ static bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
         std::free(array);
         return false;
     }
-    Mc3dsMaterialGroup group = {FindMaterial(file, name), 0, static_cast<uint32_t *>(array)};
+    Mc3dsMaterialGroup group = {FindMaterial(file, name), 0, static_cast<uint32_t *>(array), 0};
+    if (group.material == 0) {
+        const uint32_t lost = Mc3dsLoseMaterial(file, name, nullptr);
+        group.lost = lost < file->lostMaterialCount ? lost + 1 : 0;
+    }
     ReadGroupFaces(file, object, &group, count);
     if (group.count != 0) {
         object->groups[object->groupCount++] = group;
