@@ -51,12 +51,15 @@ TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
         EXPECT_EQ(std::regex_replace(run.files, std::regex(" ?sum.json"), ""),
                   "out out/a.mcx out/sub out/sub/B.mcx out/sub/c.mcx out/sub/d.mcx");
         EXPECT_TRUE(Says(run.said, "sub.bad.3Ds: error: File is not a 3DS file; nothing is written"));
-        EXPECT_EQ(CountOf(run.said, ": warning: objects that hang from no object"), 1u) << run.said;
-        EXPECT_TRUE(Says(run.said, "5 scenes \\(1 failed\\), 6 objects, 18 vertices, 6 triangles, 2 warnings "
-                                   "\\(2x objects that hang[^;]*\\), [0-9.]+ s, [0-9.]+ MB/s\n$"));
+        EXPECT_EQ(CountOf(run.said, ": warning: objects that hang from no object"), 2u) << run.said;
+        EXPECT_TRUE(Says(run.said,
+                         "5 scenes: 4 converted \\(2 with losses\\), 1 failed; 6 objects, "
+                         "6 triangles, [0-9.]+ s\n"
+                         "  2 scenes  objects that hang from no object \\(first: tree.sub.c.3ds\\)\n$"));
         const std::string summary = std::regex_replace(ReadFile("sum.json"), std::regex("\\s+"), "");
-        EXPECT_TRUE(
-            Says(summary, "\"total\":\\{\"bytes\":[0-9]+,\"objects\":6,\"vertices\":18,\"triangles\":6"));
+        EXPECT_TRUE(Says(summary,
+                         "\"total\":\\{.*\"objects\":6,\"vertices\":18,\"triangles\":6,\"sceneObjects\":8,"));
+        EXPECT_TRUE(Says(summary, "\"warnings\":\\[\\{[^{}]*\"scenes\":2,\"count\":2,"));
         EXPECT_TRUE(Says(summary, "bad.3Ds\",\"done\":false,\"error\":\"Fileisnot[^{}]*\"written\":\\[\\]"));
         EXPECT_TRUE(
             Says(summary, "c.3ds\",\"done\":true,[^{}]*\\{\"file\":\"out[^\"]*c.mcx\",\"bytes\":[0-9]+"));
@@ -101,7 +104,7 @@ TEST_F(ManyScenesTest, FilesThatExistAreLeftAloneOnRequest)
     EXPECT_EQ(run.files, "two.h");
     EXPECT_EQ(ReadFile("two.mcx"), "old");
     run = Start("two.3ds lost.3ds --no-clobber");
-    EXPECT_TRUE(Says(run.said, " 1 file left alone, "));
+    EXPECT_TRUE(Says(run.said, " 1 file left alone;\n  1 object, "));
     EXPECT_EQ(run.files, "lost.mcx");
 }
 
@@ -132,8 +135,9 @@ TEST_F(ManyScenesTest, TheStandardOutputGetsTheTextAndNothingElse)
 
 TEST_F(ManyScenesTest, EachKindOfWarningIsShownOnceAndCanCountAsFailure)
 {
-    WriteFile("eyes.3ds", Scene({Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("EYE<1", noParent),
-                                                       ObjectNode("EYE 2", 0), ObjectNode("EYE3\x1b", 0)}));
+    WriteFile("eyes.3ds",
+              Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("EYE<1", noParent),
+                                                    ObjectNode("EYE 2", 0), ObjectNode("EYE3\x1b", 0)}));
     const struct {
         const char *arguments;
         int status;
@@ -143,6 +147,8 @@ TEST_F(ManyScenesTest, EachKindOfWarningIsShownOnceAndCanCountAsFailure)
         {"", 0, 1, "warning: 3 times, the first: Object EYE<1 not found\n"},
         {"-v", 0, 4, "warning: Object EYE3\\\\x1b not found\n"},
         {"-q", 0, 0, "^$"},
+        {"none.3ds", 1, 2,
+         "eyes.3ds: warning: 3 times, [^\n]*not found\n.*none.3ds: error: [^\n]*\n2 scenes: "},
         {"--strict", 1, 1, "3 warnings count as failure"},
         {"--strict -q", 1, 0, "error: 3 warnings count as failure"},
     };
@@ -164,7 +170,7 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
     const Bytes hole = NamedObject("HOLE", {Mesh({Points({0, 0, 0, 1, nan, 0, 0, 1, 0}), Faces({0, 1, 2})})});
     const Bytes grey = Colour24(51, 51, 51);
     const Bytes wood = Material("GLASS", {Finish(grey, grey, grey, 2), Map(0xA200, "A \"B\".GIF")});
-    const Bytes twice = Scene({Triangle("BOX", 0), Triangle("BOX", 1), Triangle("A-B", 2)},
+    const Bytes twice = Scene({Glass(), Triangle("BOX", 0), Triangle("BOX", 1), Triangle("A-B", 2)},
                               {Kfhdr(2), ObjectNode("BOX", noParent), ObjectNode("BOX", noParent)});
     const Bytes names = Scene({wood, Triangle("ROOT", 0), Triangle("END\\", 0)});
     const struct {
@@ -172,7 +178,12 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         const char *arguments;
         const char *says; // empty: only what was written
     } rows[] = {
-        {twice, "", "meshes placed by several nodes, .*: 1; the first: \"BOX\", in 2 nodes"},
+        {twice, "", "meshes placed by several nodes, .*: 1, which loses 1 placement; .*\"BOX\", in 2 nodes"},
+        {twice, "--per-object", ""},
+        {Scene({Glass(9), Triangle("BOX", 0)}), "",
+         "1 of 1 face has no material and is flat green\n"
+         ".*Invalid Material Shading: material \"GLASS\" is left out, which costs 1 face\n"},
+        {Scene({Triangle("BOX", 0), Glass()}), "", "they name \"GLASS\", which comes later in the file\n"},
         {twice, "--protos", "objects with the name of another one, .*: 1; the first: \"BOX\""},
         {twice, "--header",
          "TAG_ lines .* define a name again: 1; .*\"BOX\"\n(.*\n)*.*are none in C: 1; .*\"A-B\""},
@@ -183,7 +194,7 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         {Scene({point}), "--size 3", "no extent that --size could be made of"},
         {Scene({point}), "--scale 3e38", "beyond what a number holds"},
         {Scene({hole}), "", "vertices that hold no finite numbers.*: 1; the first is in \"HOLE\""},
-        {Scene({point}), "", ""},
+        {Scene({point}), "", "warning: 1 of 1 face has no material and is flat green\n[^\n]*\n$"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.arguments);
@@ -192,6 +203,14 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         EXPECT_EQ(run.status, 0);
         EXPECT_TRUE(Says(run.said, *row.says != '\0' ? row.says : "^3ds2mcx: odd.3ds: wrote [^\n]*\n$"));
     }
+    WriteFile("gone.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
+    const Outcome gone = Start("gone.3ds --summary sum.json");
+    EXPECT_EQ(gone.status, 1);
+    EXPECT_TRUE(
+        Says(gone.said, "the model has no triangles, the scene has 1; they hang from no object: --flat"));
+    EXPECT_EQ(gone.files, "gone.mcx sum.json");
+    EXPECT_TRUE(Says(ReadFile("sum.json"), "\"triangles\": 0,[^}]*\"sceneTriangles\": 1,"));
+    EXPECT_EQ(Start("gone.3ds --flat").status, 0);
 }
 
 // Each row is one name in one place: it comes out of an output as code or as a statement, or it doesn't.

@@ -39,21 +39,28 @@ inline chunks::Bytes Triangle(const chunks::Bytes &name, float x)
                                     Faces({0, 1, 2}, {MaterialGroup("GLASS", {0})})})});
 }
 
+inline chunks::Bytes Glass(uint32_t shading = 2)
+{
+    using namespace chunks;
+    const Bytes grey = Colour24(51, 51, 51);
+    return Material("GLASS", {Finish(grey, grey, grey, shading, 25, 50), Map(0xA200, "PANE.GIF")});
+}
+
 // A folder with a scene of two objects, LID in BOX, its animation, and things that are none.
 inline void MakeInputs()
 {
     using namespace chunks;
     for (const std::filesystem::directory_entry &entry : std::filesystem::directory_iterator("."))
         std::filesystem::remove_all(entry.path());
-    const Bytes grey = Colour24(51, 51, 51);
-    const Bytes glass = Material("GLASS", {Finish(grey, grey, grey, 2, 25, 50), Map(0xA200, "PANE.GIF")});
+    const Bytes glass = Glass();
     WriteFile("two.3ds", Scene({glass, Triangle("BOX", 0), Triangle("LID", 6)},
                                {Kfhdr(2), ObjectNode("BOX", noParent), ObjectNode("LID", 0)}));
     WriteFile("two.vue",
               "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 7 0 0 transform LID 1 0 0 0 1 0 0 0 1 0 0 0");
     WriteFile("none.3ds", Scene({}));
     WriteFile("text.3ds", "no scene");
-    WriteFile("lost.3ds", Scene({Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
+    WriteFile("lost.3ds", Scene({glass, Triangle("BOX", 0), Triangle("LID", 6)},
+                                {Kfhdr(2), ObjectNode("BOX", noParent), ObjectNode("LID", 7)}));
     std::filesystem::create_directory("dir");
 }
 

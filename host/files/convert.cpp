@@ -68,7 +68,9 @@ static Scene LoadScene(const std::string &path, bool animated)
     else if (scene)
         why = WhyIncomplete(scene.get(), path, animated);
     else if (why = TakeLibraryError(); why.empty() || why.starts_with("Unable to open"))
-        why = std::string("no scene: ") + std::strerror(reason);
+        why = std::string("cannot be opened: ") + std::strerror(reason);
+    else if (std::error_code failure; fs::file_size(PathOf(path), failure) == 0)
+        why = "the file is empty";
     if (!why.empty()) {
         ReportError(why + "; nothing is written");
         scene.reset();
@@ -139,7 +141,7 @@ static bool AllTargetsExist(const HostOptions &options, const std::string &scene
         if (!fs::is_regular_file(PathOf(target.name), failure))
             return false;
     for (const NamedTarget &target : targets)
-        ReportKept(target.name);
+        ReportKept({target.name});
     return true;
 }
 
@@ -153,21 +155,30 @@ static Scene LoadAndShow(const HostOptions &options, const std::string &path, bo
         PrintJson(scene.get(), path, notes);
     else if (scene)
         PrintInfo(scene.get(), path, notes);
-    ShowWarningsSoFar(true); // the library's are in what was printed
+    MarkWarningsShown(); // the library's are in what was printed
     return scene;
 }
 
 static void NoteContents(const HostOptions &options, const Mc3dsFile *scene, SceneResult *result)
 {
-    result->objects = scene->objectCount;
-    for (uint32_t i = 0; i < scene->objectCount; ++i) {
-        result->vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
-        result->triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
-    }
+    result->read = CountScene(scene);
     if (!options.reportFile.empty())
         for (const TextureFile &texture : FindTextures(scene, result->scene))
             if (texture.found.empty())
                 result->missingTextures.push_back(texture.name);
+}
+
+// What was written or built. False, with its report, when that is nothing of what the scene has.
+static bool NoteModel(const Mc3dsFile *scene, uint32_t flags, SceneResult *result)
+{
+    result->model = CountModel(scene, flags);
+    if (result->model.triangles != 0 || result->read.triangles == 0)
+        return true;
+    const bool hanging = CountModel(scene, flags | MC3DS_FLAT).triangles != 0;
+    ReportError(
+        "the model has no triangles, the scene has " + std::to_string(result->read.triangles) +
+        (hanging ? "; they hang from no object: --flat writes them" : "; they name no vertices of theirs"));
+    return false;
 }
 
 static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfMany)
@@ -179,10 +190,10 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
     const Scene scene = options.info ? LoadAndShow(options, path, animated) : LoadScene(path, animated);
     if (!scene)
         return false;
-    const bool cut = scene->fileSize < scene->rootSize;
+    const std::string cutText = CutFileText(scene.get());
+    const bool cut = !cutText.empty();
     if (cut)
-        ReportError("the file is cut short: " + std::to_string(scene->fileSize) + " of " +
-                    std::to_string(scene->rootSize) + " bytes");
+        ReportError(cutText);
     NoteContents(options, scene.get(), result);
     const bool hasPicture = !options.previewFile.empty() || !options.reportFile.empty();
     if (options.info && (!hasPicture || (options.previewFile.empty() && scene->objectCount == 0)))
@@ -201,12 +212,14 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
         if (!BuildModel(scene.get(), &asked))
             return false;
         if (!hasPicture)
-            return !cut;
+            return NoteModel(scene.get(), asked.flags, result) && !cut;
     }
     std::string picture;
-    const bool done = WriteFiles(options, path, scene.get(), &asked, &picture);
+    bool done = WriteFiles(options, path, scene.get(), &asked, &picture);
     if (!options.reportFile.empty())
         result->picture = picture;
+    if (done && !options.info)
+        done = NoteModel(scene.get(), asked.flags, result);
     return done && !cut;
 }
 

@@ -54,16 +54,17 @@ bool WriteBytes(const OutputFile &file, const std::string &bytes);
 
 enum class Delivery { Done, Kept, Unread, Failed }; // unread: whoever read the standard output has closed it
 
-// Brings a written file to its target, and returns the bytes in it; with its report where that fails. With
-// noClobber a target that exists, even since a moment ago, is kept.
-Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size);
+// Brings a written file to its target. size gets the bytes in it, why the reason of a failure. With noClobber
+// a target that exists, even since a moment ago, is kept.
+Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size, std::string *why);
 
 // ---- write_files.cpp
 
 // Finds each file a private folder to grow in. Object files share that of the first, which alone gets a path.
 bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject);
-// Deliver with its reports. False when it failed.
-bool DeliverOne(const OutputFile &file, bool noClobber);
+// Deliver for each of them, with its reports. False when one failed. areNumbered: their names differ in a
+// number.
+bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noClobber);
 // Writes the files that options lead to and brings them to their targets. False, with its report, when one
 // failed. picture gets the bytes of the PNG file, if one is drawn.
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,

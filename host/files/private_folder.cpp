@@ -23,9 +23,7 @@ fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
     StopIfInterrupted();
     const std::lock_guard lock(foldersMutex);
     fs::path folder = MakeOwnFolder(parent / (folderStart + folderMark), why);
-    if (folder.empty())
-        *why = "no folder can be made in " + InQuotes(parent.string()) + ": " + *why;
-    else
+    if (!folder.empty())
         folders.push_back(folder);
     return folder;
 }

@@ -12,8 +12,8 @@ bool LocateReport(const std::string &name, OutputFile *file)
 bool WriteReport(const OutputFile &located, bool noClobber, const std::string &text)
 {
     std::vector<OutputFile> files = {located};
-    const bool done = MakeRoom(&files, "", false) && WriteBytes(files.front(), text) &&
-                      DeliverOne(files.front(), noClobber);
+    const bool done =
+        MakeRoom(&files, "", false) && WriteBytes(files.front(), text) && DeliverAll(files, false, noClobber);
     RemovePrivateFolders();
     return done;
 }

@@ -37,6 +37,10 @@ bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool 
             why = "no folder for temporary files: " + failure.message();
         else if (folder.empty())
             folder = MakePrivateFolder(parent, &why);
+        if (folder.empty() && !failure) {
+            const fs::path shown = elsewhere ? parent : PathOf(file.shown).parent_path();
+            why = "folder " + InQuotes(shown.empty() ? "." : shown.string()) + " can't be written to: " + why;
+        }
         if (folder.empty()) {
             ReportUnwritten(file.shown, why);
             return false;
@@ -132,29 +136,47 @@ static bool WriteAll(const HostOptions &options, const std::string &bareName, co
     return true;
 }
 
-bool DeliverOne(const OutputFile &file, bool noClobber)
+// Returns the file that could not be delivered, with the reason, or null.
+static const OutputFile *DeliverEach(const std::vector<OutputFile> &files, bool noClobber,
+                                     std::vector<WrittenFile> *written, std::vector<std::string> *kept,
+                                     std::string *why)
 {
-    uintmax_t size = 0;
-    switch (Deliver(file, noClobber, &size)) {
-    case Delivery::Failed: return false;
-    case Delivery::Unread: return true;
-    case Delivery::Kept: ReportKept(file.shown); return true;
-    case Delivery::Done: ReportWritten(file.shown, size);
-    }
-    return true;
-}
-
-// Copying can still fail where moving hardly does, and so comes first: what is replaced stays as it was until
-// then.
-static bool DeliverAll(const std::vector<OutputFile> &files, bool noClobber)
-{
+    // Copying can still fail where moving hardly does, and so comes first: what is replaced stays as it was
+    // until then.
     for (const bool inPlace : {true, false}) {
         for (const OutputFile &file : files) {
-            if (file.inPlace == inPlace && !DeliverOne(file, noClobber))
-                return false;
+            uintmax_t size = 0;
+            if (file.inPlace != inPlace)
+                continue;
+            switch (Deliver(file, noClobber, &size, why)) {
+            case Delivery::Failed: return &file;
+            case Delivery::Unread: break;
+            case Delivery::Kept: kept->push_back(file.shown); break;
+            case Delivery::Done: written->push_back({file.shown, size});
+            }
         }
     }
-    return true;
+    return nullptr;
+}
+
+bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noClobber)
+{
+    std::vector<WrittenFile> written;
+    std::vector<std::string> kept;
+    std::string why;
+    const OutputFile *const failed = DeliverEach(files, noClobber, &written, &kept, &why);
+    if (areNumbered) {
+        ReportKept(kept);
+        ReportWritten(written);
+    } else {
+        for (const std::string &name : kept)
+            ReportKept({name});
+        for (const WrittenFile &file : written)
+            ReportWritten({file});
+    }
+    if (failed)
+        ReportUnwritten(failed->shown, why);
+    return !failed;
 }
 
 // Below the folder that the user named no link is followed: it may lead to wherever a stranger wants.
@@ -188,8 +210,8 @@ bool WriteFiles(const HostOptions &options, const std::string &scenePath, const 
     const std::string bareName = BareOutputName(options, scenePath);
     const bool done = MakeRoom(&files, bareName, options.flags & MC3DS_PER_OBJECT) &&
                       WriteAll(options, bareName, scene, asked, &files, picture);
-    ShowWarningsSoFar(false);
-    const bool delivered = done && DeliverAll(files, options.noClobber);
+    ShowWarnings();
+    const bool delivered = done && DeliverAll(files, options.flags & MC3DS_PER_OBJECT, options.noClobber);
     RemovePrivateFolders();
     return delivered;
 }

@@ -104,23 +104,18 @@ static bool CopyToTarget(const OutputFile &file)
     return CopyInto(file.written, out.get()) && std::fclose(out.release()) == 0;
 }
 
-static Delivery Fail(const OutputFile &file, const std::string &why)
-{
-    ReportUnwritten(file.shown, why);
-    return Delivery::Failed;
-}
-
-static Delivery Copy(const OutputFile &file)
+static Delivery Copy(const OutputFile &file, std::string *why)
 {
     errno = 0;
     if (CopyToTarget(file))
         return Delivery::Done;
     if (file.standardOutput && OutputReaderIsGone())
         return Delivery::Unread;
-    return Fail(file, std::strerror(errno));
+    *why = std::strerror(errno);
+    return Delivery::Failed;
 }
 
-static Delivery Move(const OutputFile &file, bool noClobber)
+static Delivery Move(const OutputFile &file, bool noClobber, std::string *why)
 {
     std::error_code failure;
     // What stood there before keeps its permissions.
@@ -136,14 +131,17 @@ static Delivery Move(const OutputFile &file, bool noClobber)
         fs::rename(file.written, file.target, failure);
     if (noClobber && failure == std::errc::file_exists)
         return Delivery::Kept;
-    return failure ? Fail(file, failure.message()) : Delivery::Done;
+    *why = failure.message();
+    return failure ? Delivery::Failed : Delivery::Done;
 }
 
-Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size)
+Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size, std::string *why)
 {
     std::error_code failure;
     *size = fs::file_size(file.written, failure);
-    if (failure)
-        return Fail(file, failure.message());
-    return file.inPlace ? Copy(file) : Move(file, noClobber);
+    if (failure) {
+        *why = failure.message();
+        return Delivery::Failed;
+    }
+    return file.inPlace ? Copy(file, why) : Move(file, noClobber, why);
 }

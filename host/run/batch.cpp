@@ -45,7 +45,6 @@ static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> 
         ShowScene(i + 1, jobs[i].scene, jobs[i].bytes);
         const SceneResult result = ConvertScene(options, jobs[i], jobs.size() > 1);
         Finish(i, result);
-        ShowWarnings(result, false);
         CountBytes(jobs[i].bytes);
     }
 }
@@ -92,7 +91,6 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
         }
         Finish(index, result);
         ShowLines(result.said);
-        ShowWarnings(result, false);
         CountBytes(jobs[index].bytes);
         ShowScene(++ended, jobs[index].scene, 0);
     };
@@ -132,7 +130,7 @@ int ConvertAll(const HostOptions &options)
         return exitFailed;
     // Where many scenes are converted, a line at the end stands for the files that were written.
     const bool many = jobs.size() > 1 || options.recursive;
-    StartReports(options.verbosity, !many || options.verbosity > 0);
+    StartReports(options.verbosity, many);
     uint64_t bytes = 0;
     for (const SceneJob &job : jobs)
         bytes += job.bytes;
@@ -158,6 +156,6 @@ int ConvertAll(const HostOptions &options)
         done = WriteReport(page, options.noClobber, ReportPage(results, seconds, folder)) && done;
     }
     if ((options.verbosity > 0 || (options.verbosity == 0 && many && !options.info)) && !jobs.empty())
-        ShowLines(TotalsLine(results, seconds));
+        ShowLines(TotalsText(results, seconds, hasSummary));
     return done ? exitDone : exitFailed;
 }

@@ -36,6 +36,8 @@ std::vector<TreeRow> FindTree(const Mc3dsFile *scene, std::vector<uint32_t> *unr
 bool FindSceneBounds(const Mc3dsFile *scene, float least[3], float most[3]);
 // The maps that materials name, each once, sorted.
 std::vector<TextureFile> FindTextures(const Mc3dsFile *scene, const std::string &scenePath);
+// Whatever a conversion would warn of, with any options.
+std::vector<std::string> FindAllLosses(const Mc3dsFile *scene);
 SceneSummary Summarise(const Mc3dsFile *scene, const std::string &scenePath);
 bool IsDummy(const Mc3dsFile *scene, const Mc3dsObject *object);
 const char *ShadingName(int32_t shading);

@@ -92,7 +92,11 @@ void PrintJson(const Mc3dsFile *scene, const std::string &scenePath, const Scene
     Json json = {{"scene", scenePath}, {"loaded", scene != nullptr}};
     if (scene)
         AddScene(scene, Summarise(scene, scenePath), &json);
-    json["leftBehind"] = {{"lights", notes.lights},
+    Json losses = Json::array();
+    if (scene)
+        losses = FindAllLosses(scene);
+    json["leftBehind"] = {{"losses", losses},
+                          {"lights", notes.lights},
                           {"cameras", notes.cameras},
                           {"hidden", notes.hidden},
                           {"unsupported", CountsJson("what", notes.unsupported)},

@@ -131,11 +131,13 @@ static void AddHead(const Look &look, const Mc3dsFile *scene, const SceneSummary
         for (int axis = 0; axis < 3; ++axis)
             size[axis] = summary.most[axis] - summary.least[axis];
         *text += "  size " + NumbersText(size, " x ") + ", from " + NumbersText(summary.least) + " to " +
-                 NumbersText(summary.most) + " (z is up)\n";
+                 NumbersText(summary.most) + " (z taken as up)\n";
     }
     *text += "  " + (scene->frameCount == 0 ? "no frames" : Counted(scene->frameCount, "frame"));
     if (scene->hasAnimation)
         *text += ", animation of " + Counted(summary.movingCount, "object");
+    else if (const std::string keys = LostKeysText(scene); !keys.empty())
+        *text += "; " + keys;
     else
         *text += ", no animation";
     *text += "\n  ambient light " + Colour(look, scene->ambient) + '\n';
@@ -205,6 +207,9 @@ void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath, const Scene
     AddList("hidden meshes", notes.hidden, &left);
     AddCounts("", notes.unsupported, &left);
     AddCounts("unknown chunk ", notes.chunks, &left);
+    for (const std::string &loss : FindAllLosses(scene))
+        if (loss != LostKeysText(scene)) // stands at the top
+            left += "  " + Visible(loss) + '\n';
     if (!left.empty())
         text += "\nLeft behind\n" + left;
     if (!notes.reports.empty())

@@ -1,8 +1,9 @@
 // Names that do well in a 3D Studio file and badly in an output.
 #include <cstring>
-#include <map>
 #include <memory>
 #include <new>
+#include <string_view>
+#include <unordered_set>
 
 #include "output/output.h"
 #include "view.h"
@@ -106,31 +107,28 @@ static std::vector<PlacedName> FindNames(const Mc3dsOptions &options, const Mc3d
     return names;
 }
 
-// Names of objects that are to tell them apart.
-static void ReportSharedNames(const Mc3dsOptions &options, const Mc3dsFile *scene)
+// Names in the header file, which has ROOT anyway.
+static void ReportTags(const Mc3dsFile *scene)
 {
-    std::map<std::string, size_t> owners;
-    Fault shared = {}, sharedTags = {}, noTags = {};
-    ++owners["ROOT"]; // the header file has that tag anyway
+    std::unordered_set<std::string_view> names = {"ROOT"};
+    Fault shared = {}, noTags = {};
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         const char *name = scene->objects[i].safeName;
-        const size_t before = owners[name]++;
-        Add(&shared, before > (std::strcmp(name, "ROOT") == 0 ? 1u : 0u), name);
-        Add(&sharedTags, before > 0, name);
+        Add(&shared, !names.insert(name).second, name);
         Add(&noTags, !IsIdentifierEnd(name), name);
     }
-    if (options.flags & MC3DS_PROTOS)
-        Report(shared, "objects with the name of another one, which a prototype can't share");
-    if (options.flags & MC3DS_HEADER) {
-        Report(sharedTags, "TAG_ lines of the header file that define a name again");
-        Report(noTags, "TAG_ lines of the header file whose names are none in C");
-    }
+    Report(shared, "TAG_ lines of the header file that define a name again");
+    Report(noTags, "TAG_ lines of the header file whose names are none in C");
 }
 
 bool ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene, bool forceNames)
 {
     const bool source = options.flags & MC3DS_SOURCE;
-    ReportSharedNames(options, scene);
+    if (options.flags & MC3DS_PROTOS)
+        if (const std::string shared = SharedNamesText(scene); !shared.empty())
+            ReportWarning(shared);
+    if (options.flags & MC3DS_HEADER)
+        ReportTags(scene);
     if (options.flags & MC3DS_DIRECT)
         return true;
     Fault broken = {};

@@ -3,18 +3,18 @@
 #include <cstdio>
 #include <cstring>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "view.h"
 
 static int reportVerbosity;
-static bool resultsAreShown;
+static bool showsOneLineEach;
 static bool reportsAreKept;
 static bool libraryIsMuted;
 static bool linesAreLeftOut;                    // of the subject
 static thread_local SceneResult *reportSubject; // not that of the thread that cleans up after an interrupt
 static std::unordered_map<std::string, size_t> kindIndices; // into the subject's warnings
-static std::unordered_set<std::string> shownKinds;          // in the whole run
+static size_t kindsShown;                                   // of the subject's warnings, from the first
+static std::string heldErrors;                              // lines that wait for the warnings of the subject
 static std::string lastWarning;
 static size_t lastKind; // its index
 static std::string lastLibraryError;
@@ -66,12 +66,17 @@ void ShowLines(const std::string &lines)
     Show(lines, false);
 }
 
-static void PrintReport(const std::string &subject, std::string_view kind, const std::string &text)
+static std::string ReportLine(const std::string &subject, std::string_view kind, const std::string &text)
 {
     std::string line = "3ds2mcx: ";
     if (!subject.empty())
         line += Visible(subject) + ": ";
-    Show(line.append(kind) + Visible(text) + '\n', kind.starts_with("error"));
+    return line.append(kind) + Visible(text) + '\n';
+}
+
+static void PrintReport(const std::string &subject, std::string_view kind, const std::string &text)
+{
+    Show(ReportLine(subject, kind, text), kind.starts_with("error"));
 }
 
 static std::string Subject()
@@ -120,7 +125,7 @@ static std::string KindOf(std::string text)
     return kind;
 }
 
-static void AddWarning(const std::string &text)
+static void AddWarning(const std::string &text, Weight weight)
 {
     if (!reportSubject || reportVerbosity >= 1)
         PrintReport(Subject(), "warning: ", text);
@@ -132,44 +137,72 @@ static void AddWarning(const std::string &text)
         const std::string kind = KindOf(text);
         const auto [known, isNew] = kindIndices.try_emplace(kind, warnings.size());
         if (isNew)
-            warnings.push_back({kind, text, 0});
+            warnings.push_back({kind, text, 0, weight});
         lastWarning = text;
         lastKind = known->second;
     }
     ++warnings[lastKind].count;
 }
 
-void ReportWarning(const std::string &text)
+void ReportWarning(const std::string &text, Weight weight)
 {
     if (reportSubject || reportVerbosity >= 0)
-        AddWarning(text);
+        AddWarning(text, weight);
 }
 
+void ReportNote(const std::string &text)
+{
+    if (reportSubject)
+        reportSubject->notes.push_back(text);
+    if (reportVerbosity > (showsOneLineEach ? 0 : -1))
+        PrintReport(Subject(), "note: ", text);
+}
+
+// A batch says of a scene what it lost ahead of why it failed, and so has to wait for all of that.
 void ReportError(const std::string &text)
 {
     if (reportSubject && reportSubject->error.empty())
         reportSubject->error = text;
+    if (reportSubject && showsOneLineEach && reportVerbosity == 0) {
+        heldErrors += ReportLine(Subject(), "error: ", text);
+        return;
+    }
+    ShowWarnings();
     PrintReport(Subject(), "error: ", text);
 }
 
 void ReportResult(const std::string &text)
 {
-    if (resultsAreShown)
+    if (reportVerbosity >= (showsOneLineEach ? 1 : 0))
         PrintReport(Subject(), "", text);
 }
 
-void ReportWritten(const std::string &name, uintmax_t size)
+void ReportWritten(const std::vector<WrittenFile> &files)
 {
-    if (reportSubject)
-        reportSubject->written.push_back({name, size});
-    ReportResult("wrote " + name + " (" + std::to_string(size) + " bytes)");
+    uintmax_t bytes = 0;
+    for (const WrittenFile &file : files) {
+        bytes += file.size;
+        if (reportSubject)
+            reportSubject->written.push_back(file);
+        if (files.size() == 1 || reportVerbosity > 0)
+            ReportResult("wrote " + file.name + " (" + std::to_string(file.size) + " bytes)");
+    }
+    if (files.size() > 1 && reportVerbosity == 0)
+        ReportResult("wrote " + files.front().name + " to " + files.back().name + ", " +
+                     std::to_string(files.size()) + " files, " + std::to_string(bytes) + " bytes");
 }
 
-void ReportKept(const std::string &name)
+void ReportKept(const std::vector<std::string> &names)
 {
-    if (reportSubject)
-        reportSubject->kept.push_back(name);
-    ReportResult("left " + name + " alone: it exists already");
+    for (const std::string &name : names) {
+        if (reportSubject)
+            reportSubject->kept.push_back(name);
+        if (names.size() == 1 || reportVerbosity > 0)
+            ReportResult("left " + name + " alone: it exists already");
+    }
+    if (names.size() > 1 && reportVerbosity == 0)
+        ReportResult("left " + names.front() + " to " + names.back() + " alone, " +
+                     std::to_string(names.size()) + " files: they exist already");
 }
 
 void ReportUnwritten(const std::string &name, const std::string &why)
@@ -183,19 +216,49 @@ std::string WarningText(const WarningKind &warning)
                               : std::to_string(warning.count) + " times, the first: " + warning.first;
 }
 
-void ShowWarnings(const SceneResult &result, bool asShown)
+void ShowWarnings()
 {
-    if (reportVerbosity != 0 || reportsAreKept)
+    if (!reportSubject || reportVerbosity != 0 || showsOneLineEach)
         return;
-    for (const WarningKind &warning : result.warnings)
-        if (warning.count != 0 && shownKinds.insert(warning.kind).second && !asShown)
-            PrintReport(result.scene, "warning: ", WarningText(warning));
+    const std::vector<WarningKind> &warnings = reportSubject->warnings;
+    for (; kindsShown < warnings.size(); ++kindsShown)
+        if (warnings[kindsShown].count != 0)
+            PrintReport(Subject(), "warning: ", WarningText(warnings[kindsShown]));
 }
 
-void ShowWarningsSoFar(bool asShown)
+void MarkWarningsShown()
 {
-    if (reportSubject)
-        ShowWarnings(*reportSubject, asShown);
+    kindsShown = reportSubject ? reportSubject->warnings.size() : 0;
+}
+
+static void ShowWeightiest()
+{
+    const std::vector<WarningKind> &warnings = reportSubject->warnings;
+    const WarningKind *worst = nullptr;
+    size_t others = 0;
+    for (size_t i = kindsShown; i < warnings.size(); ++i) {
+        if (warnings[i].count == 0)
+            continue;
+        others += worst ? 1 : 0;
+        if (!worst || warnings[i].weight < worst->weight)
+            worst = &warnings[i];
+    }
+    if (worst)
+        PrintReport(Subject(), "warning: ",
+                    WarningText(*worst) + (others == 0 ? "" : "; and " + Counted(others, "more kind")));
+}
+
+static void EndSubject()
+{
+    if (showsOneLineEach && reportVerbosity == 0)
+        ShowWeightiest();
+    else
+        ShowWarnings();
+    if (!heldErrors.empty())
+        Show(heldErrors, true);
+    heldErrors.clear();
+    std::stable_sort(reportSubject->warnings.begin(), reportSubject->warnings.end(),
+                     [](const WarningKind &a, const WarningKind &b) { return a.weight < b.weight; });
 }
 
 // Both callbacks hand errno on as it was: whoever called the library looks at it afterwards, and a stderr
@@ -210,7 +273,9 @@ static void OnLibraryError(int32_t level, const char *text)
     if (!libraryIsMuted) {
         if (level <= 1)
             lastLibraryError = text;
-        AddWarning(text);
+        // The program tells of these with the material's name and what it costs.
+        if (!report.starts_with("Invalid Material "))
+            AddWarning(text, level <= 1 ? Weight::Damage : Weight::Doubt);
     }
     errno = before;
 }
@@ -241,17 +306,20 @@ static void ListenToMessages()
     Mc3dsSetMessageCallback(reportVerbosity >= 1 || messageWatcher ? OnLibraryMessage : nullptr);
 }
 
-void StartReports(int verbosity, bool showResults)
+void StartReports(int verbosity, bool oneLineEach)
 {
     reportVerbosity = verbosity;
-    resultsAreShown = showResults && verbosity >= 0;
+    showsOneLineEach = oneLineEach;
     Mc3dsSetErrorCallback(OnLibraryError);
     ListenToMessages();
 }
 
 void SetReportSubject(SceneResult *subject)
 {
+    if (reportSubject)
+        EndSubject();
     reportSubject = subject;
+    kindsShown = 0;
     kindIndices.clear();
     lastWarning.clear();
     lastLibraryError.clear();

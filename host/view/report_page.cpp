@@ -111,9 +111,27 @@ static std::string Losses(const SceneResult &result)
     for (const WarningKind &warning : result.warnings)
         if (warning.count != 0)
             html += "<li>" + Escaped(WarningText(warning)) + "</li>\n";
+    for (const std::string &note : result.notes)
+        html += "<li>" + Escaped(note) + "</li>\n";
     for (const std::string &texture : result.missingTextures)
         html += "<li>missing texture " + Escaped(texture) + "</li>\n";
     return html + "</ul>\n";
+}
+
+// Of a model that lacks something, what the scene has stands beside it.
+static std::string CountsOf(const SceneResult &result)
+{
+    const struct {
+        uint64_t model, scene;
+        const char *what, *plural;
+    } rows[] = {{result.model.objects, result.read.objects, "object", "objects"},
+                {result.model.vertices, result.read.vertices, "vertex", "vertices"},
+                {result.model.triangles, result.read.triangles, "triangle", "triangles"}};
+    std::string html;
+    for (const auto &row : rows)
+        html += (html.empty() ? "" : "<br>") + Counted(row.model, row.what, row.plural) +
+                (row.model == row.scene ? "" : " of " + std::to_string(row.scene));
+    return html;
 }
 
 static std::string Row(const SceneResult &result, const fs::path &folder)
@@ -122,10 +140,8 @@ static std::string Row(const SceneResult &result, const fs::path &folder)
     html += result.picture.empty()
                 ? "no picture"
                 : "<img alt=\"the model\" src=\"data:image/png;base64," + InBase64(result.picture) + "\">";
-    html += "</td>\n<td><p class=\"scene\">" + Escaped(result.scene) + "</p>\n" +
-            Counted(result.objects, "object") + "<br>" + Counted(result.vertices, "vertex", "vertices") +
-            "<br>" + Counted(result.triangles, "triangle") + "</td>\n<td>" + Losses(result) +
-            "</td>\n<td><ul>\n";
+    html += "</td>\n<td><p class=\"scene\">" + Escaped(result.scene) + "</p>\n" + CountsOf(result) +
+            "</td>\n<td>" + Losses(result) + "</td>\n<td><ul>\n";
     for (const WrittenFile &file : result.written)
         html += FileLine(file.name, Counted(file.size, "byte"), folder);
     for (const std::string &file : result.kept)
@@ -140,9 +156,9 @@ static std::string Totals(const std::vector<SceneResult> &results, double second
     for (const SceneResult &result : results) {
         failed += result.done ? 0 : 1;
         warned += StateOf(result) == "warned" ? 1 : 0;
-        objects += result.objects;
-        vertices += result.vertices;
-        triangles += result.triangles;
+        objects += result.model.objects;
+        vertices += result.model.vertices;
+        triangles += result.model.triangles;
     }
     return "<p>" + Counted(results.size(), "scene") + ": " + std::to_string(results.size() - failed) +
            " done (" + std::to_string(warned) + " with losses or warnings), " + std::to_string(failed) +

@@ -31,19 +31,7 @@ static void ReportMissingAnimation(const Mc3dsFile *scene, const std::string &sc
                   ? "there is no " + InQuotes(vue)
                   : "there is " + InQuotes(others.at(name)) + ", but it must be called " + InQuotes(name);
     }
-    ReportWarning("no animation: " + why);
-}
-
-// Objects that hang from no object that is written.
-static void ReportLostObjects(const Mc3dsFile *scene)
-{
-    std::vector<uint32_t> lost;
-    FindTree(scene, &lost);
-    if (lost.empty())
-        return;
-    ReportWarning("objects that hang from no object and are left out: " + std::to_string(lost.size()) +
-                  " of " + std::to_string(scene->objectCount) +
-                  "; --flat writes them; the first: " + InQuotes(scene->objects[lost.front()].safeName));
+    ReportWarning("no animation: " + why, Weight::Loss);
 }
 
 static bool IsFinite(const Mc3dsTransform &transform)
@@ -82,10 +70,12 @@ static double ReportNoNumbers(const Mc3dsOptions &options, const Mc3dsFile *scen
     const std::string noNumbers = " that hold no finite numbers, and are written as nan or inf: ";
     if (vertices != 0)
         ReportWarning("vertices" + noNumbers + std::to_string(vertices) + "; the first is in " +
-                      InQuotes(firstVertex));
+                          InQuotes(firstVertex),
+                      Weight::Damage);
     if (placements != 0)
         ReportWarning("placements" + noNumbers + std::to_string(placements) + "; the first is that of " +
-                      InQuotes(firstPlacement));
+                          InQuotes(firstPlacement),
+                      Weight::Damage);
     return largest;
 }
 
@@ -106,30 +96,15 @@ static void ReportBadSize(const Mc3dsOptions &options, const Mc3dsFile *scene, d
         ReportWarning("the scale takes co-ordinates beyond what a number holds, and they are written as inf");
 }
 
-// Meshes that several nodes place.
-static void ReportSharedMeshes(const Mc3dsFile *scene)
-{
-    size_t count = 0;
-    std::string first;
-    for (uint32_t i = 0; i < scene->objectCount; ++i) {
-        const Mc3dsObject &object = scene->objects[i];
-        if (object.nodeCount > 1 && count++ == 0)
-            first = InQuotes(object.name) + ", in " + std::to_string(object.nodeCount) + " nodes";
-    }
-    if (count != 0)
-        ReportWarning("meshes placed by several nodes, of which only the last counts: " +
-                      std::to_string(count) + "; the first: " + first);
-}
-
 bool ReportSceneNotes(const Mc3dsOptions &options, const Mc3dsFile *scene, const std::string &scenePath,
                       bool forceNames)
 {
     if (options.flags & MC3DS_ANIMATION)
         ReportMissingAnimation(scene, scenePath);
-    if (!(options.flags & (MC3DS_FLAT | MC3DS_PER_OBJECT)))
-        ReportLostObjects(scene);
-    if (!(options.flags & MC3DS_PER_OBJECT))
-        ReportSharedMeshes(scene);
+    for (const std::string &loss : FindLosses(scene, options.flags))
+        ReportWarning(loss, Weight::Loss);
+    if (const std::string keys = LostKeysText(scene); !keys.empty())
+        ReportNote(keys);
     const bool namesFit = ReportNames(options, scene, forceNames);
     ReportBadSize(options, scene, ReportNoNumbers(options, scene));
     return namesFit;

@@ -1,4 +1,7 @@
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
+#include <unordered_map>
 
 #include "json.h"
 #include "view.h"
@@ -11,10 +14,21 @@ static Json ToJson(const SceneResult &result)
     for (const WarningKind &warning : result.warnings)
         if (warning.count != 0)
             warnings.push_back({{"kind", warning.kind}, {"count", warning.count}, {"first", warning.first}});
-    return {{"scene", result.scene},         {"done", result.done},       {"error", result.error},
-            {"bytes", result.bytes},         {"objects", result.objects}, {"vertices", result.vertices},
-            {"triangles", result.triangles}, {"seconds", result.seconds}, {"written", files},
-            {"kept", result.kept},           {"warnings", warnings}};
+    return {{"scene", result.scene},
+            {"done", result.done},
+            {"error", result.error},
+            {"bytes", result.bytes},
+            {"objects", result.model.objects},
+            {"vertices", result.model.vertices},
+            {"triangles", result.model.triangles},
+            {"sceneObjects", result.read.objects},
+            {"sceneVertices", result.read.vertices},
+            {"sceneTriangles", result.read.triangles},
+            {"seconds", result.seconds},
+            {"written", files},
+            {"kept", result.kept},
+            {"warnings", warnings},
+            {"notes", result.notes}};
 }
 
 // A binary form takes text as it is, where JSON asks for UTF-8.
@@ -36,9 +50,13 @@ try {
     json.at("done").get_to(result->done);
     json.at("error").get_to(result->error);
     json.at("bytes").get_to(result->bytes);
-    json.at("objects").get_to(result->objects);
-    json.at("vertices").get_to(result->vertices);
-    json.at("triangles").get_to(result->triangles);
+    json.at("objects").get_to(result->model.objects);
+    json.at("vertices").get_to(result->model.vertices);
+    json.at("triangles").get_to(result->model.triangles);
+    json.at("sceneObjects").get_to(result->read.objects);
+    json.at("sceneVertices").get_to(result->read.vertices);
+    json.at("sceneTriangles").get_to(result->read.triangles);
+    json.at("notes").get_to(result->notes);
     json.at("seconds").get_to(result->seconds);
     json.at("kept").get_to(result->kept);
     json.at("said").get_to(result->said);
@@ -61,30 +79,50 @@ size_t WarningCount(const SceneResult &result)
     return count;
 }
 
-// What all scenes come to: a result whose warnings are those of all, and how many scenes failed.
-static SceneResult AddUp(const std::vector<SceneResult> &results, size_t *failed)
+// A kind of warning in a run, with the scenes that have it.
+struct RunKind {
+    std::string kind, first, firstScene;
+    size_t scenes, count;
+};
+
+struct RunTotals {
+    size_t failed = 0, warned = 0, kept = 0; // warned: of those that didn't fail
+    uint64_t bytes = 0;
+    GeometryCounts read, model;
+    std::vector<RunKind> kinds; // that of most scenes first
+};
+
+static void AddTo(GeometryCounts *sum, const GeometryCounts &counts)
 {
-    SceneResult sum;
-    *failed = 0;
+    sum->objects += counts.objects;
+    sum->vertices += counts.vertices;
+    sum->triangles += counts.triangles;
+}
+
+static RunTotals AddUp(const std::vector<SceneResult> &results)
+{
+    RunTotals totals;
+    std::unordered_map<std::string_view, size_t> indices;
     for (const SceneResult &result : results) {
-        *failed += result.done ? 0 : 1;
-        sum.bytes += result.bytes;
-        sum.objects += result.objects;
-        sum.vertices += result.vertices;
-        sum.triangles += result.triangles;
-        sum.kept.insert(sum.kept.end(), result.kept.begin(), result.kept.end());
-        sum.written.insert(sum.written.end(), result.written.begin(), result.written.end());
+        totals.failed += result.done ? 0 : 1;
+        totals.warned += result.done && WarningCount(result) != 0 ? 1 : 0;
+        totals.kept += result.kept.size();
+        totals.bytes += result.bytes;
+        AddTo(&totals.read, result.read);
+        AddTo(&totals.model, result.model);
         for (const WarningKind &warning : result.warnings) {
-            auto known = sum.warnings.begin();
-            while (known != sum.warnings.end() && known->kind != warning.kind)
-                ++known;
-            if (known == sum.warnings.end() && warning.count != 0)
-                sum.warnings.push_back(warning);
-            else if (known != sum.warnings.end())
-                known->count += warning.count;
+            if (warning.count == 0)
+                continue;
+            const auto [known, isNew] = indices.try_emplace(warning.kind, totals.kinds.size());
+            if (isNew)
+                totals.kinds.push_back({warning.kind, warning.first, result.scene, 0, 0});
+            ++totals.kinds[known->second].scenes;
+            totals.kinds[known->second].count += warning.count;
         }
     }
-    return sum;
+    std::stable_sort(totals.kinds.begin(), totals.kinds.end(),
+                     [](const RunKind &a, const RunKind &b) { return a.scenes > b.scenes; });
+    return totals;
 }
 
 static double MegabytesPerSecond(uint64_t bytes, double seconds)
@@ -92,41 +130,103 @@ static double MegabytesPerSecond(uint64_t bytes, double seconds)
     return seconds > 0.0 ? static_cast<double>(bytes) / 1e6 / seconds : 0.0;
 }
 
-std::string TotalsLine(const std::vector<SceneResult> &results, double seconds)
+constexpr size_t columnsMost = 80, kindsMost = 10;
+
+// As in "121,635 triangles".
+static std::string Grouped(uint64_t count, const char *what)
 {
-    size_t failed = 0;
-    const SceneResult sum = AddUp(results, &failed);
-    std::string line = "3ds2mcx: " + Counted(results.size(), "scene");
-    if (failed != 0)
-        line += " (" + std::to_string(failed) + " failed)";
-    line += ", " + Counted(sum.objects, "object") + ", " + Counted(sum.vertices, "vertex", "vertices") +
-            ", " + Counted(sum.triangles, "triangle") + ", ";
-    if (!sum.kept.empty())
-        line += Counted(sum.kept.size(), "file") + " left alone, ";
-    const size_t warnings = WarningCount(sum);
-    line += warnings == 0 ? "no warnings" : Counted(warnings, "warning");
-    for (size_t i = 0; i < sum.warnings.size(); ++i)
-        line += (i == 0 ? " (" : "; ") + std::to_string(sum.warnings[i].count) + "x " +
-                Visible(sum.warnings[i].kind) + (i + 1 == sum.warnings.size() ? ")" : "");
-    char end[64];
+    std::string text = Counted(count, what);
+    for (size_t at = text.find(' '); at > 3; at -= 3)
+        text.insert(at - 3, at > 3 && at - 3 > 0 ? "," : "");
+    return text;
+}
+
+// The end of a text that has to fit; what is cut shows.
+static std::string Tail(const std::string &text, size_t most)
+{
+    if (text.size() <= most)
+        return text;
+    size_t cut = text.size() - (most < 3 ? 0 : most - 3);
+    while (cut < text.size() && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
+        ++cut; // not into the middle of a letter
+    return "..." + text.substr(cut);
+}
+
+// What a kind of warning is about, in few words.
+static std::string ShortKind(const RunKind &kind)
+{
+    std::string text = kind.kind;
+    for (const std::string_view counts : {"* of * ", "* "})
+        if (text.starts_with(counts))
+            text.erase(0, counts.size());
+    text.erase(std::min(text.find_first_of(",:;"), text.size()));
+    text.erase(std::min(text.find(". "), text.size()));
+    return text;
+}
+
+static std::string KindLine(const RunKind &kind, size_t width)
+{
+    std::string scenes = std::to_string(kind.scenes);
+    scenes.insert(0, width - scenes.size(), ' ');
+    std::string line = "  " + scenes + (kind.scenes == 1 ? " scene   " : " scenes  ");
+    std::string what = Visible(ShortKind(kind));
+    if (what.size() > columnsMost / 2)
+        what = what.substr(0, what.find_last_of(' ', columnsMost / 2)) + " ...";
+    line += what + " (first: ";
+    return line + Tail(Visible(kind.firstScene), columnsMost - 1 - line.size()) + ")\n";
+}
+
+std::string TotalsText(const std::vector<SceneResult> &results, double seconds, bool hasSummary)
+{
+    const RunTotals totals = AddUp(results);
+    const size_t converted = results.size() - totals.failed;
+    std::string line = Counted(results.size(), "scene") + ": " + std::to_string(converted) + " converted";
+    if (totals.warned != 0)
+        line += " (" + std::to_string(totals.warned) + " with losses)";
+    if (totals.failed != 0)
+        line += ", " + std::to_string(totals.failed) + " failed";
+    if (totals.kept != 0)
+        line += ", " + Counted(totals.kept, "file") + " left alone";
+    char time[64];
     // The program never takes on the locale of its user, so that points are points.
-    std::snprintf(end, sizeof end, ", %.2f s, %.1f MB/s\n", seconds, MegabytesPerSecond(sum.bytes, seconds));
-    return line + end;
+    std::snprintf(time, sizeof time, "%.1f s", seconds);
+    const std::string sizes = Grouped(totals.model.objects, "object") + ", " +
+                              Grouped(totals.model.triangles, "triangle") + ", " + time;
+    const bool fits = line.size() + 2 + sizes.size() <= columnsMost;
+    std::string text = line + (fits ? "; " : ";\n  ") + sizes + '\n';
+    const size_t shown = std::min(totals.kinds.size(), kindsMost);
+    const size_t width = shown == 0 ? 0 : std::to_string(totals.kinds.front().scenes).size();
+    for (size_t i = 0; i < shown; ++i)
+        text += KindLine(totals.kinds[i], width);
+    if (shown < totals.kinds.size())
+        text += "  and " + Counted(totals.kinds.size() - shown, "more kind") + '\n';
+    if (!hasSummary && (totals.failed != 0 || !totals.kinds.empty()))
+        text += "  --summary FILE lists them all\n";
+    return text;
 }
 
 std::string SummaryText(const std::vector<SceneResult> &results, double seconds, bool interrupted)
 {
-    size_t failed = 0;
-    Json scenes = Json::array();
+    const RunTotals totals = AddUp(results);
+    Json scenes = Json::array(), kinds = Json::array();
     for (const SceneResult &result : results)
         scenes.push_back(ToJson(result));
-    Json total = ToJson(AddUp(results, &failed));
-    for (const char *key : {"scene", "done", "error", "written", "kept"})
-        total.erase(key);
-    total["seconds"] = seconds;
-    total["megabytesPerSecond"] = MegabytesPerSecond(total["bytes"], seconds);
-    total["scenes"] = results.size();
-    total["failed"] = failed;
+    for (const RunKind &kind : totals.kinds)
+        kinds.push_back(
+            {{"kind", kind.kind}, {"scenes", kind.scenes}, {"count", kind.count}, {"first", kind.first}});
+    Json total = {{"scenes", results.size()},
+                  {"failed", totals.failed},
+                  {"warned", totals.warned},
+                  {"bytes", totals.bytes},
+                  {"objects", totals.model.objects},
+                  {"vertices", totals.model.vertices},
+                  {"triangles", totals.model.triangles},
+                  {"sceneObjects", totals.read.objects},
+                  {"sceneVertices", totals.read.vertices},
+                  {"sceneTriangles", totals.read.triangles},
+                  {"seconds", seconds},
+                  {"megabytesPerSecond", MegabytesPerSecond(totals.bytes, seconds)},
+                  {"warnings", kinds}};
     if (interrupted)
         total["interrupted"] = true;
     return JsonText(

@@ -15,11 +15,20 @@ struct McClump;
 
 // ---- what became of a scene
 
+// How much a warning is about, the most first: parts of the scene are left out, the file is damaged, a result
+// may differ from what was meant.
+enum class Weight { Loss, Damage, Doubt };
+
 // Warnings that say the same of different things.
 struct WarningKind {
     std::string kind;  // the text with '*' for names and numbers
     std::string first; // the first of them in full
     size_t count;
+    Weight weight = Weight::Doubt;
+};
+
+struct GeometryCounts {
+    uint64_t objects = 0, vertices = 0, triangles = 0;
 };
 
 struct WrittenFile {
@@ -30,13 +39,14 @@ struct WrittenFile {
 struct SceneResult {
     std::string scene; // its path, as the user would type it
     bool done = false;
-    std::string error;  // the first one
-    uint64_t bytes = 0; // in the scene's file
-    uint64_t objects = 0, vertices = 0, triangles = 0;
+    std::string error;          // the first one
+    uint64_t bytes = 0;         // in the scene's file
+    GeometryCounts read, model; // model: what was written or built
     double seconds = 0.0;
     std::vector<WrittenFile> written;
-    std::vector<std::string> kept; // files that were there already and left alone
-    std::vector<WarningKind> warnings;
+    std::vector<std::string> kept;            // files that were there already and left alone
+    std::vector<WarningKind> warnings;        // the weightiest first
+    std::vector<std::string> notes;           // what is no fault of anybody
     std::vector<std::string> missingTextures; // found for --report alone
     std::string picture;                      // a PNG file's bytes; empty without --report
     std::string said;                         // lines for stderr that were kept
@@ -45,28 +55,31 @@ struct SceneResult {
 // ---- report.cpp: all that goes to stderr. Verbosity: -1 errors alone, 0 each kind of warning once, 1 files,
 // objects and all warnings, 2 everything.
 
-// Takes over the library's two channels. Results are files that were written or left alone.
-void StartReports(int verbosity, bool showResults);
-// What reports are about from here on, and where they are counted; null: the run itself.
+// Takes over the library's two channels. With oneLineEach no results are shown (files that were written or
+// left alone), and of a scene's warnings the weightiest alone, unless verbosity asks for more.
+void StartReports(int verbosity, bool oneLineEach);
+// What reports are about from here on, and where they are counted; null: the run itself. What is still to be
+// said about the subject before is said.
 void SetReportSubject(SceneResult *subject);
 // Whether lines are added to the subject's said from here on instead of being shown.
 void KeepReports(bool keep);
 // Shows lines that were kept.
 void ShowLines(const std::string &lines);
-// Shows those kinds of warnings of a scene that the run has not shown yet, or takes them as shown elsewhere.
-// Does nothing where each warning is shown as it comes, or none is, or reports are kept. The second is about
-// the subject.
-void ShowWarnings(const SceneResult &result, bool asShown);
-void ShowWarningsSoFar(bool asShown);
+// Shows those kinds of the subject's warnings that were not shown yet, or takes them as shown elsewhere.
+void ShowWarnings();
+void MarkWarningsShown();
 // From here on reports of the library only tell that memory ran out: what it does was done before.
 void MuteLibrary(bool mute);
 void ReportError(const std::string &text);
-void ReportWarning(const std::string &text);
+void ReportWarning(const std::string &text, Weight weight = Weight::Doubt);
+// Says what is no fault and counts as no warning.
+void ReportNote(const std::string &text);
 // As ShowWarnings words it.
 std::string WarningText(const WarningKind &warning);
 void ReportResult(const std::string &text);
-void ReportWritten(const std::string &name, uintmax_t size);
-void ReportKept(const std::string &name);
+// Files of which each has its number have one line, unless verbosity asks for more.
+void ReportWritten(const std::vector<WrittenFile> &files);
+void ReportKept(const std::vector<std::string> &names);
 // That a file can't be had, and why.
 void ReportUnwritten(const std::string &name, const std::string &why);
 // Since the subject was set: memory ran out while the library worked.
@@ -84,8 +97,8 @@ void WatchMessages(void (*watcher)(const char *text));
 std::string PackResult(const SceneResult &result);
 bool UnpackResult(const std::string &bytes, SceneResult *result);
 size_t WarningCount(const SceneResult &result);
-// One line of what was done.
-std::string TotalsLine(const std::vector<SceneResult> &results, double seconds);
+// Some lines of what was done, of at most 80 columns each. hasSummary: there is one to look into.
+std::string TotalsText(const std::vector<SceneResult> &results, double seconds, bool hasSummary);
 // The same of each scene and of all, as JSON. interrupted: not all scenes of the run are among them.
 std::string SummaryText(const std::vector<SceneResult> &results, double seconds, bool interrupted);
 
@@ -95,6 +108,20 @@ std::string SummaryText(const std::vector<SceneResult> &results, double seconds,
 // then those with warnings. Links to files lead there from the page's folder.
 std::string ReportPage(const std::vector<SceneResult> &results, double seconds,
                        const std::filesystem::path &folder);
+
+// ---- losses.cpp
+
+// Why the file can't be whole; empty when it can.
+std::string CutFileText(const Mc3dsFile *scene);
+// What an output with those bits of Mc3dsOptions.flags lacks of the scene, the weightiest first.
+std::vector<std::string> FindLosses(const Mc3dsFile *scene, uint32_t flags);
+// That objects share names; empty when none do.
+std::string SharedNamesText(const Mc3dsFile *scene);
+// That objects have keys to move by and no .vue file; empty when that isn't so.
+std::string LostKeysText(const Mc3dsFile *scene);
+// What an output with those flags has, and what the scene has.
+GeometryCounts CountModel(const Mc3dsFile *scene, uint32_t flags);
+GeometryCounts CountScene(const Mc3dsFile *scene);
 
 // ---- scene_notes.cpp, name_notes.cpp: what the library passes over in silence
 
