@@ -57,7 +57,7 @@ static const NeedRow needRows[] = {
 
 static std::string Contradiction(const std::string &a, const std::string &b, const std::string &why)
 {
-    return a + " and " + b + " contradict each other: " + why;
+    return a + " can't be combined with " + b + ": " + why;
 }
 
 // With the names of files that the two options may be given.
@@ -118,6 +118,10 @@ std::string FindConflict(const HostOptions &options, const std::function<bool(co
         return Contradiction("--per-object", "--output -", "the files of the objects need names");
     if (given("--preview") && !WhyNoPreview().empty())
         return "--preview can't be had: " + WhyNoPreview();
+    if (const std::string extension = InLowerCase(PathOf(options.output).extension().string());
+        extension == ".c" && !given("--source"))
+        return InQuotes(options.output) + " would hold a script: --source writes C, or call it " +
+               InQuotes(PathOf(options.output).replace_extension(".mcx").string());
     if (options.scenes.empty())
         return "no scene is given";
     if (options.scenes.size() == 1)

@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
@@ -132,7 +135,10 @@ static std::string ReadName(const char *option, const std::string &text, bool ma
 static void AddValue(CLI::App *app, const char *names, const char *type, const char *group, const char *help,
                      const std::function<void(const std::string &)> &read)
 {
-    app->add_option_function<std::string>(names, read, help)->type_name(type)->group(group);
+    app->add_option_function<std::string>(names, read, help)
+        ->type_name(type)
+        ->group(group)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
 }
 
 static void AddFileOptions(CLI::App *app, HostOptions *options)
@@ -318,6 +324,39 @@ static void PrintHelp(const CLI::App &app)
                stdout);
 }
 
+// How many letters have to be put in, taken out or exchanged to make one word of the other.
+static size_t Distance(std::string_view a, std::string_view b)
+{
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t i = 0; i <= b.size(); ++i)
+        row[i] = i;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = std::exchange(row[0], i);
+        for (size_t at = 1; at <= b.size(); ++at) {
+            const size_t changed = diagonal + (a[i - 1] == b[at - 1] ? 0 : 1);
+            diagonal = std::exchange(row[at], std::min({row[at] + 1, row[at - 1] + 1, changed}));
+        }
+    }
+    return row.back();
+}
+
+// The option that an unknown one, the last word of the failure, was most likely meant to be; empty for none.
+static std::string NearestOption(const CLI::App &app, const CLI::ParseError &failure)
+{
+    std::string word = failure.what();
+    word.erase(0, word.find("--"));
+    word.erase(std::min(word.find_first_of("= "), word.size()));
+    std::string nearest;
+    size_t least = 3; // letters that may differ, and one
+    for (const CLI::Option *option : app.get_options())
+        for (const std::string &name : option->get_lnames())
+            if (const size_t distance = Distance(word, "--" + name); distance > 0 && distance < least) {
+                least = distance;
+                nearest = "--" + name;
+            }
+    return nearest;
+}
+
 int ParseOptions(int argc, const char *const *argv, HostOptions *options)
 {
     CLI::App app("", "3ds2mcx");
@@ -347,6 +386,8 @@ int ParseOptions(int argc, const char *const *argv, HostOptions *options)
         return exitDone;
     } catch (const CLI::ParseError &failure) {
         why = failure.what();
+        if (const std::string nearest = NearestOption(app, failure); !nearest.empty())
+            why += "; did you mean " + nearest + '?';
     }
     if (why.empty())
         return -1;

@@ -39,9 +39,9 @@ static void AddLostPlacements(const Mc3dsFile *scene, std::vector<std::string> *
         placements += object.nodeCount - 1;
     }
     if (meshes != 0)
-        losses->push_back(
-            "meshes placed by several nodes, of which only the last counts: " + std::to_string(meshes) +
-            ", which loses " + Counted(placements, "placement") + "; the first: " + first);
+        losses->push_back("meshes placed by several nodes, of which only the last counts: " +
+                          std::to_string(meshes) + "; " + Counted(placements, "placement") +
+                          (placements == 1 ? " is" : " are") + " lost; the first: " + first);
 }
 
 // For each lost material, the faces that name it and got no other.
@@ -89,13 +89,12 @@ static void AddLostMaterials(const Mc3dsFile *scene, std::vector<std::string> *l
     }
     const std::vector<uint64_t> facesOf = CountFacesOfLost(scene);
     if (bare != 0)
-        losses->push_back(std::to_string(bare) + " of " + Counted(faces, "face") +
-                          (bare == 1 ? " has no material and is" : " have no material and are") +
-                          " flat green" + MissingNames(scene, facesOf));
+        losses->push_back(std::to_string(bare) + " of " + std::to_string(faces) +
+                          " faces have no material and are flat green" + MissingNames(scene, facesOf));
     for (uint32_t i = 0; i < scene->lostMaterialCount; ++i)
         if (const Mc3dsLostMaterial &lost = scene->lostMaterials[i]; lost.fault)
-            losses->push_back(lost.fault + (": material " + InQuotes(lost.name)) +
-                              " is left out, which costs " + Counted(facesOf[i], "face"));
+            losses->push_back(lost.fault + (": material " + InQuotes(lost.name)) + " is left out; it costs " +
+                              Counted(facesOf[i], "face"));
 }
 
 std::vector<std::string> FindLosses(const Mc3dsFile *scene, uint32_t flags)

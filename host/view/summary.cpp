@@ -170,10 +170,12 @@ static std::string KindLine(const RunKind &kind, size_t width)
     scenes.insert(0, width - scenes.size(), ' ');
     std::string line = "  " + scenes + (kind.scenes == 1 ? " scene   " : " scenes  ");
     std::string what = Visible(ShortKind(kind));
-    if (what.size() > columnsMost / 2)
-        what = what.substr(0, what.find_last_of(' ', columnsMost / 2)) + " ...";
+    constexpr size_t most = 44;
+    if (what.size() > most)
+        what = what.substr(0, what.find_last_of(' ', most)) + " ...";
     line += what + " (first: ";
-    return line + Tail(Visible(kind.firstScene), columnsMost - 1 - line.size()) + ")\n";
+    const std::string scene = PathOf(kind.firstScene).filename().string();
+    return line + Tail(Visible(scene), columnsMost - 1 - line.size()) + ")\n";
 }
 
 std::string TotalsText(const std::vector<SceneResult> &results, double seconds, bool hasSummary)
