@@ -137,7 +137,7 @@ TEST_F(HostileFolderTest, ACurrentFolderThatIsGoneFailsNothingWithAbsolutePaths)
     EXPECT_EQ(two.status, 1) << two.said;
 }
 
-// Scenes enough for a run of some seconds; its process group gets the signal, or one worker.
+// The run gets the signal, or one of its workers, when some of the scenes are done.
 TEST_F(HostileFolderTest, ARunThatEndsEarlyLeavesItsSummaryAndNoTemporaryFiles)
 {
     const Bytes big = Scene({NamedObject("BIG", {Mesh({Points(std::vector<float>(3 * 20000, 1.0f))})})});
@@ -146,10 +146,12 @@ TEST_F(HostileFolderTest, ARunThatEndsEarlyLeavesItsSummaryAndNoTemporaryFiles)
         WriteFile("many/" + std::to_string(i) + ".3ds", big);
     const std::string start =
         Quoted(program.string()) + " --recursive many --output-dir out --summary s.json ";
+    const std::string begun = " & id=$!; until [ -e out/10.mcx ]; do sleep 0.01; done; ";
     for (const char *jobs : {"-j 1", "-j 2"}) {
         SCOPED_TRACE(jobs);
         fs::remove("s.json");
-        RunCommand("{ " + start + jobs + " & id=$!; sleep 0.5; kill -TERM $id; wait $id; }");
+        fs::remove_all("out");
+        RunCommand("{ " + start + jobs + begun + "kill -TERM $id; wait $id; }");
         const std::string summary = ReadFile("s.json");
         EXPECT_NE(summary.find("\"interrupted\": true"), std::string::npos);
         EXPECT_NE(summary.find("\"done\": true"), std::string::npos);
@@ -157,8 +159,9 @@ TEST_F(HostileFolderTest, ARunThatEndsEarlyLeavesItsSummaryAndNoTemporaryFiles)
             EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry.path();
     }
     fs::remove("s.json");
-    const CommandResult result = RunCommand(
-        "{ " + start + "-j 2 & id=$!; sleep 0.5; pkill -KILL -n -P $id; wait $id; echo status $?; }");
+    fs::remove_all("out");
+    const CommandResult result =
+        RunCommand("{ " + start + "-j 2" + begun + "pkill -KILL -n -P $id; wait $id; echo status $?; }");
     EXPECT_NE(result.output.find("its process was ended by a signal: Killed"), std::string::npos)
         << result.output;
     EXPECT_NE(result.output.find("status 1"), std::string::npos);
