@@ -3,6 +3,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
+tools/check-build.sh release
 tools/setup.sh build test
 cmake --preset release
 cmake --build --preset release --parallel "$(nproc)"

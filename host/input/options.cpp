@@ -276,8 +276,9 @@ static void AddReportOptions(CLI::App *app, HostOptions *options)
 {
     app->add_flag_callback(
            "-q,--quiet", [options] { options->verbosity = -1; },
-           "report errors only (default: each kind of warning once, and written files, or one line for many "
-           "scenes)")
+           "report errors only (default: warnings and written files, or one line for each of many scenes "
+           "that "
+           "lost something)")
         ->group("Reports");
     app->add_flag_function(
            "-v,--verbose", [options](int64_t count) { options->verbosity = static_cast<int>(count); },
