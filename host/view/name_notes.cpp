@@ -11,7 +11,7 @@
 // A name of the scene and where outputs have it.
 struct PlacedName {
     const char *what, *name; // as the scene has it
-    std::string text;        // as outputs have it
+    std::string_view text;   // as outputs have it
     bool inComment, inStatement, inTag;
 };
 
@@ -46,7 +46,7 @@ static bool HasAny(std::string_view name, std::string_view bytes)
 static bool BreaksOut(const PlacedName &name, bool source)
 {
     const std::string_view text = name.text;
-    const auto has = [text](std::string_view part) { return text.find(part) != std::string_view::npos; };
+    const auto has = [&text](std::string_view part) { return text.find(part) != std::string_view::npos; };
     if (has("\r") || has("\n"))
         return true;
     if (name.inTag && (has("/*") || has("("))) // swallows other lines, calls a function
@@ -73,8 +73,8 @@ static bool IsIdentifierEnd(std::string_view name)
 }
 
 // The names of the maps that a surface is written with: a reflection map stands in for a texture map.
-static void AddMapNames(const Mc3dsOptions &options, const Mc3dsMaterial &material,
-                        std::vector<PlacedName> *names)
+template <class Visit>
+static void VisitMapNames(const Mc3dsOptions &options, const Mc3dsMaterial &material, const Visit &visit)
 {
     const bool textured = material.textureMap[0] != '\0', used = options.surfaceFlags & MC3DS_TEXTURES;
     for (const char *name :
@@ -84,27 +84,26 @@ static void AddMapNames(const Mc3dsOptions &options, const Mc3dsMaterial &materi
         const std::unique_ptr<char, void (*)(void *)> text(Mc3dsMakeMapName(&options, name), std::free);
         if (!text)
             throw std::bad_alloc();
-        names->push_back({"map", name, text.get(), !used, used, false});
+        visit(PlacedName{"map", name, text.get(), !used, used, false});
     }
 }
 
 // All names that outputs have of the scene. That of the C function and those of files are no concern: the
 // first is made to fit, and a file whose name has a line break is neither read nor written.
-static std::vector<PlacedName> FindNames(const Mc3dsOptions &options, const Mc3dsFile *scene)
+template <class Visit>
+static void VisitNames(const Mc3dsOptions &options, const Mc3dsFile *scene, const Visit &visit)
 {
     const bool protos = options.flags & MC3DS_PROTOS, header = options.flags & MC3DS_HEADER;
-    std::vector<PlacedName> names;
     std::vector<bool> worn(static_cast<size_t>(scene->materialCount), false);
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         const Mc3dsObject &object = scene->objects[i];
-        names.push_back({"object", object.safeName, object.safeName, true, protos, header});
+        visit(PlacedName{"object", object.safeName, object.safeName, true, protos, header});
         for (int32_t face = 0; face < object.faceCount; ++face)
             worn[static_cast<size_t>(object.faces[face].material)] = true;
     }
     for (size_t i = 0; i < worn.size(); ++i)
         if (worn[i])
-            AddMapNames(options, scene->materials[i], &names);
-    return names;
+            VisitMapNames(options, scene->materials[i], visit);
 }
 
 // Names in the header file, which has ROOT anyway.
@@ -133,13 +132,13 @@ bool ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene, bool force
         return true;
     Fault broken = {};
     std::vector<std::string> refused;
-    for (const PlacedName &name : FindNames(options, scene)) {
+    VisitNames(options, scene, [&](const PlacedName &name) {
         const bool breaksOut = BreaksOut(name, source);
         if (breaksOut && !forceNames)
             refused.push_back(std::string(name.what) + ' ' + InQuotes(name.name));
         else
             Add(&broken, breaksOut || (name.inStatement && BreaksStatement(name, source)), name.name);
-    }
+    });
     Report(broken, source ? "names that break the C source" : "names that break the script");
     if (refused.empty())
         return true;

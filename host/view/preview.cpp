@@ -13,7 +13,8 @@
 using Model = std::unique_ptr<McClump, void (*)(McClump *)>;
 
 constexpr uint32_t stripFrames = 5;
-constexpr int stripGap = 4; // pixels between two frames
+constexpr int stripGap = 4;         // pixels between two frames
+constexpr double samplesMost = 4e7; // of a picture: some tenths of a second, twenty times an ordinary scene's
 constexpr uint8_t gapLevel = 255;
 // Light enough for thin dark parts to show, dark enough for white ones.
 constexpr uint8_t background[3] = {160, 170, 182};
@@ -301,6 +302,50 @@ static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const 
     return "its faces are too small or thin for the size of the whole, as with one part far away";
 }
 
+// How many samples the faces of a mesh are going to take, about, at the canvas's full resolution.
+static double EstimateSamples(const Canvas &canvas, const PlacedMesh &mesh)
+{
+    const double width = canvas.raster.width, height = canvas.raster.height;
+    double samples = 0.0;
+    for (size_t i = 0; i < mesh.geometry.faceCount; ++i) {
+        RasterCorner corners[3];
+        for (int at = 0; at < 3; ++at)
+            corners[at] = Project(
+                canvas, Place(mesh.geometry.points[mesh.geometry.faces[i].vertices[at] - 1], mesh.placement));
+        const auto [a, b, c] = corners;
+        const double left = std::max(0.0f, std::min({a.x, b.x, c.x}));
+        const double right = std::min(width, double{std::max({a.x, b.x, c.x})});
+        const double top = std::max(0.0f, std::min({a.y, b.y, c.y}));
+        const double bottom = std::min(height, double{std::max({a.y, b.y, c.y})});
+        if (!(left < right) || !(top < bottom))
+            continue;
+        const double area = std::abs((b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y)) / 2;
+        samples += std::min(area, (right - left) * (bottom - top)) + (bottom - top);
+    }
+    return samples;
+}
+
+// A canvas of that many pixels, or of fewer where faces that lie over each other would take too long.
+static Canvas MakeCanvas(int width, int height, const Bounds &bounds, const McClump *clump, double most)
+{
+    const auto make = [&bounds](int across, int down) {
+        Canvas canvas = {MakeRaster(across, down, background), bounds, 1.0, nullptr, {}};
+        const double size = std::max((bounds.most[0] - bounds.least[0]) / canvas.raster.width,
+                                     (bounds.most[1] - bounds.least[1]) / canvas.raster.height);
+        canvas.zoom = size > 0.0 ? 0.92 / size : 1.0; // the rest is margin
+        return canvas;
+    };
+    Canvas canvas = make(width, height);
+    double samples = 0.0;
+    for (const PlacedMesh &mesh : FindMeshes(clump))
+        samples += EstimateSamples(canvas, mesh);
+    if (samples <= most)
+        return canvas;
+    const double shrink = std::sqrt(most / samples);
+    return make(std::max(1, static_cast<int>(width * shrink)),
+                std::max(1, static_cast<int>(height * shrink)));
+}
+
 // Frame by frame from left to right. Returns how many samples were painted; model is left with the last
 // frame.
 static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
@@ -311,19 +356,22 @@ static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     const int width = (picture->width - stripGap * (count - 1)) / count, height = picture->height;
     const size_t stride = static_cast<size_t>(picture->width) * 3;
     uint64_t painted = 0;
+    bool isCoarse = false;
     for (size_t i = 0; i < frames.size(); ++i) {
         if (frames.size() > 1) {
             model->reset();
             *model = BuildFrame(scene, asked, frames[i]);
         }
-        Canvas canvas = {MakeRaster(width, height, background), bounds, 1.0, nullptr, {}};
-        const double size = std::max((bounds.most[0] - bounds.least[0]) / canvas.raster.width,
-                                     (bounds.most[1] - bounds.least[1]) / canvas.raster.height);
-        canvas.zoom = size > 0.0 ? 0.92 / size : 1.0; // the rest is margin
+        Canvas canvas = MakeCanvas(width, height, bounds, model->get(), samplesMost / count);
         DrawModel(&canvas, model->get());
-        ReduceRaster(&canvas.raster, &picture->rgb[static_cast<size_t>(width + stripGap) * 3 * i], stride);
+        ReduceRaster(&canvas.raster, &picture->rgb[static_cast<size_t>(width + stripGap) * 3 * i], width,
+                     height, stride);
         painted += canvas.raster.painted;
+        isCoarse = isCoarse || canvas.raster.width < 2 * width;
     }
+    if (isCoarse)
+        ReportNote(
+            "the picture is coarse: so many faces lie over each other that a sharp one would take too long");
     return painted;
 }
 

@@ -121,16 +121,20 @@ void DrawLine(Raster *raster, const RasterCorner &from, const RasterCorner &to, 
     }
 }
 
-void ReduceRaster(const Raster *raster, uint8_t *picture, size_t stride)
+void ReduceRaster(const Raster *raster, uint8_t *picture, int width, int height, size_t stride)
 {
     const size_t rowSize = static_cast<size_t>(raster->width) * 3;
-    for (size_t y = 0; y < static_cast<size_t>(raster->height) / 2; ++y) {
-        const uint8_t *upper = &raster->rgb[2 * y * rowSize], *lower = upper + rowSize;
-        for (size_t x = 0; x < static_cast<size_t>(raster->width) / 2; ++x)
+    for (int y = 0; y < height; ++y) {
+        const auto row = static_cast<size_t>(int64_t{raster->height} / 2 * y / height);
+        const uint8_t *upper = &raster->rgb[2 * row * rowSize], *lower = upper + rowSize;
+        for (int x = 0; x < width; ++x) {
+            const auto column = static_cast<size_t>(int64_t{raster->width} / 2 * x / width);
             for (size_t i = 0; i < 3; ++i) {
-                const size_t at = x * 6 + i;
+                const size_t at = column * 6 + i;
                 const int sum = upper[at] + upper[at + 3] + lower[at] + lower[at + 3];
-                picture[y * stride + x * 3 + i] = static_cast<uint8_t>((sum + 2) / 4);
+                picture[static_cast<size_t>(y) * stride + static_cast<size_t>(x) * 3 + i] =
+                    static_cast<uint8_t>((sum + 2) / 4);
             }
+        }
     }
 }

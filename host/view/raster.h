@@ -33,7 +33,8 @@ void DrawTriangle(Raster *raster, const RasterCorner corners[3], const RasterCol
 // A line one pixel wide, a little nearer than it says, so that it shows on the faces that it borders.
 void DrawLine(Raster *raster, const RasterCorner &from, const RasterCorner &to, const RasterColour &colour);
 
-// Brings the raster's pixels, three bytes each, into a picture whose rows are stride bytes long.
-void ReduceRaster(const Raster *raster, uint8_t *picture, size_t stride);
+// Brings the raster's pixels, three bytes each, into a picture whose rows are stride bytes long. One of more
+// pixels than the raster has gets some of them several times.
+void ReduceRaster(const Raster *raster, uint8_t *picture, int width, int height, size_t stride);
 
 #endif
