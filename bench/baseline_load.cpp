@@ -102,7 +102,7 @@ static void GetGroup(Reader *reader, Mc3dsObject *object)
         object->faces[faces[i]].material = material;
     }
     object->groups = Grow(object->groups, object->groupCount + 1);
-    object->groups[object->groupCount++] = {material, count, faces};
+    object->groups[object->groupCount++] = {material, count, faces, 0};
 }
 
 static void AddObject(Reader *reader)
