@@ -1,34 +1,44 @@
 #!/bin/sh
-# Counts the instructions that a load and a conversion of a scene of 10 MB take, by valgrind's callgrind. The
-# counts don't waver with other work on a machine; they depend on compiler and C library (Debian 12, gcc).
+# Counts the instructions that a load and a conversion of a scene of 10 MB take, and the same conversion by the
+# program 3ds2mcx, by valgrind's callgrind. The counts don't waver with other work on a machine; they depend on
+# compiler and C library (Debian 12, gcc).
 #   instructions.sh BUILD            prints the counts beside the recorded ones
 #   instructions.sh BUILD --check    fails when one has grown by more than a tenth
 #   instructions.sh BUILD --record   records them, and those of the plain way to compare with
 set -eu
 here=$(dirname "$0")
-program=${1:?the folder of an optimised build}/bench/mc3ds_measure
+folder=${1:?the folder of an optimised build}
 mode=${2:-}
 recorded=$here/instructions.txt
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 
-# Arguments of the program; its usage message costs what its start costs.
-count()
+# A program and its arguments.
+count_of()
 {
-    valgrind --tool=callgrind --callgrind-out-file=/dev/null "$program" "$@" 2>&1 >/dev/null |
+    valgrind --tool=callgrind --callgrind-out-file=/dev/null "$@" 2>&1 >/dev/null |
         sed -n 's/.*Collected : \([0-9]*\).*/\1/p'
 }
 
+# The usage message of mc3ds_measure costs what its start costs.
+count()
+{
+    case $1 in
+    program) count_of "$folder/host/3ds2mcx" -q -o "$work/out" "$work/scene.3DS" ;;
+    *) echo $(($(count_of "$folder/bench/mc3ds_measure" 0 "$work/out" "$1" "$work/scene.3DS") - start)) ;;
+    esac
+}
+
 python3 -B "$here/make_scene.py" "$work/scene.3DS" 340 1000 1000 --nodes
-start=$(count)
-actions="load convert"
+start=$(count_of "$folder/bench/mc3ds_measure")
+actions="load convert program"
 if [ "$mode" = --record ]; then
-    actions="load base-load convert base-convert"
+    actions="load base-load convert base-convert program"
     : >"$recorded"
 fi
 status=0
 for action in $actions; do
-    now=$(($(count 0 "$work/out" "$action" "$work/scene.3DS") - start))
+    now=$(count "$action")
     if [ "$mode" = --record ]; then
         echo "$action $now" | tee -a "$recorded"
         continue

@@ -49,8 +49,9 @@ inline std::filesystem::path PathOf(const std::string &text)
 }
 // The path of the .vue file that the library looks for; empty when the scene's path is too short for one.
 std::string VuePath(const std::string &scenePath);
-// A text that is the same for two paths if they name one file. The file need not exist.
-std::string PathKey(const std::filesystem::path &path);
+// A text that is the same for two paths if they name one file. The file need not exist. folders keeps the
+// keys of folders from one call to the next.
+std::string PathKey(const std::filesystem::path &path, std::map<std::string, std::string> *folders);
 // What the files beside path are called that have one of the names, by the name: just so, or else with
 // letters in another case.
 std::map<std::string, std::string> FindBeside(const std::filesystem::path &path,
@@ -78,6 +79,8 @@ std::string RandomText();
 // Makes a folder that its owner alone can enter, whose name is that beginning and some random letters.
 // Returns its path, or an empty one with the reason.
 std::filesystem::path MakeOwnFolder(const std::filesystem::path &beginning, std::string *why);
+// False when there is something in it.
+bool RemoveEmptyFolder(const std::filesystem::path &folder);
 // Whether RunInProcesses makes processes; it works one by one otherwise.
 bool CanSplitProcesses();
 // Calls work for the indices below count in atOnce processes, which live until all is done, and finished with

@@ -9,12 +9,28 @@ std::string VuePath(const std::string &scenePath)
     return scenePath.size() < 3 ? "" : scenePath.substr(0, scenePath.size() - 3) + "vue";
 }
 
-std::string PathKey(const fs::path &path)
+static std::string Canonical(const fs::path &path)
 {
     std::error_code failure;
     fs::path absolute = fs::absolute(path, failure);
     absolute = fs::weakly_canonical(absolute, failure);
-    const std::string key = (failure ? path.lexically_normal() : absolute).string();
+    return (failure ? path.lexically_normal() : absolute).string();
+}
+
+std::string PathKey(const fs::path &path, std::map<std::string, std::string> *folders)
+{
+    std::error_code failure;
+    std::string key;
+    if (!path.has_filename() || path.filename() == "." || path.filename() == ".." ||
+        fs::is_symlink(fs::symlink_status(path, failure))) {
+        key = Canonical(path);
+    } else {
+        const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+        const auto [known, isNew] = folders->try_emplace(folder.string());
+        if (isNew)
+            known->second = Canonical(folder);
+        key = (PathOf(known->second) / path.filename()).string();
+    }
 #if defined(_WIN32)
     return InLowerCase(key);
 #else

@@ -83,6 +83,12 @@ fs::path MakeOwnFolder(const fs::path &beginning, std::string *why)
     return {};
 }
 
+bool RemoveEmptyFolder(const fs::path &folder)
+{
+    std::error_code failure;
+    return fs::remove(folder, failure);
+}
+
 bool CanSplitProcesses()
 {
     return false;
@@ -117,6 +123,7 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/mman.h>
 #if defined(__linux__)
 #include <sys/prctl.h>
 #endif
@@ -126,10 +133,20 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
 // A process that works for this one until there is nothing left to do.
 struct Worker {
     pid_t id;
-    int orders, answers; // pipes: indices to it, a length and as many bytes from it
-    bool isBusy;
-    size_t index; // what it is busy with, or was last
-    std::string answer;
+    int answers;       // a pipe: AnswerHead and as many bytes, again and again
+    size_t place;      // its own among those in TaskList
+    std::string bytes; // that were read from the pipe
+};
+
+struct AnswerHead {
+    size_t index, size;
+};
+
+// What workers share with the process that started them.
+struct TaskList {
+    std::atomic<size_t> next; // the first index that nobody has taken
+    size_t count;
+    std::atomic<size_t> busyWith[1]; // for each worker: the index that it works at; count: none
 };
 
 // Held while workers are started, reaped and interrupted, so that no signal goes to a stranger.
@@ -181,6 +198,11 @@ fs::path MakeOwnFolder(const fs::path &beginning, std::string *why)
         return name;
     *why = std::strerror(errno);
     return {};
+}
+
+bool RemoveEmptyFolder(const fs::path &folder)
+{
+    return rmdir(folder.c_str()) == 0;
 }
 
 bool CanSplitProcesses()
@@ -245,10 +267,10 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
     pthread_attr_destroy(&attributes);
 }
 
-static bool WriteFully(int pipe, const void *bytes, size_t size)
+static bool WriteFully(int pipe, const std::string &bytes)
 {
-    const char *from = static_cast<const char *>(bytes);
-    while (size > 0) {
+    const char *from = bytes.data();
+    for (size_t size = bytes.size(); size > 0;) {
         const ssize_t length = write(pipe, from, size);
         if (length <= 0)
             return false;
@@ -258,21 +280,23 @@ static bool WriteFully(int pipe, const void *bytes, size_t size)
     return true;
 }
 
-// The orders end when the parent has no more, and when it has died.
-static bool DoOrders(int orders, int answers, const std::function<std::string(size_t)> &work)
+static bool DoTasks(TaskList *tasks, const Worker &self, const std::function<std::string(size_t)> &work)
 {
-    size_t index = 0;
-    while (read(orders, &index, sizeof index) == ssize_t{sizeof index}) {
+    for (size_t index; (index = tasks->next++) < tasks->count;) {
+        tasks->busyWith[self.place] = index;
         const std::string answer = work(index);
-        const size_t size = answer.size();
-        if (!WriteFully(answers, &size, sizeof size) || !WriteFully(answers, answer.data(), size))
+        const AnswerHead head = {index, answer.size()};
+        if (!WriteFully(self.answers,
+                        std::string(reinterpret_cast<const char *>(&head), sizeof head) + answer))
             return false;
+        tasks->busyWith[self.place] = tasks->count;
     }
     return true;
 }
 
 // A process has the threads of its own alone, and leaves without what its parent planned to do at the end.
-[[noreturn]] static void WorkAsChild(int orders, int answers, const std::function<std::string(size_t)> &work)
+[[noreturn]] static void WorkAsChild(TaskList *tasks, const Worker &self,
+                                     const std::function<std::string(size_t)> &work)
 {
 #if defined(__linux__)
     prctl(PR_SET_PDEATHSIG, SIGTERM); // a parent that was killed has no time to tell
@@ -283,7 +307,7 @@ static bool DoOrders(int orders, int answers, const std::function<std::string(si
     CleanUpWhenInterrupted(cleanUp);
     bool done = false;
     try {
-        done = DoOrders(orders, answers, work);
+        done = DoTasks(tasks, self, work);
     } catch (const std::exception &) { // the parent tells that there is no answer
     }
     cleanUp();
@@ -292,68 +316,63 @@ static bool DoOrders(int orders, int answers, const std::function<std::string(si
 }
 
 // Empty when a worker runs, else the reason why it doesn't.
-static std::string StartWorker(const std::function<std::string(size_t)> &work)
+static std::string StartWorker(TaskList *tasks, size_t place, const std::function<std::string(size_t)> &work)
 {
-    int orders[2], answers[2];
-    if (pipe(orders) != 0)
+    int answers[2];
+    if (pipe(answers) != 0)
         return std::strerror(errno);
-    if (pipe(answers) != 0) {
-        const int reason = errno;
-        close(orders[0]);
-        close(orders[1]);
-        return std::strerror(reason);
-    }
     std::fflush(nullptr); // what waits to be written would be written twice
     std::unique_lock lock(workersMutex);
+    tasks->busyWith[place] = tasks->count;
     const pid_t id = fork();
     const int reason = errno;
     if (id == 0) {
-        for (const Worker &other : workers) { // they would not see the end of their orders
-            close(other.orders);
+        for (const Worker &other : workers)
             close(other.answers);
-        }
         workers.clear();
         lock.unlock();
-        close(orders[1]);
         close(answers[0]);
-        WorkAsChild(orders[0], answers[1], work);
+        WorkAsChild(tasks, {0, answers[1], place, ""}, work);
     }
-    close(orders[0]);
     close(answers[1]);
     if (id > 0) {
-        workers.push_back({id, orders[1], answers[0], false, 0, ""});
+        workers.push_back({id, answers[0], place, ""});
         return "";
     }
-    close(orders[1]);
     close(answers[0]);
     return std::strerror(reason);
 }
 
 // Takes what the worker has to say. False when it says nothing any more.
-static bool ReadAnswer(Worker *worker)
+static bool ReadAnswers(Worker *worker)
 {
     char block[65536];
     const ssize_t length = read(worker->answers, block, sizeof block);
     if (length > 0)
-        worker->answer.append(block, static_cast<size_t>(length));
+        worker->bytes.append(block, static_cast<size_t>(length));
     return length > 0 || (length < 0 && (errno == EINTR || errno == EAGAIN));
 }
 
-static bool AnswerIsWhole(const Worker &worker)
+using Finished = std::function<void(size_t, const std::string &answer, const std::string &failure)>;
+
+// Hands on the answers that have come whole.
+static void TakeAnswers(Worker *worker, const Finished &finished)
 {
-    size_t size = 0;
-    if (worker.answer.size() < sizeof size)
-        return false;
-    std::memcpy(&size, worker.answer.data(), sizeof size);
-    return worker.answer.size() >= sizeof size + size;
+    AnswerHead head;
+    size_t at = 0;
+    for (; worker->bytes.size() - at >= sizeof head; at += sizeof head + head.size) {
+        std::memcpy(&head, worker->bytes.data() + at, sizeof head);
+        if (worker->bytes.size() - at - sizeof head < head.size)
+            break;
+        finished(head.index, worker->bytes.substr(at + sizeof head, head.size), "");
+    }
+    worker->bytes.erase(0, at);
 }
 
-// Why a worker ended before its time.
+// Why a worker ended.
 static std::string Reap(const Worker &worker)
 {
     int status = 0;
-    if (worker.orders >= 0)
-        close(worker.orders);
     close(worker.answers);
     if (waitpid(worker.id, &status, 0) != worker.id)
         return "its process is lost";
@@ -362,77 +381,64 @@ static std::string Reap(const Worker &worker)
     return "its process failed";
 }
 
-static void EndWorker(size_t number, std::string *failure)
+static Worker EndWorker(size_t number, std::string *failure)
 {
     const std::lock_guard lock(workersMutex);
     const Worker ended = workers[number];
     workers.erase(workers.begin() + static_cast<ptrdiff_t>(number));
     *failure = Reap(ended);
+    return ended;
 }
 
-// Gives an idle worker, a new one if need be, the next index. Why there is none.
-static std::string GiveOrder(size_t index, size_t atOnce, const std::function<std::string(size_t)> &work)
+// Sleeps until a worker has something to say, and a little longer: of what several say it is woken once.
+static std::vector<pollfd> WaitForAnswers()
 {
-    const auto isIdle = [](const Worker &worker) { return !worker.isBusy; };
-    auto idle = std::find_if(workers.begin(), workers.end(), isIdle);
-    if (idle == workers.end() && workers.size() < atOnce) {
-        const std::string why = StartWorker(work);
-        if (!why.empty())
-            return why;
-        idle = workers.end() - 1;
-    }
-    if (idle == workers.end())
-        return "all are busy";
-    idle->isBusy = true;
-    idle->index = index;
-    idle->answer.clear();
-    WriteFully(idle->orders, &index, sizeof index); // one that has died shows when its answer is read
-    return "";
+    std::vector<pollfd> pipes;
+    for (const Worker &worker : workers)
+        pipes.push_back({worker.answers, POLLIN, 0});
+    poll(pipes.data(), pipes.size(), -1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    poll(pipes.data(), pipes.size(), 0);
+    return pipes;
+}
+
+static TaskList *MakeTaskList(size_t count, size_t workerCount)
+{
+    const size_t size = sizeof(TaskList) + workerCount * sizeof(std::atomic<size_t>);
+    void *memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        throw std::bad_alloc();
+    auto *tasks = new (memory) TaskList();
+    tasks->count = count;
+    return tasks;
 }
 
 void RunInProcesses(size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
-                    const std::function<void(size_t, const std::string &, const std::string &)> &finished)
+                    const Finished &finished)
 {
-    size_t next = 0, busy = 0;
-    while (next < count || busy > 0) {
-        while (next < count && busy < atOnce) {
-            const std::string why = GiveOrder(next, atOnce, work);
-            if (!why.empty() && busy > 0)
-                break; // for want of room; there will be some when another one is done
-            if (!why.empty())
-                finished(next, "", "no process can be started: " + why);
-            busy += why.empty();
-            ++next;
-        }
-        std::vector<pollfd> pipes;
-        for (const Worker &worker : workers)
-            pipes.push_back({worker.answers, POLLIN, 0});
-        if (pipes.empty() || poll(pipes.data(), pipes.size(), -1) < 0)
-            continue;
+    TaskList *const tasks = MakeTaskList(count, atOnce);
+    std::string why;
+    for (size_t i = 0; i < std::min(atOnce, count) && (why = StartWorker(tasks, i, work)).empty(); ++i) {
+    }
+    while (!workers.empty()) {
+        const std::vector<pollfd> pipes = WaitForAnswers();
         for (size_t i = pipes.size(); i-- > 0;) {
-            if (pipes[i].revents == 0)
+            if (pipes[i].revents == 0 || ReadAnswers(&workers[i])) {
+                TakeAnswers(&workers[i], finished);
                 continue;
-            const bool goesOn = ReadAnswer(&workers[i]);
-            const bool isWhole = AnswerIsWhole(workers[i]), wasBusy = workers[i].isBusy;
-            if (goesOn && !isWhole)
-                continue;
-            const size_t index = workers[i].index;
-            const std::string answer = isWhole ? workers[i].answer.substr(sizeof(size_t)) : "";
+            }
             std::string failure;
-            workers[i].isBusy = false;
-            workers[i].answer.clear();
-            if (!goesOn)
-                EndWorker(i, &failure);
-            busy -= wasBusy;
-            if (wasBusy)
-                finished(index, answer, isWhole ? "" : failure);
+            const Worker ended = EndWorker(i, &failure);
+            const size_t index = tasks->busyWith[ended.place];
+            if (index < count)
+                finished(index, "", failure);
+            if (index < count && tasks->next < count)
+                why = StartWorker(tasks, ended.place, work);
         }
     }
-    for (std::string ignored; !workers.empty();) {
-        close(workers.back().orders);
-        workers.back().orders = -1;
-        EndWorker(workers.size() - 1, &ignored);
-    }
+    for (size_t index; (index = tasks->next++) < count;)
+        finished(index, "", "no process can be started: " + why);
+    munmap(static_cast<void *>(tasks), sizeof(TaskList) + atOnce * sizeof(std::atomic<size_t>));
 }
 
 #endif

@@ -7,11 +7,13 @@
 
 namespace fs = std::filesystem;
 
-// A name under /dev may lead to anything that the shell has opened, a regular file included.
+// A name under /dev may lead to anything that the shell has opened, a regular file included. /dev/shm is a
+// folder like others.
 static bool IsWrittenInPlace(const fs::path &path, const fs::file_status &status)
 {
+    const std::string name = path.lexically_normal().string();
     return fs::exists(status) &&
-           (!fs::is_regular_file(status) || path.lexically_normal().string().starts_with("/dev/"));
+           (!fs::is_regular_file(status) || (name.starts_with("/dev/") && !name.starts_with("/dev/shm/")));
 }
 
 static bool SameFile(const fs::path &a, const fs::path &b)

@@ -35,6 +35,8 @@ void RemovePrivateFolders()
         return;
     for (const fs::path &folder : folders) {
         std::error_code ignored;
+        if (RemoveEmptyFolder(folder)) // most are, and a walk would cost as much as a small conversion
+            continue;
         fs::remove_all(folder, ignored);
         // After an interrupt the library may add one more file while the folder is being emptied.
         for (int attempt = 0; attempt < 20 && fs::exists(folder, ignored); ++attempt) {

@@ -73,9 +73,9 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
         batch.hasSummary = false;
         MarkPrivateFolders(run + std::to_string(index) + '-');
         KeepReports(true);
-        const SceneResult result = ConvertScene(options, jobs[index], true);
+        SceneResult result = ConvertScene(options, jobs[index], true);
         KeepReports(false);
-        return PackResult(result);
+        return PackResult(&result);
     };
     const auto finished = [&](size_t index, const std::string &answer, const std::string &failure) {
         SceneResult result;

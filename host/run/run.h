@@ -9,6 +9,12 @@
 // False, with its report, when two scenes would write one file, or one would write over another.
 bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs);
 
+// ---- packed_result.cpp
+
+// Bytes that UnpackResult makes the same result of. False for other bytes.
+std::string PackResult(SceneResult *result);
+bool UnpackResult(const std::string &bytes, SceneResult *result);
+
 // ---- progress.cpp: a line at the bottom of the terminal
 
 // Scenes and bytes of the whole run. Without this call nothing is shown.

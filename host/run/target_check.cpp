@@ -10,11 +10,19 @@ namespace fs = std::filesystem;
 struct Claim {
     std::string file, scene; // as they are shown
 };
-using Claims = std::map<std::string, Claim>; // by PathKey
+struct Claims {
+    std::map<std::string, Claim> byKey;
+    std::map<std::string, std::string> folders; // of PathKey
+};
+
+static std::string KeyOf(Claims *claims, const std::string &file)
+{
+    return PathKey(PathOf(file), &claims->folders);
+}
 
 static bool AddClaim(Claims *claims, const std::string &file, const std::string &scene)
 {
-    const auto [known, isNew] = claims->try_emplace(PathKey(PathOf(file)), Claim{file, scene});
+    const auto [known, isNew] = claims->byKey.try_emplace(KeyOf(claims, file), Claim{file, scene});
     if (isNew || known->second.scene == scene)
         return true;
     ReportError(InQuotes(known->second.scene) + " and " + InQuotes(scene) + " would both write " +
@@ -47,7 +55,7 @@ static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<Sc
         const fs::path first = PathOf(ObjectFileName(OptionsFor(options, jobs[i]), jobs[i].scene, 0));
         if (!AddClaim(claims, first.string(), jobs[i].scene))
             return false;
-        std::string base = PathKey(first.parent_path() / first.stem());
+        std::string base = KeyOf(claims, (first.parent_path() / first.stem()).string());
         base.pop_back(); // the 0
         owners.emplace(base, i);
     }
@@ -72,29 +80,28 @@ static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<Sc
 }
 
 // The same for the files about the run.
-static bool ReportsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs,
-                            const Claims &claims)
+static bool ReportsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs, Claims *claims)
 {
     const std::pair<const char *, std::string> files[] = {{"the summary", options.summaryFile},
                                                           {"the report", options.reportFile}};
     for (const auto &[what, file] : files) {
-        const std::string key = PathKey(PathOf(file));
+        const std::string key = KeyOf(claims, file);
         if (file.empty())
             continue;
         for (const SceneJob &job : jobs)
             for (const std::string &input : {job.scene, VuePath(job.scene)})
-                if (PathKey(PathOf(input)) == key) {
+                if (KeyOf(claims, input) == key) {
                     ReportError(std::string(what) + " would take the place of " + InQuotes(input) +
                                 "; nothing is done");
                     return false;
                 }
-        if (const auto claim = claims.find(key); claim != claims.end()) {
+        if (const auto claim = claims->byKey.find(key); claim != claims->byKey.end()) {
             ReportError(std::string(what) + " and the output of " + InQuotes(claim->second.scene) +
                         " would both be " + InQuotes(file) + "; nothing is done");
             return false;
         }
     }
-    if (!files[0].second.empty() && PathKey(PathOf(files[0].second)) == PathKey(PathOf(files[1].second))) {
+    if (!files[0].second.empty() && KeyOf(claims, files[0].second) == KeyOf(claims, files[1].second)) {
         ReportError("the summary and the report would both be " + InQuotes(files[1].second) +
                     "; nothing is done");
         return false;
@@ -111,11 +118,12 @@ bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jo
         for (const NamedTarget &target : TargetNames(OptionsFor(options, job), job.scene))
             if (target.name != standardOutputName && !AddClaim(&claims, target.name, job.scene))
                 return false;
-    // With one scene whatever it writes over is found when its files are planned.
     for (const SceneJob &job : jobs) {
+        if (jobs.size() == 1) // whatever it writes over is found when its files are planned
+            break;
         for (const std::string &input : {job.scene, VuePath(job.scene)}) {
-            const auto claim = claims.find(PathKey(PathOf(input)));
-            if (jobs.size() > 1 && !input.empty() && claim != claims.end()) {
+            const auto claim = claims.byKey.find(KeyOf(&claims, input));
+            if (!input.empty() && claim != claims.byKey.end()) {
                 ReportError(InQuotes(claim->second.scene) + " would be written to " +
                             InQuotes(claim->second.file) + ", a file of the scene " + InQuotes(job.scene) +
                             "; nothing is done");
@@ -123,5 +131,5 @@ bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jo
             }
         }
     }
-    return ReportsAreApart(options, jobs, claims);
+    return ReportsAreApart(options, jobs, &claims);
 }

@@ -19,31 +19,35 @@ const char *ShadingName(int32_t shading)
 // circle never comes.
 std::vector<TreeRow> FindTree(const Mc3dsFile *scene, std::vector<uint32_t> *unreached)
 {
-    constexpr size_t nodeNumbers = 0x8000; // outputs compare parent numbers as signed ones
-    std::vector<std::vector<uint32_t>> children(nodeNumbers);
-    std::vector<uint32_t> roots;
-    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+    const uint32_t none = scene->objectCount;
+    const uint32_t nodes =
+        std::min(scene->nodeCounter, 0x8000u); // outputs compare parent numbers as signed ones
+    std::vector<uint32_t> firstChild(nodes, none), nextSibling(scene->objectCount, none);
+    uint32_t firstRoot = none;
+    for (uint32_t i = scene->objectCount; i-- > 0;) {
         const uint16_t parent = scene->objects[i].parentNode;
-        if (parent == 0xFFFF)
-            roots.push_back(i);
-        else if (parent < nodeNumbers)
-            children[parent].push_back(i);
+        if (parent != 0xFFFF && parent >= nodes)
+            continue;
+        uint32_t *first = parent == 0xFFFF ? &firstRoot : &firstChild[parent];
+        nextSibling[i] = *first;
+        *first = i;
     }
     std::vector<TreeRow> tree, waiting;
-    const auto wait = [&waiting](const std::vector<uint32_t> &objects, uint32_t depth) {
-        for (size_t i = objects.size(); i-- > 0;)
-            waiting.push_back({objects[i], depth, i + 1 == objects.size()});
-    };
     std::vector<bool> reached(scene->objectCount);
-    wait(roots, 0);
+    const auto wait = [&](uint32_t object, uint32_t depth) {
+        if (object != none)
+            waiting.push_back({object, depth, nextSibling[object] == none});
+    };
+    wait(firstRoot, 0);
     while (!waiting.empty()) {
         const TreeRow row = waiting.back();
         waiting.pop_back();
         tree.push_back(row);
         reached[row.object] = true;
-        const int32_t node = scene->objects[row.object].nodeId;
-        if (node >= 0 && static_cast<size_t>(node) < nodeNumbers)
-            wait(children[static_cast<size_t>(node)], row.depth + 1);
+        wait(nextSibling[row.object], row.depth);
+        const auto node = static_cast<uint32_t>(scene->objects[row.object].nodeId); // -1 is above all
+        if (node < nodes)
+            wait(firstChild[node], row.depth + 1);
     }
     for (uint32_t i = 0; i < scene->objectCount; ++i)
         if (!reached[i])

@@ -150,6 +150,7 @@ std::vector<std::string> FindAllLosses(const Mc3dsFile *scene)
     return losses;
 }
 
+// Faces that name vertices which aren't there are not written.
 static void AddCounts(const Mc3dsObject &object, GeometryCounts *counts)
 {
     const auto limit = static_cast<uint32_t>(object.vertexCount);
@@ -158,13 +159,19 @@ static void AddCounts(const Mc3dsObject &object, GeometryCounts *counts)
     };
     ++counts->objects;
     counts->vertices += limit;
+    bool allAreSound = true;
+    for (int32_t i = 0; i < object.faceCount; ++i) {
+        const Mc3dsFace &face = object.faces[i];
+        allAreSound = allAreSound && isSound(face);
+        counts->triangles += face.material == 0 && isSound(face);
+    }
     for (uint32_t i = 0; i < object.groupCount; ++i) {
         const Mc3dsMaterialGroup &group = object.groups[i];
-        for (uint32_t at = 0; group.material != 0 && at < group.count; ++at)
+        if (group.material != 0 && allAreSound)
+            counts->triangles += group.count;
+        for (uint32_t at = 0; group.material != 0 && !allAreSound && at < group.count; ++at)
             counts->triangles += isSound(object.faces[group.faces[at]]);
     }
-    for (int32_t i = 0; i < object.faceCount; ++i)
-        counts->triangles += object.faces[i].material == 0 && isSound(object.faces[i]);
 }
 
 GeometryCounts CountModel(const Mc3dsFile *scene, uint32_t flags)

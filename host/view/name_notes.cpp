@@ -98,8 +98,8 @@ static void VisitNames(const Mc3dsOptions &options, const Mc3dsFile *scene, cons
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         const Mc3dsObject &object = scene->objects[i];
         visit(PlacedName{"object", object.safeName, object.safeName, true, protos, header});
-        for (int32_t face = 0; face < object.faceCount; ++face)
-            worn[static_cast<size_t>(object.faces[face].material)] = true;
+        for (uint32_t group = 0; group < object.groupCount; ++group)
+            worn[static_cast<size_t>(object.groups[group].material)] = true;
     }
     for (size_t i = 0; i < worn.size(); ++i)
         if (worn[i])

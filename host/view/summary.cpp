@@ -31,46 +31,6 @@ static Json ToJson(const SceneResult &result)
             {"notes", result.notes}};
 }
 
-// A binary form takes text as it is, where JSON asks for UTF-8.
-std::string PackResult(const SceneResult &result)
-{
-    Json json = ToJson(result);
-    json["said"] = result.said;
-    json["picture"] = result.picture;
-    json["missingTextures"] = result.missingTextures;
-    std::string bytes;
-    Json::to_msgpack(json, bytes);
-    return bytes;
-}
-
-bool UnpackResult(const std::string &bytes, SceneResult *result)
-try {
-    const Json json = Json::from_msgpack(bytes);
-    json.at("scene").get_to(result->scene);
-    json.at("done").get_to(result->done);
-    json.at("error").get_to(result->error);
-    json.at("bytes").get_to(result->bytes);
-    json.at("objects").get_to(result->model.objects);
-    json.at("vertices").get_to(result->model.vertices);
-    json.at("triangles").get_to(result->model.triangles);
-    json.at("sceneObjects").get_to(result->read.objects);
-    json.at("sceneVertices").get_to(result->read.vertices);
-    json.at("sceneTriangles").get_to(result->read.triangles);
-    json.at("notes").get_to(result->notes);
-    json.at("seconds").get_to(result->seconds);
-    json.at("kept").get_to(result->kept);
-    json.at("said").get_to(result->said);
-    json.at("picture").get_to(result->picture);
-    json.at("missingTextures").get_to(result->missingTextures);
-    for (const Json &file : json.at("written"))
-        result->written.push_back({file.at("file"), file.at("bytes")});
-    for (const Json &warning : json.at("warnings"))
-        result->warnings.push_back({warning.at("kind"), warning.at("first"), warning.at("count")});
-    return true;
-} catch (const Json::exception &) {
-    return false;
-}
-
 size_t WarningCount(const SceneResult &result)
 {
     size_t count = 0;

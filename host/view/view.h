@@ -93,9 +93,6 @@ void WatchMessages(void (*watcher)(const char *text));
 
 // ---- summary.cpp
 
-// Between processes: bytes that UnpackResult makes the same result of. False for other bytes.
-std::string PackResult(const SceneResult &result);
-bool UnpackResult(const std::string &bytes, SceneResult *result);
 size_t WarningCount(const SceneResult &result);
 // Some lines of what was done, of at most 80 columns each. hasSummary: there is one to look into.
 std::string TotalsText(const std::vector<SceneResult> &results, double seconds, bool hasSummary);

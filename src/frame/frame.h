@@ -90,7 +90,8 @@ struct Mc3dsMaterial {
 // A material that faces name and can't get.
 struct Mc3dsLostMaterial {
     char name[20];
-    const char *fault; // the report with which it was left out; null: the file had none of that name until then
+    const char
+        *fault; // the report with which it was left out; null: the file had none of that name until then
 };
 
 struct Mc3dsLoad;
@@ -109,7 +110,7 @@ struct Mc3dsFile {
     uint32_t nodeCounter;
     float ambient[3];
     uint32_t hasAnimation;
-    Mc3dsLoad *load;   // owned; null once the load has ended
+    Mc3dsLoad *load;                  // owned; null once the load has ended
     Mc3dsLostMaterial *lostMaterials; // valid only while their count isn't 0
     uint32_t lostMaterialCount;
     uint64_t fileSize; // bytes of the scene's file when it was opened

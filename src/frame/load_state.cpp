@@ -58,8 +58,8 @@ uint32_t Mc3dsLoseMaterial(Mc3dsFile *file, const char name[20], const char *fau
         Mc3dsFindName(&file->load->lostNames, file->lostMaterials, sizeof *file->lostMaterials, count, name);
     if (known < count)
         return known;
-    void *grown =
-        Mc3dsResize(count != 0 ? file->lostMaterials : nullptr, uint64_t{count} + 1, sizeof(Mc3dsLostMaterial));
+    void *grown = Mc3dsResize(count != 0 ? file->lostMaterials : nullptr, uint64_t{count} + 1,
+                              sizeof(Mc3dsLostMaterial));
     if (!grown)
         return count;
     file->lostMaterials = static_cast<Mc3dsLostMaterial *>(grown);
