@@ -50,7 +50,6 @@ static const Row rows[] = {
     {"two.3ds -o x --output-dir dir", 2, "--output can't be combined with --output-dir"},
     {"two.3ds -o - --header", 2, "--header can't be combined with --output -"},
     {"two.3ds --info --source", 2, "--info can't be combined with --source"},
-    {"two.3ds --direct -j 2", 2, "--direct can't be combined with --jobs"},
     {"two.3ds --json", 2, "--json needs --info"},
     {"two.3ds --preview x.gif", 2, "\"x.gif\" doesn't end in .png"},
     {"two.3ds -j 0", 2, "--jobs: \"0\" is no number from 1 to 256"},
@@ -59,9 +58,6 @@ static const Row rows[] = {
     {"--info --json two.3ds", 0, "^\\{\"scene\":\"two.3ds\""},
     {"two.3ds --bogus", 2, "--bogus"},
     {"two.3ds \"--b\x1bgus\"", 2, "--b\\\\x1bgus"},
-    {"two.3ds --direct --source", 2, "--direct can't be combined with --source"},
-    {"two.3ds --direct -o x", 2, "--direct can't be combined with --output"},
-    {"two.3ds --direct --animation=x", 2, "--direct can't be combined with --animation=FILE"},
     {"two.3ds --per-object --header", 2, "--per-object can't be combined with --header"},
     {"two.3ds --per-object --center", 2, "--per-object can't be combined with --centre"},
     {"two.3ds --flot", 2, "--flot; did you mean --flat\\?"},
@@ -177,7 +173,7 @@ TEST_F(ProgramTest, TargetsThatAreNoPlainFilesStayWhatTheyAre)
     EXPECT_EQ(full.status, 1);
     EXPECT_NE(full.said.find("cannot write \"/dev/full\": No space left on device"), std::string::npos);
     EXPECT_EQ(full.files, "");
-    EXPECT_EQ(Start("--direct two.3ds >/dev/full").status, 1);
+    EXPECT_EQ(Start("--info two.3ds >/dev/full").status, 1);
     EXPECT_EQ(Start("two.3ds -o /dev/null --header").status, 1); // not /dev/null.h
 
     fs::create_symlink("dir/seen.mcx", "link");
@@ -232,36 +228,5 @@ TEST_F(ProgramTest, AnAnimationInOtherLettersIsPointedOut)
     EXPECT_NE(run.said.find("there is \"Two.VUE\", but it must be called \"two.vue\""), std::string::npos);
     EXPECT_EQ(run.files, "two.mcx");
 }
-
-#if defined(MC3DS_HAVE_MCLMODEL)
-TEST_F(ProgramTest, TheListOfADirectBuildTellsWhereThingsAre)
-{
-    MakeInputs();
-    const Outcome run = Start("two.3ds --direct --protos --size 5");
-    EXPECT_EQ(run.files, "");
-    EXPECT_EQ(run.said, "model: 2 clumps, 2 prototypes, 1 surface\n"
-                        "prototype BOX: 3 vertices, 1 triangle\n"
-                        "prototype LID: 3 vertices, 1 triangle\n"
-                        "clump 2 BOX: 0 vertices, 0 triangles\n"
-                        "  . placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
-                        "  . instance of BOX, placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
-                        "  . bounds 0 0 -1 to 2 0 0\n"
-                        "  clump 3 LID: 0 vertices, 0 triangles\n"
-                        "    . placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
-                        "    . instance of LID, placement (1 0 0) (0 1 0) (0 0 1) at 0 0 0\n"
-                        "    . bounds 3 0 -1 to 5 0 0\n");
-    std::string nodes;
-    for (uint16_t i = 0; i < 200; ++i)
-        nodes += ObjectNode("$$$DUMMY", i == 0 ? noParent : static_cast<uint16_t>(i - 1));
-    WriteFile("deep.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(1), nodes}));
-    std::istringstream lines(Start("deep.3ds --direct").said);
-    size_t longest = 0;
-    std::string said;
-    for (std::string line; std::getline(lines, line); said += line + '\n')
-        longest = std::max(longest, line.size());
-    EXPECT_NE(said.find(" depth 200: clump "), std::string::npos) << said;
-    EXPECT_LT(longest, 100u);
-}
-#endif
 
 #endif

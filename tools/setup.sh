@@ -13,9 +13,10 @@ for group in "$@"; do
     matrix) wanted="$wanted g++-12-multilib g++-s390x-linux-gnu qemu-user googletest
         g++-mingw-w64-x86-64-posix wine64" ;;
     coverage) wanted="$wanted gcovr" ;;
+    node) wanted="$wanted nodejs npm" ;;
     hosts) wanted="$wanted iproute2 openssh-server openssh-client parallel rsync" ;;
     *)
-        echo "setup.sh: no group is called '$group'; there are build, test, ci, matrix, coverage and hosts" >&2
+        echo "setup.sh: no group is called '$group'; there are build, test, ci, matrix, coverage, node and hosts" >&2
         exit 2
         ;;
     esac

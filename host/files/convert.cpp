@@ -8,9 +8,6 @@
 
 #include "../view/info.h"
 #include "files.h"
-#if defined(MC3DS_HAVE_MCLMODEL)
-#include "mclmodel.h"
-#endif
 
 namespace fs = std::filesystem;
 
@@ -110,32 +107,12 @@ static Mc3dsOptions LibraryOptions(const HostOptions &options, const std::string
     return asked;
 }
 
-static bool BuildModel(const Mc3dsFile *scene, Mc3dsOptions *asked)
-{
-    McClump *clump = nullptr;
-    errno = 0;
-    Mc3dsOutput(scene, asked, &clump);
-    const bool outOfMemory = (errno == ENOMEM && !clump) || MemoryRanOut();
-    if (outOfMemory)
-        ReportError("out of memory while building the model");
-#if defined(MC3DS_HAVE_MCLMODEL)
-    if (!outOfMemory)
-        PrintModel(scene, clump);
-    ReportModelErrors();
-    McFreeModel(clump);
-#else
-    if (!outOfMemory)
-        ReportResult(clump ? "built the model" : "built a model without a clump");
-#endif
-    return !outOfMemory;
-}
-
 // Whether --no-clobber leaves nothing to do, as far as that can be told without reading the scene.
 static bool AllTargetsExist(const HostOptions &options, const std::string &scenePath)
 {
     const std::vector<NamedTarget> targets = TargetNames(options, scenePath);
     std::error_code failure;
-    if (options.info || (options.flags & (MC3DS_PER_OBJECT | MC3DS_DIRECT)))
+    if (options.info || (options.flags & MC3DS_PER_OBJECT))
         return false;
     for (const NamedTarget &target : targets)
         if (!fs::is_regular_file(PathOf(target.name), failure))
@@ -181,7 +158,7 @@ static bool NoteModel(const Mc3dsFile *scene, uint32_t flags, SceneResult *resul
     return false;
 }
 
-static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfMany)
+static bool Convert(const HostOptions &options, SceneResult *result)
 {
     const std::string &path = result->scene;
     if (options.noClobber && AllTargetsExist(options, path))
@@ -195,8 +172,8 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
     if (cut)
         ReportError(cutText);
     NoteContents(options, scene.get(), result);
-    const bool hasPicture = !options.previewFile.empty() || !options.reportFile.empty();
-    if (options.info && (!hasPicture || (options.previewFile.empty() && scene->objectCount == 0)))
+    const bool isAsked = !options.previewFile.empty() || !options.glbFile.empty();
+    if (options.info && (!(isAsked || !options.reportFile.empty()) || (!isAsked && scene->objectCount == 0)))
         return !cut;
     if (scene->objectCount == 0) {
         ReportError("the scene has no objects; nothing is written");
@@ -206,14 +183,6 @@ static bool Convert(const HostOptions &options, SceneResult *result, bool oneOfM
     Mc3dsOptions asked = LibraryOptions(options, clumpName);
     if (!options.info && !ReportSceneNotes(asked, scene.get(), path, options.forceNames))
         return false;
-    if (options.flags & MC3DS_DIRECT) {
-        if (oneOfMany)
-            std::printf("scene %s\n", Visible(path).c_str());
-        if (!BuildModel(scene.get(), &asked))
-            return false;
-        if (!hasPicture)
-            return NoteModel(scene.get(), asked.flags, result) && !cut;
-    }
     std::string picture;
     bool done = WriteFiles(options, path, scene.get(), &asked, &picture);
     if (!options.reportFile.empty())
@@ -231,7 +200,7 @@ static bool HasRelativePath(const HostOptions &options, const std::string &scene
     return relative;
 }
 
-SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany)
+SceneResult ConvertScene(const HostOptions &options, const SceneJob &job)
 {
     const auto start = std::chrono::steady_clock::now();
     SceneResult result;
@@ -243,7 +212,7 @@ SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool o
         if (CurrentFolderIsLost() && HasRelativePath(own, job.scene))
             ReportError("cannot be converted: the current folder can't be entered any more");
         else
-            result.done = Convert(own, &result, oneOfMany);
+            result.done = Convert(own, &result);
     } catch (const std::bad_alloc &) {
         ReportError("out of memory; nothing is written");
     } catch (const std::exception &failure) {

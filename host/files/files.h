@@ -82,6 +82,6 @@ bool WriteReport(const OutputFile &located, bool noClobber, const std::string &t
 
 // Why the files of a scene are not even opened; empty when they may be. A pipe or a device may have no end.
 std::string WhyNotRegular(const std::string &scenePath);
-SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, bool oneOfMany);
+SceneResult ConvertScene(const HostOptions &options, const SceneJob &job);
 
 #endif

@@ -21,7 +21,7 @@ bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool 
 {
     std::string why;
     for (OutputFile &file : *files) {
-        const bool isObject = perObject && file.kind != TextKind::Picture;
+        const bool isObject = perObject && IsText(file.kind);
         if (isObject && &file != &files->front())
             continue;
         std::error_code failure;
@@ -56,7 +56,7 @@ static void NameObjectFiles(const std::string &bareName, std::vector<OutputFile>
     for (uint32_t i = 0; i < files->size(); ++i) {
         char name[256];
         Mc3dsMakeObjectPath(name, bareName.c_str(), i);
-        if ((*files)[i].kind != TextKind::Picture)
+        if (IsText((*files)[i].kind))
             (*files)[i].written = folder / PathOf(name);
     }
 }
@@ -101,7 +101,7 @@ static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &fi
         return false;
     }
     for (const OutputFile &file : files) {
-        if (file.kind != TextKind::Picture && !IsWhole(file, scene)) {
+        if (IsText(file.kind) && !IsWhole(file, scene)) {
             ReportUnwritten(file.shown, reason ? std::strerror(reason) : "its end is missing");
             return false;
         }
@@ -109,31 +109,63 @@ static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &fi
     return true;
 }
 
-static bool WriteAll(const HostOptions &options, const std::string &bareName, const Mc3dsFile *scene,
+static const OutputFile *FindKind(const std::vector<OutputFile> &files, TextKind kind)
+{
+    for (const OutputFile &file : files)
+        if (file.kind == kind)
+            return &file;
+    return nullptr;
+}
+
+// isSaid: what the library has to say about the scene was said for another file.
+static bool WritePicture(const HostOptions &options, const Mc3dsFile *scene, const Mc3dsOptions &asked,
+                         const OutputFile *file, bool isSaid, std::string *picture)
+{
+#if defined(MC3DS_HAVE_MCLMODEL) && defined(MC3DS_HAVE_PNG)
+    PreviewOptions preview = options.preview;
+    if (!file) // all scenes share one page
+        preview = {reportPictureWidth, reportPictureHeight};
+    MuteLibrary(isSaid);
+    *picture = DrawPreview(scene, asked, preview);
+    MuteLibrary(false);
+    return !picture->empty() && (!file || WriteBytes(*file, *picture));
+#else
+    return options.previewFile.empty();
+#endif
+}
+
+static bool WriteModel([[maybe_unused]] const Mc3dsFile *scene, [[maybe_unused]] const Mc3dsOptions &asked,
+                       [[maybe_unused]] const std::string &scenePath, const OutputFile &file,
+                       [[maybe_unused]] bool isSaid)
+{
+    std::string why = "the model can't be seen";
+#if defined(MC3DS_HAVE_MCLMODEL)
+    why = WriteGlb(scene, asked, scenePath, file.written, isSaid);
+#endif
+    if (!why.empty())
+        ReportUnwritten(file.shown, why);
+    return why.empty();
+}
+
+static bool WriteAll(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
                      Mc3dsOptions *asked, std::vector<OutputFile> *files, std::string *picture)
 {
-    const bool hasTexts = !files->empty() && files->front().kind != TextKind::Picture;
-    if (hasTexts) {
+    const std::string bareName = BareOutputName(options, scenePath);
+    bool isSaid = !files->empty() && IsText(files->front().kind);
+    if (isSaid) {
         const int reason = WriteTexts(scene, asked, bareName, *files);
         if (options.flags & MC3DS_PER_OBJECT)
             NameObjectFiles(bareName, files);
         if (reason < 0 || !CheckTexts(scene, *files, reason))
             return false;
     }
-    if (options.previewFile.empty() && options.reportFile.empty())
-        return true;
-#if defined(MC3DS_HAVE_MCLMODEL) && defined(MC3DS_HAVE_PNG)
-    PreviewOptions preview = options.preview;
-    if (options.previewFile.empty()) // all scenes share one page
-        preview = {reportPictureWidth, reportPictureHeight};
-    // The picture is of a model that is built once more, with the same to be said about it.
-    MuteLibrary(hasTexts || (options.flags & MC3DS_DIRECT));
-    *picture = DrawPreview(scene, *asked, preview);
-    MuteLibrary(false);
-    if (picture->empty() || (!options.previewFile.empty() && !WriteBytes(files->back(), *picture)))
-        return false;
-#endif
-    return true;
+    if (!options.previewFile.empty() || !options.reportFile.empty()) {
+        if (!WritePicture(options, scene, *asked, FindKind(*files, TextKind::Picture), isSaid, picture))
+            return false;
+        isSaid = true;
+    }
+    const OutputFile *const glb = FindKind(*files, TextKind::Glb);
+    return !glb || WriteModel(scene, *asked, scenePath, *glb, isSaid);
 }
 
 // Returns the file that could not be delivered, with the reason, or null.
@@ -209,7 +241,7 @@ bool WriteFiles(const HostOptions &options, const std::string &scenePath, const 
         return false;
     const std::string bareName = BareOutputName(options, scenePath);
     const bool done = MakeRoom(&files, bareName, options.flags & MC3DS_PER_OBJECT) &&
-                      WriteAll(options, bareName, scene, asked, &files, picture);
+                      WriteAll(options, scenePath, scene, asked, &files, picture);
     ShowWarnings();
     const bool delivered = done && DeliverAll(files, options.flags & MC3DS_PER_OBJECT, options.noClobber);
     RemovePrivateFolders();

@@ -66,7 +66,8 @@ bool IsWhole(const OutputFile &file, const Mc3dsFile *scene)
                std::string("#define TAG_") + scene->objects[last].safeName + ' ' + std::to_string(last + 2);
     }
     case TextKind::Animation: return AnimationIsWhole(stream.get(), scene->frameCount);
-    case TextKind::Picture: break; // whoever draws it looks at its own writes
+    case TextKind::Picture:
+    case TextKind::Glb: break; // whoever makes them looks at its own writes
     }
     return false;
 }

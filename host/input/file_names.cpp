@@ -33,12 +33,13 @@ static std::string SecondName(const std::string &given, const std::string &outpu
     return given.empty() ? PathOf(output).replace_extension(extension).string() : given;
 }
 
-// Each of many scenes has a picture of its own, beside its output unless the name gives another folder.
-static std::string PictureName(const HostOptions &options, const std::string &output)
+// What a picture or a .glb file is called. Each of many scenes has one of its own, beside its output unless
+// the name gives another folder.
+static std::string OwnName(const HostOptions &options, const std::string &given, const std::string &output)
 {
     if (!options.recursive && options.scenes.size() <= 1)
-        return options.previewFile;
-    const fs::path file = PathOf(options.previewFile), model = PathOf(output);
+        return given;
+    const fs::path file = PathOf(given), model = PathOf(output);
     const fs::path name = PathOf(model.stem().string() + '.' + file.filename().string());
     return ((file.has_parent_path() ? file : model).parent_path() / name).string();
 }
@@ -47,7 +48,7 @@ std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::stri
 {
     std::vector<NamedTarget> names;
     const std::string output = OutputName(options, scenePath);
-    if (!options.info && !(options.flags & (MC3DS_DIRECT | MC3DS_PER_OBJECT))) {
+    if (!options.info && !(options.flags & MC3DS_PER_OBJECT)) {
         names.push_back({options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script, output,
                          OutputIsGiven(options)});
         if (options.flags & MC3DS_HEADER)
@@ -57,8 +58,11 @@ std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::stri
             names.push_back({TextKind::Animation, SecondName(options.animationFile, output, ".mca"),
                              !options.animationFile.empty()});
     }
-    if (!options.previewFile.empty())
-        names.push_back({TextKind::Picture, PictureName(options, output),
-                         PictureName(options, output) == options.previewFile});
+    for (const auto &[kind, given] :
+         {std::pair(TextKind::Picture, options.previewFile), {TextKind::Glb, options.glbFile}})
+        if (!given.empty()) {
+            const std::string name = OwnName(options, given, output);
+            names.push_back({kind, name, name == given});
+        }
     return names;
 }

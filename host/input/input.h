@@ -22,6 +22,7 @@ struct HostOptions {
     std::string headerFile;          // empty: the output's name with another extension, as below
     std::string animationFile;
     std::string previewFile; // empty: none; of many scenes, each puts its own name ahead
+    std::string glbFile;     // the same
     std::string summaryFile; // empty: none
     std::string reportFile;  // empty: none
     std::string clumpName;   // empty: made from the scene's name
@@ -70,8 +71,8 @@ HostOptions OptionsFor(const HostOptions &options, const SceneJob &job);
 
 // ---- file_names.cpp
 
-// A picture is no text, but goes the same way.
-enum class TextKind { Script, Source, Header, Animation, Picture };
+// The last two are no texts, but go the same way.
+enum class TextKind { Script, Source, Header, Animation, Picture, Glb };
 
 struct NamedTarget {
     TextKind kind;
@@ -84,6 +85,11 @@ struct NamedTarget {
 std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::string &scenePath);
 // What a file of a per-object run is called.
 std::string ObjectFileName(const HostOptions &options, const std::string &scenePath, size_t index);
+// Whether the library writes it.
+constexpr bool IsText(TextKind kind)
+{
+    return kind != TextKind::Picture && kind != TextKind::Glb;
+}
 // Whether the user named OUTPUT itself.
 bool OutputIsGiven(const HostOptions &options);
 // What OUTPUT is called, or would be if there were one file.

@@ -8,20 +8,11 @@ struct ConflictRow {
     const char *why;
 };
 
-static const char noFile[] = "a direct build writes no file";
 static const char ownSpace[] = "the file of an object holds its geometry alone, unplaced";
 static const char infoOnly[] = "--info shows the scene instead of converting it";
 static const char ownFile[] = "each of its scenes needs a file of its own";
 
 static const ConflictRow conflictRows[] = {
-    {"--direct", "--source", "a direct build writes no source"},
-    {"--direct", "--output", noFile},
-    {"--direct", "--output-dir", noFile},
-    {"--direct", "--header", noFile},
-    {"--direct", "--per-object", noFile},
-    {"--direct", "--no-clobber", noFile},
-    {"--direct", "--force-names", noFile},
-    {"--direct", "--jobs", "the lists of models would mix on the standard output"},
     {"--per-object", "--header", "a run of one file for each object writes no header file"},
     {"--per-object", "--animation", "a run of one file for each object writes no animation file"},
     {"--per-object", "--protos", ownSpace},
@@ -29,7 +20,6 @@ static const ConflictRow conflictRows[] = {
     {"--per-object", "--merged", ownSpace},
     {"--per-object", "--centre", ownSpace},
     {"--info", "--source", infoOnly},
-    {"--info", "--direct", infoOnly},
     {"--info", "--per-object", infoOnly},
     {"--info", "--output", infoOnly},
     {"--info", "--output-dir", infoOnly},
@@ -85,8 +75,6 @@ static std::string FindFileConflict(const HostOptions &options,
                 return InQuotes(scene) + " is no scene; a FILE goes behind an equals sign, as in " +
                        row.option + '=' + scene;
     }
-    if (!options.animationFile.empty() && given("--direct"))
-        return Contradiction("--direct", "--animation=FILE", noFile);
     if (!options.animationFile.empty() && given("--info"))
         return Contradiction("--info", "--animation=FILE", infoOnly);
     return "";
@@ -116,6 +104,10 @@ std::string FindConflict(const HostOptions &options, const std::function<bool(co
         return why;
     if (given("--per-object") && options.output == standardOutputName)
         return Contradiction("--per-object", "--output -", "the files of the objects need names");
+#if !defined(MC3DS_HAVE_MCLMODEL)
+    if (given("--glb"))
+        return "--glb can't be had: the Meshcaster library of this program doesn't show its models";
+#endif
     if (given("--preview") && !WhyNoPreview().empty())
         return "--preview can't be had: " + WhyNoPreview();
     if (const std::string extension = InLowerCase(PathOf(options.output).extension().string());

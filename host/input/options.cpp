@@ -21,8 +21,6 @@ struct BitRow {
 
 static const BitRow bitRows[] = {
     {"--source", &HostOptions::flags, MC3DS_SOURCE, "Form", "write C source (default: a script)"},
-    {"--direct", &HostOptions::flags, MC3DS_DIRECT, "Form",
-     "build the model in memory and list it on the standard output; no file"},
     {"--per-object", &HostOptions::flags, MC3DS_PER_OBJECT, "Form",
      "one file for each object, called OUTPUT and its index from 0 (default: one for the scene)"},
     {"--protos", &HostOptions::flags, MC3DS_PROTOS, "Form",
@@ -263,6 +261,14 @@ static void AddPreviewOptions(CLI::App *app, HostOptions *options)
             Accept("--preview", extension == ".png", InQuotes(text) + " doesn't end in .png");
             options->previewFile = text;
         });
+    AddValue(app, "--glb", "FILE.glb", "Looking",
+             "write the model as binary glTF 2.0 too, which every viewer opens; for many scenes as --preview "
+             "(default: none)",
+             [options](const std::string &text) {
+                 Accept("--glb", InLowerCase(PathOf(text).extension().string()) == ".glb",
+                        InQuotes(text) + " doesn't end in .glb");
+                 options->glbFile = text;
+             });
     AddValue(app, "--preview-size", "WxH", "Looking",
              "pixels of a picture, 16x16 to 4096x4096 (default: 800x600, in a strip 320x240)",
              [options](const std::string &text) { ReadPreviewSize(text, &options->preview); });

@@ -43,7 +43,7 @@ static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> 
 {
     for (size_t i = 0; i < jobs.size(); ++i) {
         ShowScene(i + 1, jobs[i].scene, jobs[i].bytes);
-        const SceneResult result = ConvertScene(options, jobs[i], jobs.size() > 1);
+        const SceneResult result = ConvertScene(options, jobs[i]);
         Finish(i, result);
         CountBytes(jobs[i].bytes);
     }
@@ -73,7 +73,7 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
         batch.hasSummary = false;
         MarkPrivateFolders(run + std::to_string(index) + '-');
         KeepReports(true);
-        SceneResult result = ConvertScene(options, jobs[index], true);
+        SceneResult result = ConvertScene(options, jobs[index]);
         KeepReports(false);
         return PackResult(&result);
     };
@@ -134,7 +134,7 @@ int ConvertAll(const HostOptions &options)
     uint64_t bytes = 0;
     for (const SceneJob &job : jobs)
         bytes += job.bytes;
-    if (options.verbosity <= 0 && !options.info && !(options.flags & MC3DS_DIRECT))
+    if (options.verbosity <= 0 && !options.info)
         StartProgress(jobs.size(), bytes);
     batch.results.resize(jobs.size());
     batch.isDone.resize(jobs.size());

@@ -1,7 +1,11 @@
 #include "model.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <vector>
+
+#include "view.h"
 
 Bounds NoBounds()
 {
@@ -17,28 +21,117 @@ void Grow(Bounds *bounds, const Vector &place)
     }
 }
 
-Vector Place(const McPoint &p, const double m[16])
+Vector Place(const Vector &p, const Matrix &m)
 {
-    return {p.x * m[0] + p.y * m[4] + p.z * m[8] + m[12], p.x * m[1] + p.y * m[5] + p.z * m[9] + m[13],
-            p.x * m[2] + p.y * m[6] + p.z * m[10] + m[14]};
+    return {p[0] * m[0] + p[1] * m[4] + p[2] * m[8] + m[12], p[0] * m[1] + p[1] * m[5] + p[2] * m[9] + m[13],
+            p[0] * m[2] + p[1] * m[6] + p[2] * m[10] + m[14]};
 }
 
-void Multiply(const double a[16], const double b[16], double out[16])
+Matrix Multiply(const Matrix &a, const Matrix &b)
 {
-    for (int row = 0; row < 16; row += 4)
-        for (int column = 0; column < 4; ++column)
-            out[row + column] = a[row] * b[column] + a[row + 1] * b[4 + column] + a[row + 2] * b[8 + column] +
-                                a[row + 3] * b[12 + column];
+    Matrix product;
+    for (size_t row = 0; row < 16; row += 4)
+        for (size_t column = 0; column < 4; ++column)
+            product[row + column] = a[row] * b[column] + a[row + 1] * b[4 + column] +
+                                    a[row + 2] * b[8 + column] + a[row + 3] * b[12 + column];
+    return product;
 }
 
-void VisitClumps(const McModelView &model,
-                 const std::function<void(const McClump *, const McClumpView &, int)> &visit)
+bool Invert(const Matrix &m, Matrix *inverse)
 {
+    const auto minor = [&m](size_t a, size_t b, size_t c, size_t d) { return m[a] * m[d] - m[b] * m[c]; };
+    const double x = minor(5, 6, 9, 10), y = minor(4, 6, 8, 10), z = minor(4, 5, 8, 9);
+    const double determinant = m[0] * x - m[1] * y + m[2] * z;
+    *inverse = identityMatrix;
+    if (determinant == 0.0 || !std::isfinite(1.0 / determinant))
+        return false;
+    const double d = 1.0 / determinant;
+    *inverse = {x * d,
+                -minor(1, 2, 9, 10) * d,
+                minor(1, 2, 5, 6) * d,
+                0,
+                -y * d,
+                minor(0, 2, 8, 10) * d,
+                -minor(0, 2, 4, 6) * d,
+                0,
+                z * d,
+                -minor(0, 1, 8, 9) * d,
+                minor(0, 1, 4, 5) * d,
+                0,
+                0,
+                0,
+                0,
+                1};
+    const Vector shift = Place(Vector{m[12], m[13], m[14]}, *inverse);
+    for (size_t axis = 0; axis < 3; ++axis)
+        (*inverse)[12 + axis] = -shift[axis];
+    return true;
+}
+
+// A direct build knows frame 0 alone, so it gets a scene whose frames begin later.
+Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame, uint32_t first,
+                 uint32_t end, float *scale)
+{
+    std::vector<Mc3dsObject> objects(scene->objects, scene->objects + scene->objectCount);
+    Mc3dsFile copy = *scene;
+    copy.objects = objects.data();
+    Mc3dsOptions direct = asked;
+    direct.flags |= MC3DS_DIRECT | (frame >= 0 ? MC3DS_ANIMATION : 0);
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        Mc3dsObject &object = objects[i];
+        object.frames += object.frames && frame >= 0 ? frame : 0;
+        if (i < first || i >= end) {
+            object.vertexCount = object.faceCount = 0;
+            object.groupCount = 0;
+        }
+    }
+    McClump *clump = nullptr;
+    McClearErrors();
+    Mc3dsOutput(&copy, &direct, &clump);
+    if (scale)
+        *scale = direct.scale;
+    return Model(clump, McFreeModel);
+}
+
+void ReportModelErrors()
+{
+    if (const size_t errors = McErrorCount(); errors != 0)
+        ReportWarning("the Meshcaster library counted " + Counted(errors, "error") +
+                      (errors == 1 ? ": " : ", the first: ") + McFirstError());
+    McClearErrors();
+}
+
+static Matrix MatrixOf(const double *numbers)
+{
+    Matrix matrix;
+    std::copy_n(numbers, 16, matrix.begin());
+    return matrix;
+}
+
+static void VisitClump(const McClump *clump, const McClumpView &view, int depth,
+                       const std::function<void(const PlacedMesh &)> &visit)
+{
+    const Matrix world = MatrixOf(view.world);
+    visit({&view, depth, nullptr, view.geometry, world});
+    for (size_t i = 0; i < view.instanceCount; ++i) {
+        McInstanceView instance = {};
+        McPrototypeView prototype = {};
+        McGetInstance(clump, i, &instance);
+        if (instance.prototype >= 0)
+            McGetPrototype(clump, static_cast<size_t>(instance.prototype), &prototype);
+        visit({&view, depth, &instance, prototype.geometry, Multiply(MatrixOf(instance.placement), world)});
+    }
+}
+
+void VisitMeshes(const McClump *clump, const std::function<void(const PlacedMesh &)> &visit)
+{
+    McModelView model = {};
+    McGetModel(clump, &model);
     int depth = 0;
     for (const McClump *at = model.firstClump; at;) {
         McClumpView view = {};
         McGetClump(at, &view);
-        visit(at, view, depth);
+        VisitClump(at, view, depth, visit);
         depth += view.firstChild ? 1 : 0;
         at = view.firstChild ? view.firstChild : view.nextSibling;
         for (const McClump *up = view.parent; !at && up; up = view.parent) {

@@ -128,8 +128,6 @@ bool ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene, bool force
             ReportWarning(shared);
     if (options.flags & MC3DS_HEADER)
         ReportTags(scene);
-    if (options.flags & MC3DS_DIRECT)
-        return true;
     Fault broken = {};
     std::vector<std::string> refused;
     VisitNames(options, scene, [&](const PlacedName &name) {

@@ -10,8 +10,6 @@
 #include "raster.h"
 #include "view.h"
 
-using Model = std::unique_ptr<McClump, void (*)(McClump *)>;
-
 constexpr uint32_t stripFrames = 5;
 constexpr int stripGap = 4;         // pixels between two frames
 constexpr double samplesMost = 4e7; // of a picture: some tenths of a second, twenty times an ordinary scene's
@@ -21,15 +19,15 @@ constexpr uint8_t background[3] = {160, 170, 182};
 
 // All is drawn in the space of the eye: x to the right, y up, z towards it. The model is seen from far above
 // its right front corner. Unit vectors of that space: up in the model, and towards the lamp.
-static const double modelToEye[16] = {0.8192,  -0.2424, 0.5198, 0, 0, 0.9063, 0.4226, 0,
-                                      -0.5736, -0.3462, 0.7424, 0, 0, 0,      0,      1};
+static const Matrix modelToEye = {0.8192,  -0.2424, 0.5198, 0, 0, 0.9063, 0.4226, 0,
+                                  -0.5736, -0.3462, 0.7424, 0, 0, 0,      0,      1};
 constexpr float fullLight = 0.97f; // below 1, so that white parts keep their shades
 constexpr Vector upwards = {0.0, 0.9063, 0.4226}, toLamp = {-0.4851, 0.7276, 0.4851};
 
-// A mesh of a clump, or that of a prototype where an instance puts it.
-struct PlacedMesh {
+// A mesh in the space of the eye.
+struct SeenMesh {
     McGeometryView geometry;
-    double placement[16]; // in the space of the eye
+    Matrix placement;
 };
 
 // Faces that let something through wait for the end, to be drawn from back to front.
@@ -57,35 +55,16 @@ static double Dot(const Vector &a, const Vector &b)
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
-static void AddMeshes(const McClump *clump, const McClumpView &view, std::vector<PlacedMesh> *meshes)
+static std::vector<SeenMesh> FindMeshes(const McClump *clump)
 {
-    double toEye[16];
-    Multiply(view.world, modelToEye, toEye);
-    meshes->push_back({view.geometry, {}});
-    std::copy_n(toEye, 16, meshes->back().placement);
-    for (size_t i = 0; i < view.instanceCount; ++i) {
-        McInstanceView instance = {};
-        McPrototypeView prototype = {};
-        McGetInstance(clump, i, &instance);
-        if (instance.prototype >= 0 &&
-            McGetPrototype(clump, static_cast<size_t>(instance.prototype), &prototype)) {
-            meshes->push_back({prototype.geometry, {}});
-            Multiply(instance.placement, toEye, meshes->back().placement);
-        }
-    }
-}
-
-static std::vector<PlacedMesh> FindMeshes(const McClump *clump)
-{
-    std::vector<PlacedMesh> meshes;
-    McModelView model = {};
-    McGetModel(clump, &model);
-    VisitClumps(model,
-                [&](const McClump *at, const McClumpView &view, int) { AddMeshes(at, view, &meshes); });
+    std::vector<SeenMesh> meshes;
+    VisitMeshes(clump, [&meshes](const PlacedMesh &mesh) {
+        meshes.push_back({mesh.geometry, Multiply(mesh.world, modelToEye)});
+    });
     return meshes;
 }
 
-static void GrowByFaces(Bounds *bounds, const PlacedMesh &mesh)
+static void GrowByFaces(Bounds *bounds, const SeenMesh &mesh)
 {
     for (size_t i = 0; i < mesh.geometry.faceCount; ++i)
         for (const int vertex : mesh.geometry.faces[i].vertices)
@@ -130,7 +109,7 @@ static void DrawFace(Canvas *canvas, const RasterCorner corners[3], const McSurf
             DrawLine(&canvas->raster, corners[i], corners[(i + 1) % 3], colour);
 }
 
-static void DrawMesh(Canvas *canvas, const PlacedMesh &mesh)
+static void DrawMesh(Canvas *canvas, const SeenMesh &mesh)
 {
     const McGeometryView &geometry = mesh.geometry;
     std::vector<Vector> places(geometry.vertexCount), smooth(geometry.vertexCount, Vector{});
@@ -169,7 +148,7 @@ static void DrawModel(Canvas *canvas, const McClump *clump)
     McModelView model = {};
     McGetModel(clump, &model);
     canvas->surfaces = model.surfaces;
-    for (const PlacedMesh &mesh : FindMeshes(clump))
+    for (const SeenMesh &mesh : FindMeshes(clump))
         DrawMesh(canvas, mesh);
     const auto depth = [](const WaitingFace &face) {
         const float sum = face.corners[0].depth + face.corners[1].depth + face.corners[2].depth;
@@ -179,25 +158,6 @@ static void DrawModel(Canvas *canvas, const McClump *clump)
                      [&](const WaitingFace &a, const WaitingFace &b) { return depth(a) < depth(b); });
     for (const WaitingFace &face : canvas->waiting)
         DrawFace(canvas, face.corners, canvas->surfaces[face.surface]);
-}
-
-// The model as it stands in a frame, or as asked says for frame -1. A direct build knows frame 0 alone, so it
-// gets a scene whose frames begin later.
-static Model BuildFrame(const Mc3dsFile *scene, Mc3dsOptions asked, int64_t frame)
-{
-    std::vector<Mc3dsObject> objects(scene->objects, scene->objects + scene->objectCount);
-    Mc3dsFile copy = *scene;
-    copy.objects = objects.data();
-    asked.flags |= MC3DS_DIRECT;
-    if (frame >= 0) {
-        asked.flags |= MC3DS_ANIMATION;
-        for (Mc3dsObject &object : objects)
-            object.frames += object.frames ? frame : 0;
-    }
-    McClump *clump = nullptr;
-    McClearErrors();
-    Mc3dsOutput(&copy, &asked, &clump);
-    return Model(clump, McFreeModel);
 }
 
 // Nothing, with its report, when the animation hasn't got the frame that was asked for.
@@ -262,9 +222,9 @@ static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     Bounds bounds = NoBounds();
     for (const int64_t frame : frames) {
         model->reset();
-        *model = BuildFrame(scene, asked, frame);
+        *model = BuildModel(scene, asked, frame);
         MuteLibrary(true); // what it has to say is the same for each build
-        for (const PlacedMesh &mesh : FindMeshes(model->get()))
+        for (const SeenMesh &mesh : FindMeshes(model->get()))
             GrowByFaces(&bounds, mesh);
     }
     ReportModelErrors();
@@ -277,7 +237,7 @@ static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const 
     McModelView model = {};
     McGetModel(clump, &model);
     uint64_t faces = 0, clear = 0, thin = 0, inScene = 0;
-    for (const PlacedMesh &mesh : FindMeshes(clump))
+    for (const SeenMesh &mesh : FindMeshes(clump))
         for (size_t i = 0; i < mesh.geometry.faceCount; ++i) {
             const McFace &face = mesh.geometry.faces[i];
             const auto at = [&](int corner) {
@@ -303,7 +263,7 @@ static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const 
 }
 
 // How many samples the faces of a mesh are going to take, about, at the canvas's full resolution.
-static double EstimateSamples(const Canvas &canvas, const PlacedMesh &mesh)
+static double EstimateSamples(const Canvas &canvas, const SeenMesh &mesh)
 {
     const double width = canvas.raster.width, height = canvas.raster.height;
     double samples = 0.0;
@@ -337,7 +297,7 @@ static Canvas MakeCanvas(int width, int height, const Bounds &bounds, const McCl
     };
     Canvas canvas = make(width, height);
     double samples = 0.0;
-    for (const PlacedMesh &mesh : FindMeshes(clump))
+    for (const SeenMesh &mesh : FindMeshes(clump))
         samples += EstimateSamples(canvas, mesh);
     if (samples <= most)
         return canvas;
@@ -360,7 +320,7 @@ static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     for (size_t i = 0; i < frames.size(); ++i) {
         if (frames.size() > 1) {
             model->reset();
-            *model = BuildFrame(scene, asked, frames[i]);
+            *model = BuildModel(scene, asked, frames[i]);
         }
         Canvas canvas = MakeCanvas(width, height, bounds, model->get(), samplesMost / count);
         DrawModel(&canvas, model->get());

@@ -171,7 +171,7 @@ void ReportError(const std::string &text)
     PrintReport(Subject(), "error: ", text);
 }
 
-void ReportResult(const std::string &text)
+static void ReportResult(const std::string &text)
 {
     if (reportVerbosity >= (showsOneLineEach ? 1 : 0))
         PrintReport(Subject(), "", text);

@@ -11,8 +11,6 @@
 #include "../base/base.h"
 #include "frame/frame.h"
 
-struct McClump;
-
 // ---- what became of a scene
 
 // How much a warning is about, the most first: parts of the scene are left out, the file is damaged, a result
@@ -76,7 +74,6 @@ void ReportWarning(const std::string &text, Weight weight = Weight::Doubt);
 void ReportNote(const std::string &text);
 // As ShowWarnings words it.
 std::string WarningText(const WarningKind &warning);
-void ReportResult(const std::string &text);
 // Files of which each has its number have one line, unless verbosity asks for more.
 void ReportWritten(const std::vector<WrittenFile> &files);
 void ReportKept(const std::vector<std::string> &names);
@@ -152,14 +149,7 @@ void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath, const Scene
 // Null stands for a scene that could not be loaded: "loaded" is false then.
 void PrintJson(const Mc3dsFile *scene, const std::string &scenePath, const SceneNotes &notes);
 
-// ---- model_tree.cpp: where the Meshcaster library shows its models
-
-// The model of a direct build, on stdout.
-void PrintModel(const Mc3dsFile *scene, const McClump *clump);
-// Warns of the errors that the Meshcaster library has counted, and has it count anew.
-void ReportModelErrors();
-
-// ---- preview.cpp: where there is libpng besides
+// ---- preview.cpp: where the Meshcaster library shows its models, and there is libpng
 
 // Pixels along one side of a picture of one frame.
 constexpr int previewSideLeast = 16, previewSideMost = 4096;
@@ -178,5 +168,13 @@ struct PreviewOptions {
 // Returns the bytes of a PNG file; empty, with its report, when there is no picture. A scene without
 // animation gets one picture in place of a strip, with a warning.
 std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview);
+
+// ---- glb.cpp: where the Meshcaster library shows its models
+
+// Writes the model that asked leads to (its form and sizes count) to the file as binary glTF 2.0, and another
+// file beside it for a while. Pictures of textures are looked for beside the scene. isSaid: what the library
+// has to say about the scene's geometry was said. Returns why it failed; empty when it didn't.
+std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const std::string &scenePath,
+                     const std::filesystem::path &file, bool isSaid);
 
 #endif

@@ -1,0 +1,137 @@
+// Surfaces of a model as materials, and the pictures that they name.
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include "glb.h"
+
+namespace fs = std::filesystem;
+
+// Neither has a place in a surface: the look of paint that isn't polished.
+constexpr double metallic = 0.0, roughness = 0.8;
+
+// Colours of a scene are meant for a screen, those of the format are amounts of light.
+static double Linear(float level)
+{
+    const double value = std::clamp(static_cast<double>(level), 0.0, 1.0);
+    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
+
+static bool StartsWith(const std::string &bytes, std::string_view start)
+{
+    return bytes.starts_with(start);
+}
+
+// The type of a picture that the format takes; null for others. The beginning of the file tells, not its
+// name.
+static const char *PictureType(const std::string &bytes)
+{
+    if (StartsWith(bytes, std::string_view("\x89PNG\r\n\x1a\n", 8)) && bytes.size() > 32)
+        return "image/png";
+    if (StartsWith(bytes, "\xff\xd8\xff") && bytes.size() > 32)
+        return "image/jpeg";
+    return nullptr;
+}
+
+// The bytes of a picture beside the scene; empty when it isn't one. A link may lead out of a folder that a
+// stranger packed, and is not followed.
+static std::string ReadPicture(const fs::path &path)
+{
+    constexpr uintmax_t most = 256u << 20;
+    std::error_code failure;
+    if (!fs::is_regular_file(fs::symlink_status(path, failure)) || fs::file_size(path, failure) > most)
+        return "";
+    std::ifstream stream(path, std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    return PictureType(bytes) ? bytes : "";
+}
+
+// A picture that has the texture's name, or that name with the extension of a picture.
+static std::string FindPicture(const std::string &scenePath, const std::string &texture)
+{
+    const std::string stem = PathOf(texture).stem().string();
+    const std::vector<std::string> names = {texture, stem + ".png", stem + ".jpg", stem + ".jpeg"};
+    const fs::path scene = PathOf(scenePath);
+    const std::map<std::string, std::string> found = FindBeside(scene, {names.begin(), names.end()});
+    for (const std::string &name : names)
+        if (const auto file = found.find(name); file != found.end())
+            if (std::string bytes = ReadPicture(scene.parent_path() / PathOf(file->second)); !bytes.empty())
+                return bytes;
+    return "";
+}
+
+// The index of the texture; -1 when its picture isn't to be had.
+static int AddTexture(Glb *glb, const std::string &name)
+{
+    const auto [known, isNew] = glb->textureIndices.try_emplace(name, -1);
+    if (!isNew)
+        return known->second;
+    const std::string bytes = FindPicture(glb->scenePath, name);
+    if (bytes.empty())
+        return -1;
+    const size_t view = AddGlbView(glb, bytes.data(), bytes.size(), 0, 0);
+    glb->images.push_back({{"name", name}, {"mimeType", PictureType(bytes)}, {"bufferView", view}});
+    glb->textures.push_back({{"source", glb->images.size() - 1}});
+    return known->second = static_cast<int>(glb->textures.size() - 1);
+}
+
+static Json ExtrasOf(const McSurface &surface)
+{
+    Json modes = Json::array();
+    for (const auto &[bit, name] :
+         {std::pair(mcLIT, "Lit"), {mcFORESHORTEN, "Foreshorten"}, {mcFILTER, "Filter"}})
+        if (surface.textureModes & bit)
+            modes.push_back(name);
+    Json extras = {{"color", surface.color},
+                   {"ambient", surface.ambient},
+                   {"diffuse", surface.diffuse},
+                   {"specular", surface.specular},
+                   {"geometrySampling", surface.geometrySampling == mcWIREFRAME ? "WIREFRAME" : "SOLID"},
+                   {"lightSampling", surface.lightSampling == mcFACET ? "FACET" : "VERTEX"},
+                   {"textureModes", modes}};
+    if (surface.texture)
+        extras["texture"] = surface.texture;
+    if (surface.mask)
+        extras["mask"] = surface.mask;
+    return extras;
+}
+
+int AddGlbSurface(Glb *glb, const McSurface &surface)
+{
+    const Json extras = ExtrasOf(surface);
+    const auto [known, isNew] = glb->materialIndices.try_emplace(JsonText({extras, surface.opacity}, 0),
+                                                                 static_cast<int>(glb->materials.size()));
+    if (!isNew)
+        return known->second;
+    const int texture = surface.texture ? AddTexture(glb, surface.texture) : -1;
+    const double opacity = std::clamp(static_cast<double>(surface.opacity), 0.0, 1.0);
+    // A picture takes the place of the colour; the format would multiply them.
+    Json colour = {1.0, 1.0, 1.0, opacity};
+    for (size_t i = 0; i < 3 && texture < 0; ++i)
+        colour[i] = Linear(surface.color[i]);
+    Json shine = {{"baseColorFactor", colour}, {"metallicFactor", metallic}, {"roughnessFactor", roughness}};
+    if (texture >= 0)
+        shine["baseColorTexture"] = {{"index", texture}};
+    Json material = {{"pbrMetallicRoughness", shine}, {"doubleSided", true}, {"extras", extras}};
+    if (opacity < 1.0)
+        material["alphaMode"] = "BLEND";
+    if (surface.mask)
+        glb->textureIndices.try_emplace(surface.mask, -1);
+    glb->materials.push_back(material);
+    return known->second;
+}
+
+std::string MissingGlbTextures(const Glb &glb)
+{
+    size_t missing = 0;
+    std::string first;
+    for (const auto &[name, index] : glb.textureIndices)
+        if (index < 0 && missing++ == 0)
+            first = name;
+    if (missing == 0)
+        return "";
+    return "textures that the .glb names and doesn't hold: " + std::to_string(missing) +
+           "; a PNG or JPEG file of that name has to lie beside the scene; the first: " + InQuotes(first);
+}

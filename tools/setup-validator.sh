@@ -1,0 +1,9 @@
+#!/bin/sh
+# Installs Khronos' glTF validator for the tests, and node if the machine lacks it. Goes to build/node.
+set -eu
+cd "$(dirname "$0")/.."
+if ! command -v npm >/dev/null; then
+    tools/setup.sh node
+fi
+[ -d build/node/node_modules/gltf-validator ] ||
+    npm install --silent --no-audit --no-fund --prefix build/node gltf-validator@2.0.0-dev.3.10
