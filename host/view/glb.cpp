@@ -179,7 +179,7 @@ static std::string HeadOf(const Glb &glb, std::string json)
 
 static bool Append(FILE *from, FILE *to)
 {
-    std::vector<char> block(1 << 20);
+    std::vector<char> block(1 << 17);
     std::rewind(from);
     while (const size_t length = std::fread(block.data(), 1, block.size(), from))
         if (std::fwrite(block.data(), 1, length, to) != length)

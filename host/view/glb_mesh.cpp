@@ -4,9 +4,12 @@
 
 #include "glb.h"
 
-static Vector Minus(const Vector &a, const Vector &b)
+using Point = std::array<float, 3>; // products of differences of floats stay in the range of a double
+
+static Vector Minus(const Point &a, const Point &b)
 {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+    return {static_cast<double>(a[0]) - b[0], static_cast<double>(a[1]) - b[1],
+            static_cast<double>(a[2]) - b[2]};
 }
 
 static double Dot(const Vector &a, const Vector &b)
@@ -14,39 +17,57 @@ static double Dot(const Vector &a, const Vector &b)
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
-// Upwards for what has no direction: the format wants a length of 1 in any case.
-static Vector Normalised(const Vector &v)
+static Vector Cross(const Vector &p, const Vector &q)
 {
-    const double length = std::sqrt(Dot(v, v));
-    if (!(length > 0.0) || !std::isfinite(length))
-        return {0.0, 1.0, 0.0};
-    return {v[0] / length, v[1] / length, v[2] / length};
+    return {p[1] * q[2] - p[2] * q[1], p[2] * q[0] - p[0] * q[2], p[0] * q[1] - p[1] * q[0]};
 }
 
-static Vector FaceNormal(const Vector corners[3])
+// Upwards for what has no direction: the format wants a length of 1 in any case.
+static Point Normalised(const Vector &v)
 {
-    const Vector p = Minus(corners[1], corners[0]), q = Minus(corners[2], corners[0]);
-    // Divided first: products of very small or large numbers leave the range.
-    const double size = std::sqrt(std::max(Dot(p, p), Dot(q, q)));
-    const double s = size > 0.0 ? 1.0 / size : 0.0;
-    return {(p[1] * s) * (q[2] * s) - (p[2] * s) * (q[1] * s),
-            (p[2] * s) * (q[0] * s) - (p[0] * s) * (q[2] * s),
-            (p[0] * s) * (q[1] * s) - (p[1] * s) * (q[0] * s)};
+    const double length = std::sqrt(Dot(v, v));
+    if (!(length > 0.0))
+        return {0.0f, 1.0f, 0.0f};
+    const double factor = 1.0 / length;
+    return {static_cast<float>(v[0] * factor), static_cast<float>(v[1] * factor),
+            static_cast<float>(v[2] * factor)};
 }
 
 struct Shape {
     const McGeometryView &geometry;
-    std::vector<Vector> places;
+    std::vector<Point> places;
     std::vector<Vector> normals;    // of the vertices, not yet of length 1; empty until they are asked for
     std::vector<uint32_t> newIndex; // of a vertex in the primitive that is made
-    std::vector<size_t> usedBy;     // the primitive that newIndex is about
-    size_t primitive;               // its number, from 1
+    std::vector<uint32_t> usedBy;   // the primitive that newIndex is about
+    uint32_t primitive;             // its number, from 1
 };
 
-static void CornersOf(const Shape &shape, const McFace &face, Vector corners[3])
+static const Point &CornerOf(const Shape &shape, const McFace &face, int corner)
 {
-    for (int at = 0; at < 3; ++at)
-        corners[at] = shape.places[static_cast<size_t>(face.vertices[at] - 1)];
+    return shape.places[static_cast<size_t>(face.vertices[corner] - 1)];
+}
+
+static bool IsFinite(const Point &place)
+{
+    return std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2]);
+}
+
+static bool IsFinite(const Shape &shape, const McFace &face)
+{
+    return IsFinite(CornerOf(shape, face, 0)) && IsFinite(CornerOf(shape, face, 1)) &&
+           IsFinite(CornerOf(shape, face, 2));
+}
+
+constexpr double pi = 3.14159265358979;
+
+// The angle between two vectors whose lengths multiply to that, to 0.0001: a weight needs no more, and the
+// library's own function takes a tenth of the whole work.
+static double Angle(const Vector &a, const Vector &b, double lengths)
+{
+    const double cosine = std::clamp(Dot(a, b) / lengths, -1.0, 1.0), x = std::abs(cosine);
+    const double angle =
+        std::sqrt(1.0 - x) * (1.5707288 + x * (-0.2121144 + x * (0.0742610 + x * -0.0187293)));
+    return cosine < 0.0 ? pi - angle : angle;
 }
 
 // The wider a face's angle at a vertex, the more it counts there, however the surface is cut into faces.
@@ -57,54 +78,51 @@ static void FindNormals(Shape *shape)
     shape->normals.resize(shape->places.size(), Vector{});
     for (size_t i = 0; i < shape->geometry.faceCount; ++i) {
         const McFace &face = shape->geometry.faces[i];
-        Vector corners[3];
-        CornersOf(*shape, face, corners);
-        const Vector cross = FaceNormal(corners);
-        if (!(Dot(cross, cross) > 0.0) || !std::isfinite(Dot(cross, cross)))
+        const Point &a = CornerOf(*shape, face, 0), &b = CornerOf(*shape, face, 1),
+                    &c = CornerOf(*shape, face, 2);
+        const Vector ab = Minus(b, a), ac = Minus(c, a), bc = Minus(c, b);
+        const Vector cross = Cross(ab, ac);
+        const double area = std::sqrt(Dot(cross, cross));
+        if (!(area > 0.0) || !std::isfinite(area))
             continue;
-        const Vector normal = Normalised(cross);
-        for (int at = 0; at < 3; ++at) {
-            const Vector to = Normalised(Minus(corners[(at + 1) % 3], corners[at]));
-            const Vector from = Normalised(Minus(corners[(at + 2) % 3], corners[at]));
-            const double angle = std::acos(std::clamp(Dot(to, from), -1.0, 1.0));
-            Vector &sum = shape->normals[static_cast<size_t>(face.vertices[at] - 1)];
+        const double abLength = std::sqrt(Dot(ab, ab));
+        const double atA = Angle(ab, ac, abLength * std::sqrt(Dot(ac, ac)));
+        const double atB = pi - Angle(ab, bc, abLength * std::sqrt(Dot(bc, bc)));
+        const double angles[3] = {atA / area, atB / area, (pi - atA - atB) / area};
+        for (int at = 0; at < 3; ++at)
             for (size_t axis = 0; axis < 3; ++axis)
-                sum[axis] += normal[axis] * angle;
-        }
+                shape->normals[static_cast<size_t>(face.vertices[at] - 1)][axis] += cross[axis] * angles[at];
     }
 }
 
 // The vertices and indices of one primitive.
 struct Primitive {
     bool hasNormals, hasUVs;
+    size_t width; // floats of a vertex
     std::vector<float> vertices;
     std::vector<uint32_t> indices;
-    Bounds bounds;
+    Point least, most;
 };
 
-static size_t FloatsOf(const Primitive &primitive)
+static void AddVertex(Primitive *primitive, const Shape &shape, size_t vertex, const Point &normal)
 {
-    return 3u + (primitive.hasNormals ? 3u : 0u) + (primitive.hasUVs ? 2u : 0u);
-}
-
-static void AddVertex(Primitive *primitive, const Shape &shape, size_t vertex, const Vector &normal)
-{
-    const auto count = static_cast<uint32_t>(primitive->vertices.size() / FloatsOf(*primitive));
-    Vector rounded;
+    const size_t start = primitive->vertices.size();
+    primitive->indices.push_back(static_cast<uint32_t>(start / primitive->width));
+    primitive->vertices.resize(start + primitive->width);
+    float *to = &primitive->vertices[start];
     for (size_t axis = 0; axis < 3; ++axis) {
-        primitive->vertices.push_back(static_cast<float>(shape.places[vertex][axis]));
-        rounded[axis] = primitive->vertices.back();
+        const float part = shape.places[vertex][axis];
+        *to++ = part;
+        primitive->least[axis] = std::min(primitive->least[axis], part);
+        primitive->most[axis] = std::max(primitive->most[axis], part);
     }
-    Grow(&primitive->bounds, rounded);
     if (primitive->hasNormals)
-        for (const double part : Normalised(normal))
-            primitive->vertices.push_back(static_cast<float>(part));
+        to = std::copy(normal.begin(), normal.end(), to);
     if (primitive->hasUVs) {
         const McUV uv = shape.geometry.hasUV[vertex] ? shape.geometry.uvs[vertex] : McUV{0.0f, 0.0f};
-        primitive->vertices.push_back(std::isfinite(uv.u) ? uv.u : 0.0f);
-        primitive->vertices.push_back(std::isfinite(uv.v) ? uv.v : 0.0f);
+        *to++ = std::isfinite(uv.u) ? uv.u : 0.0f;
+        *to++ = std::isfinite(uv.v) ? uv.v : 0.0f;
     }
-    primitive->indices.push_back(count);
 }
 
 // A vertex that faces share.
@@ -114,15 +132,16 @@ static void AddSharedVertex(Primitive *primitive, Shape *shape, size_t vertex)
         primitive->indices.push_back(shape->newIndex[vertex]);
         return;
     }
-    AddVertex(primitive, *shape, vertex, primitive->hasNormals ? shape->normals[vertex] : Vector{});
+    AddVertex(primitive, *shape, vertex,
+              primitive->hasNormals ? Normalised(shape->normals[vertex]) : Point{});
     shape->usedBy[vertex] = shape->primitive;
     shape->newIndex[vertex] = primitive->indices.back();
 }
 
-static void AddEdges(Primitive *primitive, Shape *shape, const std::vector<size_t> &faces)
+static void AddEdges(Primitive *primitive, Shape *shape, const std::vector<uint32_t> &faces)
 {
     std::vector<std::pair<int, int>> edges;
-    for (const size_t index : faces) {
+    for (const uint32_t index : faces) {
         const int *v = shape->geometry.faces[index].vertices;
         for (int at = 0; at < 3; ++at)
             edges.push_back(std::minmax({v[at], v[(at + 1) % 3]}));
@@ -135,13 +154,17 @@ static void AddEdges(Primitive *primitive, Shape *shape, const std::vector<size_
     }
 }
 
-static void AddFaces(Primitive *primitive, Shape *shape, const std::vector<size_t> &faces, bool isFlat)
+static void AddFaces(Primitive *primitive, Shape *shape, const std::vector<uint32_t> &faces, bool isFlat)
 {
-    for (const size_t index : faces) {
+    primitive->indices.reserve(faces.size() * 3);
+    primitive->vertices.reserve(faces.size() * primitive->width * (isFlat ? 3 : 1));
+    for (const uint32_t index : faces) {
         const McFace &face = shape->geometry.faces[index];
-        Vector corners[3];
-        CornersOf(*shape, face, corners);
-        const Vector normal = isFlat ? FaceNormal(corners) : Vector{};
+        const Point &a = CornerOf(*shape, face, 0);
+        const Point normal =
+            isFlat
+                ? Normalised(Cross(Minus(CornerOf(*shape, face, 1), a), Minus(CornerOf(*shape, face, 2), a)))
+                : Point{};
         for (const int vertex : face.vertices) {
             if (isFlat)
                 AddVertex(primitive, *shape, static_cast<size_t>(vertex - 1), normal);
@@ -165,13 +188,13 @@ static size_t AddIndices(Glb *glb, const std::vector<uint32_t> &indices, size_t 
 
 static Json AddPrimitive(Glb *glb, const Primitive &primitive)
 {
-    const size_t stride = FloatsOf(primitive) * 4, count = primitive.vertices.size() * 4 / stride;
+    const size_t stride = primitive.width * 4, count = primitive.vertices.size() / primitive.width;
     const size_t view =
         AddGlbView(glb, primitive.vertices.data(), primitive.vertices.size() * 4, stride, glbVertices);
     Json attributes;
     const size_t position = AddGlbAccessor(glb, view, 0, glbFloat, count, "VEC3");
-    glb->accessors[position]["min"] = primitive.bounds.least;
-    glb->accessors[position]["max"] = primitive.bounds.most;
+    glb->accessors[position]["min"] = primitive.least;
+    glb->accessors[position]["max"] = primitive.most;
     attributes["POSITION"] = position;
     if (primitive.hasNormals)
         attributes["NORMAL"] = AddGlbAccessor(glb, view, 12, glbFloat, count, "VEC3");
@@ -181,19 +204,19 @@ static Json AddPrimitive(Glb *glb, const Primitive &primitive)
 }
 
 // The faces of each surface, without those that a reader of the format can't take.
-static std::map<int, std::vector<size_t>> SortFaces(Glb *glb, const Shape &shape)
+static std::map<int, std::vector<uint32_t>> SortFaces(Glb *glb, const Shape &shape)
 {
-    std::map<int, std::vector<size_t>> sorted;
+    std::map<int, std::vector<uint32_t>> sorted;
+    std::vector<uint32_t> *faces = nullptr;
     for (size_t i = 0; i < shape.geometry.faceCount; ++i) {
         const McFace &face = shape.geometry.faces[i];
-        bool finite = true;
-        for (const int vertex : face.vertices)
-            for (const double part : shape.places[static_cast<size_t>(vertex - 1)])
-                finite = finite && std::isfinite(static_cast<float>(part));
-        if (finite)
-            sorted[face.surface].push_back(i);
-        else
+        if (!IsFinite(shape, face)) {
             ++glb->lostFaces;
+            continue;
+        }
+        if (!faces || face.surface != shape.geometry.faces[i - 1].surface)
+            faces = &sorted[face.surface];
+        faces->push_back(static_cast<uint32_t>(i));
     }
     return sorted;
 }
@@ -202,14 +225,19 @@ void AddGlbGeometry(Glb *glb, GlbMesh *mesh, const McGeometryView &geometry, con
                     const Matrix &residual)
 {
     const size_t vertices = geometry.vertexCount;
-    Shape shape = {geometry, {}, {}, std::vector<uint32_t>(vertices), std::vector<size_t>(vertices), 0};
+    Shape shape = {geometry, {}, {}, std::vector<uint32_t>(vertices), std::vector<uint32_t>(vertices), 0};
     shape.places.reserve(vertices);
-    for (size_t i = 0; i < vertices; ++i)
-        shape.places.push_back(Place(geometry.points[i], residual));
+    for (size_t i = 0; i < vertices; ++i) {
+        const Vector place = Place(geometry.points[i], residual);
+        shape.places.push_back(
+            {static_cast<float>(place[0]), static_cast<float>(place[1]), static_cast<float>(place[2])});
+    }
     for (const auto &[index, faces] : SortFaces(glb, shape)) {
         const McSurface &surface = surfaces[index];
-        const bool isWire = surface.geometrySampling == mcWIREFRAME;
-        Primitive primitive = {!isWire, geometry.uvs && !isWire, {}, {}, NoBounds()};
+        const bool isWire = surface.geometrySampling == mcWIREFRAME, hasUVs = geometry.uvs && !isWire;
+        const size_t width = 3u + (isWire ? 0u : 3u) + (hasUVs ? 2u : 0u);
+        Primitive primitive = {!isWire, hasUVs, width, {}, {}, {}, {}};
+        primitive.least = primitive.most = CornerOf(shape, geometry.faces[faces.front()], 0);
         ++shape.primitive;
         if (isWire) {
             AddEdges(&primitive, &shape, faces);
@@ -223,7 +251,7 @@ void AddGlbGeometry(Glb *glb, GlbMesh *mesh, const McGeometryView &geometry, con
         json["material"] = AddGlbSurface(glb, surface);
         json["mode"] = isWire ? glbLines : glbTriangles;
         mesh->primitives.push_back(json);
-        Grow(&mesh->bounds, primitive.bounds.least);
-        Grow(&mesh->bounds, primitive.bounds.most);
+        for (const Point &corner : {primitive.least, primitive.most})
+            Grow(&mesh->bounds, {corner[0], corner[1], corner[2]});
     }
 }
