@@ -20,7 +20,7 @@ static void AddLostObjects(const Mc3dsFile *scene, std::vector<std::string> *los
     FindTree(scene, &lost);
     if (!lost.empty())
         losses->push_back(
-            "objects that hang from no object, and are left out: " + std::to_string(lost.size()) + " of " +
+            "objects without a parent in the scene, left out: " + std::to_string(lost.size()) + " of " +
             std::to_string(scene->objectCount) +
             "; --flat writes them; the first: " + InQuotes(scene->objects[lost.front()].safeName));
 }
