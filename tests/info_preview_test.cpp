@@ -73,7 +73,7 @@ TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
     EXPECT_NE(json.find("\"A\\u009b\\u007f\xC3\xA4\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"pivot\":[null,null,1]"), std::string::npos) << json;
     EXPECT_NE(text.find("  \"\\x1b[\\xe4\\  1 vertex"), std::string::npos) << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("--flat alone[^\n]*\n  LOST"))) << text;
+    EXPECT_TRUE(std::regex_search(text, std::regex("only --flat writes them\n  LOST"))) << text;
 }
 
 #if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)

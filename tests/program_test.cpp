@@ -39,7 +39,7 @@ static const Row rows[] = {
     {"two.3ds -o none.3ds", 1, "a scene or an animation of that name exists"},
     {"two.3ds --header=two.vue", 1, "it is the animation that belongs to the scene"},
     {"two.3ds --animation=./two.mcx", 1, "two of the files to write are one"},
-    {"lost.3ds", 0, "warning: objects that hang from no object, and are left out: 1 of 2; --flat.*\"LID\"",
+    {"lost.3ds", 0, "warning: objects without a parent in the scene, left out: 1 of 2; --flat.*\"LID\"",
      "lost.mcx"},
     {"lost.3ds --animation", 0, "warning: no animation: there is no \"lost.vue\"", "lost.mcx"},
     {"", 2, "no scene is given"},

@@ -115,7 +115,7 @@ static void AddTree(const Look &look, const Mc3dsFile *scene, const SceneSummary
         *text += ObjectText(scene, summary, row.object);
     }
     if (!summary.unreached.empty())
-        *text += "\nReached by --flat alone, as they hang from no object\n";
+        *text += "\nWithout a parent in the scene: only --flat writes them\n";
     for (const uint32_t index : summary.unreached)
         *text += "  " + ObjectText(scene, summary, index);
 }
