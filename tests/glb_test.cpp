@@ -79,14 +79,10 @@ static std::vector<double> NumbersOf(const GlbFile &file, size_t index)
         for (size_t part = 0; part < count; ++part) {
             const size_t at = view["byteOffset"].get<size_t>() + accessor.value("byteOffset", size_t{0}) +
                               i * stride + part * width;
-            float single;
-            uint16_t narrow;
-            std::memcpy(&single, file.binary.data() + at, 4);
-            std::memcpy(&narrow, file.binary.data() + at, 2);
-            if (type == 5126)
-                numbers.push_back(single);
-            else
-                numbers.push_back(type == 5123 ? narrow : NumberAt(file.binary, at));
+            float single = 0;
+            uint32_t whole = 0;
+            std::memcpy(type == 5126 ? static_cast<void *>(&single) : &whole, file.binary.data() + at, width);
+            numbers.push_back(type == 5126 ? static_cast<double>(single) : whole);
         }
     return numbers;
 }

@@ -237,13 +237,15 @@ def build(faults, copy, sanitize):
         done = subprocess.run(["cmake", "--build", str(copy / "build"), "--", "-k", "0"], capture_output=True, text=True)
         if done.returncode == 0:
             return faults
-        places = set(re.findall(re.escape(str(copy)) + r"/((?:src|platform|host)/[\w/.]+):(\d+):", done.stdout))
-        bad = {number for number, fault in faults.items() if (fault.file, str(fault.line + 1)) in places}
-        if not bad:  # a name that is declared in a statement that was planted
-            files = {file for file, _ in places}
-            bad = {number for number, fault in faults.items() if fault.file in files and fault.rule == "statement"}
+        places = re.findall(re.escape(str(copy)) + r"/((?:src|platform|host)/[\w/.]+):(\d+):\d+: (?:error|  required)", done.stdout)
+        # The second try is for declarations that a fault has spoilt, and that the errors come after.
+        for before in (0, 40):
+            bad = {number for number, fault in faults.items() for file, line in places
+                   if fault.file == file and 0 <= int(line) - 1 - fault.line <= before}
+            if bad:
+                break
         if not bad:
-            sys.exit(done.stdout[-3000:])
+            sys.exit("\n".join(re.findall(r".*(?:error|undefined).*", done.stdout)) or done.stdout[-3000:])
         for number in bad:
             fault = faults.pop(number)
             lines = (ROOT / fault.file).read_text()
