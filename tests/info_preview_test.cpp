@@ -82,6 +82,17 @@ struct Picture {
     std::vector<unsigned char> rgb;
 };
 
+static Picture ReadPicture(const char *name)
+{
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    EXPECT_NE(png_image_begin_read_from_file(&image, name), 0) << image.message;
+    image.format = PNG_FORMAT_RGB;
+    Picture picture = {image.width, image.height, std::vector<unsigned char>(PNG_IMAGE_SIZE(image))};
+    EXPECT_NE(png_image_finish_read(&image, nullptr, picture.rgb.data(), 0, nullptr), 0) << image.message;
+    return picture;
+}
+
 // A picture of a red cube.
 static Picture Draw(uint32_t shading, uint32_t transparency, const std::string &options)
 {
@@ -94,13 +105,7 @@ static Picture Draw(uint32_t shading, uint32_t transparency, const std::string &
                                   NamedObject("CUBE", {cube})},
                                  {Kfhdr(3), ObjectNode("CUBE", noParent)}));
     MustRun(program + "-o out.mcx --preview out.png " + options);
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    EXPECT_NE(png_image_begin_read_from_file(&image, "out.png"), 0) << image.message;
-    image.format = PNG_FORMAT_RGB;
-    Picture picture = {image.width, image.height, std::vector<unsigned char>(PNG_IMAGE_SIZE(image))};
-    EXPECT_NE(png_image_finish_read(&image, nullptr, picture.rgb.data(), 0, nullptr), 0) << image.message;
-    return picture;
+    return ReadPicture("out.png");
 }
 
 // How much more red than blue there is at a place, given in parts of the picture's sides.
@@ -126,6 +131,74 @@ TEST_F(InfoPreviewTest, ThePictureShowsTheModelInTheMiddle)
     EXPECT_LT(Redness(clear, x, y), Redness(solid, x, y));
     EXPECT_LT(Redness(wire, x, y), 0);
     EXPECT_TRUE(solid.rgb == Draw(1, 0, "--protos --flat").rgb);
+}
+
+// Every second row, with a letter for the lightness of each pixel: a small one if it is more red than blue.
+static std::string AsText(const Picture &picture)
+{
+    std::string text;
+    for (size_t y = 0; y < picture.height; y += 2) {
+        for (size_t x = 0; x < picture.width; ++x) {
+            const unsigned char *pixel = &picture.rgb[(y * picture.width + x) * 3];
+            const int level = (pixel[0] * 2 + pixel[1] * 5 + pixel[2]) / 8 / 16;
+            text += static_cast<char>((pixel[0] > pixel[2] + 24 ? 'a' : 'A') + level);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+// How many pixels differ by more than a level from the expected picture, which is a golden file.
+static size_t CountOfOthers(const std::string &text, const std::string &name)
+{
+    const std::string path = std::string(MC3DS_GOLDEN_DIR "/") + name;
+    if (std::getenv("MC3DS_UPDATE_GOLDEN"))
+        WriteFile(path, text);
+    const std::string expected = ReadText(path);
+    size_t others = text.size() == expected.size() ? 0 : text.size();
+    for (size_t i = 0; i < text.size() && i < expected.size(); ++i)
+        others += std::abs(text[i] - expected[i]) > 1 ? 1 : 0;
+    return others;
+}
+
+// Four squares, one behind the other as they are seen: a solid one, then blue glass, red glass, and a small
+// solid one in front. The file has them in another order.
+TEST_F(InfoPreviewTest, WhatIsInFrontCoversWhatIsBehind)
+{
+    const auto square = [](const char *name, const char *material, float at, float size) {
+        return NamedObject(
+            name,
+            {Mesh({Points({at, -at, at, at + size, -at, at, at + size, -at, at + size, at, -at, at + size}),
+                   Faces({0, 1, 2, 0, 2, 3}, {MaterialGroup(material, {0, 1})})})});
+    };
+    const Bytes red = Colour24(255, 40, 0), blue = Colour24(0, 40, 255), white = Colour24(255, 255, 255);
+    const Bytes materials = Join({Material("RED", {Finish(red, red, red, 1, 0, 50)}),
+                                  Material("BLUE", {Finish(blue, blue, blue, 2, 0, 50)}),
+                                  Material("WHITE", {Finish(white, white, white, 1)})});
+    WriteFile("scene.3ds", Scene({materials, square("FRONT", "WHITE", 3, 1), square("R", "RED", 2, 4),
+                                  square("BACK", "WHITE", 0, 6), square("B", "BLUE", 1, 5)}));
+    for (const char *form : {"", "--protos", "--merged"}) {
+        MustRun(program + "--info --preview p.png --preview-size 64x48 " + form + " >shown");
+        EXPECT_LE(CountOfOthers(AsText(ReadPicture("p.png")), "picture_squares.txt"), 40u)
+            << form << '\n'
+            << AsText(ReadPicture("p.png"));
+    }
+}
+
+// Nine frames, of which the strip has 0, 2, 4, 6 and 8.
+TEST_F(InfoPreviewTest, AStripOfNineFramesTakesEverySecond)
+{
+    std::string vue;
+    for (int frame = 0; frame < 9; ++frame)
+        vue += "frame " + std::to_string(frame) + " transform A 1 0 0 0 1 0 0 0 1 " +
+               std::to_string(frame * frame) + " 0 0\n";
+    WriteFile("scene.vue", vue);
+    WriteFile("scene.3ds",
+              Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9}), Faces({0, 1, 2})})})},
+                    {Kfhdr(9), ObjectNode("A", noParent)}));
+    MustRun(program + "--info --preview p.png --preview-frame strip --preview-size 48x24 >shown");
+    EXPECT_LE(CountOfOthers(AsText(ReadPicture("p.png")), "picture_strip.txt"), 40u)
+        << AsText(ReadPicture("p.png"));
 }
 
 TEST_F(InfoPreviewTest, WhyAPictureIsEmptyIsSaid)

@@ -1,0 +1,67 @@
+// The program on a terminal: what it draws, and what keeps it from that.
+#if defined(MC3DS_PROGRAM) && !defined(_WIN32)
+
+#include <fstream>
+
+#include "program.h"
+
+// What a terminal gets, with those variables set and nothing else that matters.
+static std::string OnTerminal(const std::string &variables, const std::string &arguments)
+{
+    const std::string line = "env -u NO_COLOR -u COLORTERM -u LC_ALL -u LC_CTYPE LANG=C " + variables + ' ' +
+                             program.string() + ' ' + arguments;
+    return RunCommand("script -qec '" + line + "' /dev/null < /dev/null").output;
+}
+
+struct TerminalTest : SceneTest {};
+
+TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
+{
+    if (RunCommand("command -v script").status != 0)
+        GTEST_SKIP() << "no script";
+    MakeInputs();
+    std::filesystem::copy_file("two.3ds", "b.3ds");
+    const struct {
+        const char *variables, *arguments;
+        std::vector<const char *> has, hasNot;
+    } rows[] = {
+        {"TERM=xterm-256color",
+         "--info two.3ds",
+         {"\x1b[48;5;59m    \x1b[0m #333333 GLASS", "`- LID"},
+         {"\x1b[48;2"}},
+        {"TERM=xterm-256color COLORTERM=truecolor", "--info two.3ds", {"\x1b[48;2;51;51;51m"}, {"\x1b[48;5"}},
+        {"TERM=xterm-direct LC_ALL=C.UTF-8", "--info two.3ds", {"\x1b[48;2;51;51;51m", "└─ LID"}, {}},
+        {"TERM=xterm-256color NO_COLOR=1", "--info two.3ds", {"  #333333 GLASS"}, {"\x1b"}},
+        {"TERM=xterm", "--info two.3ds", {"  #333333 GLASS"}, {"\x1b"}},
+        {"TERM=dumb COLORTERM=truecolor", "--info two.3ds", {"  #333333 GLASS"}, {"\x1b"}},
+        {"TERM=xterm",
+         "two.3ds b.3ds",
+         {"\r[1/2] two.3ds", "\r[2/2] b.3ds", "2 scenes: 2 converted; 4 objects"},
+         {"[3/"}},
+        {"TERM=xterm", "two.3ds b.3ds -j 2", {"\r[0/2] two.3ds", "\r[2/2] "}, {}},
+        {"TERM=dumb", "two.3ds b.3ds", {"2 scenes: 2 converted"}, {"\r["}},
+        {"TERM=xterm", "two.3ds b.3ds -v", {"wrote b.mcx"}, {"\r["}},
+        {"TERM=xterm", "two.3ds", {"wrote two.mcx"}, {"\r["}},
+    };
+    for (const auto &row : rows) {
+        const std::string shown = OnTerminal(row.variables, row.arguments);
+        for (const char *part : row.has)
+            EXPECT_NE(shown.find(part), std::string::npos) << row.variables << ' ' << row.arguments << '\n'
+                                                           << part << '\n'
+                                                           << shown;
+        for (const char *part : row.hasNot)
+            EXPECT_EQ(shown.find(part), std::string::npos) << row.variables << ' ' << row.arguments << '\n'
+                                                           << part << '\n'
+                                                           << shown;
+    }
+    // What is shown of a long name is its end, and no more than 78 columns.
+    const std::string folder = std::string(60, 'd') + '/' + std::string(60, 'e');
+    std::filesystem::create_directories(folder);
+    std::filesystem::copy_file("two.3ds", folder + "/last.3ds");
+    const std::string shown = OnTerminal("TERM=xterm", "two.3ds " + folder + "/last.3ds");
+    const size_t at = shown.find("\r[2/2] ...");
+    ASSERT_NE(at, std::string::npos) << shown;
+    EXPECT_EQ(shown.find("/last.3ds", at), at + 1 + 78 - 9) << shown;
+}
+
+#endif
