@@ -28,7 +28,8 @@ ROOT = HERE.parent
 FOLDERS = ["src", "platform", "host"]
 FILE_LIMIT = 2 << 30  # bytes that a test may write into one file
 SELECTOR = "MC3DS_FAULT"
-SLOW = "Scenes/*:*Memory*:FileFailure*:Deep*:*EndsEarly*:StrictMcl*:DirectTargets*:*Browser*:*Interrupt*:Glb*"
+# StrictMcl compiles the sources itself, without the header that the faults need.
+SLOW = "Scenes/*:*Memory*:FileFailure*:Deep*:*EndsEarly*:DirectTargets*:*Browser*:*Interrupt*:Glb*"
 
 HEADER = r"""
 #ifndef MC3DS_PLANTED
@@ -276,7 +277,7 @@ def run(copy, number, arguments, timeout):
 
 
 def survives(copy, number, timeout):
-    return (run(copy, number, ["--gtest_filter=-" + SLOW], timeout) and
+    return (run(copy, number, ["--gtest_filter=-StrictMcl*:" + SLOW], timeout) and
             run(copy, number, ["--gtest_filter=" + SLOW], timeout))
 
 
