@@ -12,9 +12,9 @@ struct Reader {
     Mc3dsFile *scene;
     uint32_t objectRoom;
     Mc3dsObject nobody;
-    Mc3dsObject *object;     // what the mesh or node in work is about
-    Mc3dsMaterial *material; // in work
-    float *numbers;          // where the next colour or percentage goes
+    Mc3dsObject *object;     // of the current mesh or node
+    Mc3dsMaterial *material; // current
+    float *numbers;          // destination of the next colour or percentage
     std::unordered_map<std::string, uint32_t> objects;
     std::unordered_map<std::string, int32_t> materials;
 };
@@ -50,7 +50,7 @@ static Entry *Grow(Entry *array, size_t count)
     return static_cast<Entry *>(std::realloc(static_cast<void *>(array), count * sizeof(Entry)));
 }
 
-// The next numbers of a vertex, which begin at entry in the bounds.
+// Reads numbers of a vertex; entry is their index in the bounds.
 static void GetVertexNumbers(Reader *reader, float *numbers, int entry, int count)
 {
     GetFloats(reader, numbers, count);
@@ -161,7 +161,6 @@ static void GetNodeHeader(Reader *reader)
     reader->object->nodeId = static_cast<int32_t>(reader->scene->nodeCounter++);
 }
 
-// m is read from and written to.
 static void ShiftByPivot(const Mc3dsObject *object, Mc3dsTransform *m)
 {
     const Mc3dsTransform before = *m;
@@ -206,7 +205,7 @@ static void GetFrameCount(Reader *reader)
     reader->scene->frameCount = Get<uint32_t>(reader);
 }
 
-// What a chunk that has children holds ahead of them. False for one without any.
+// Reads the data of a chunk before its children. False for a chunk without children.
 static bool GetParent(Reader *reader, uint16_t tag)
 {
     Mc3dsMaterial *material = reader->material;
@@ -224,7 +223,7 @@ static bool GetParent(Reader *reader, uint16_t tag)
     case MAT_SPECULAR: reader->numbers = material->specular; return true;
     case MAT_SHININESS: reader->numbers = &material->shininess; return true;
     case MAT_TRANSPARENCY: reader->numbers = &material->transparency; return true;
-    case MAT_TEXMAP: reader->numbers = reader->nobody.pivot; return true; // its strength goes nowhere
+    case MAT_TEXMAP: reader->numbers = reader->nobody.pivot; return true; // its strength is discarded
     default: return false;
     }
 }
@@ -266,7 +265,7 @@ static void GetChunks(Reader *reader, uint32_t end)
             GetChild(reader, tag);
         if (tag == N_TRI_OBJECT)
             MoveToObjectSpace(reader->object);
-        // Readers don't rely on how far they have read.
+        // Seeks to the end of the chunk, wherever its reader stopped.
         fseeko(reader->stream, reader->position = next, SEEK_SET);
     }
 }

@@ -102,7 +102,7 @@ static void Triangle(Writer *writer, const Mc3dsFace &face)
 
 static void Vertices(Writer *writer, const Mc3dsObject &object)
 {
-    const auto shift = [](double m) { // a whole number that brings the least co-ordinate to 0 or 1
+    const auto shift = [](double m) { // a whole number that moves the least co-ordinate into [0, 2)
         const double whole = -static_cast<double>(static_cast<int64_t>(m));
         return whole < 0.0 ? whole : whole + 1.0;
     };
@@ -148,7 +148,7 @@ static void Geometry(Writer *writer, const Mc3dsObject &object)
     }
 }
 
-// The world transform of an object, its inverse, and the transform against its parent.
+// local: the transform relative to the parent. inverse: of the object's world transform.
 static void Place(const Writer *writer, const Mc3dsTransform *key, const Mc3dsTransform *parentInverse,
                   Mc3dsTransform *local, Mc3dsTransform *inverse)
 {

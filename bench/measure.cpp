@@ -1,12 +1,12 @@
-// Times actions, in turns and in one process, and prints for each the median in seconds, that of the
-// processor's time alone, and by how many KiB the peak of the process' memory has grown since its start.
+// Times actions in turn in one process. Prints for each action the median seconds of wall time and of
+// processor time, and the growth of the process's peak memory since its start, in KiB.
 //   mc3ds_measure RUNS OUTPUT ACTION FILE [ACTION FILE]...
-// One run more comes first, to warm up.
+// An extra first run warms up.
 // fread, load and base-load read FILE into memory that is fresh from the system; fwrite writes its bytes;
-// script and source write the scene in it, direct and bare build its model; convert and base-convert load it
-// and write it as a script. base- is the plain way, heard- with a host that takes the reports, bare as many
-// calls of the Meshcaster library as a direct build makes, with nothing around them. Files are written to
-// OUTPUT and stay as OUTPUT.ACTION; a header and an animation file have .h and .anim behind that.
+// script and source write its scene; direct and bare build its model; convert and base-convert load it and
+// write a script. base- uses the plain code of baseline.h, heard- sets report callbacks, and bare makes only
+// the calls of the Meshcaster library, as many as a direct build. Files are written to OUTPUT and then
+// renamed to OUTPUT.ACTION, with .h for the header and .anim for the animation.
 
 #include <algorithm>
 #include <chrono>
@@ -44,7 +44,7 @@ static double Median(std::vector<double> numbers)
     return numbers.empty() ? 0.0 : numbers[numbers.size() / 2];
 }
 
-// Not getrusage's figure, which a process inherits from the one that started it.
+// Not from getrusage: a process inherits that figure from its parent.
 static long PeakKiB()
 {
     long peak = 0;
@@ -174,7 +174,7 @@ static void Ignore(int32_t, const char *)
 {
 }
 
-// What an action has made, to be freed when its time is taken.
+// The results of an action, freed after its time is taken.
 struct Made {
     char *memory;
     Mc3dsFile *scene;
@@ -185,7 +185,7 @@ static Made Act(const Job &job)
 {
     const char *path = job.path.c_str();
     Made made = {};
-    // The plain way has no reports, so there is no one to listen to ours but where that is what is timed.
+    // The plain code has no reports. So callbacks are set only where their time is measured.
     const Mc3dsCallback callback = job.action.starts_with("heard-") ? Ignore : nullptr;
     Mc3dsSetErrorCallback(callback);
     Mc3dsSetMessageCallback(callback);
@@ -210,7 +210,7 @@ static void Free(const Job &job, const Made &made)
     if (made.scene)
         job.action.starts_with("base-") ? BaselineFree(made.scene) : Mc3dsUnloadFile(made.scene);
     McFreeModel(made.clump);
-    malloc_trim(0); // the next run, too, gets its memory from the system
+    malloc_trim(0); // so that the next run gets fresh memory as well
 }
 
 int main(int argc, char **argv)
@@ -226,7 +226,7 @@ int main(int argc, char **argv)
         Prepare(&jobs.emplace_back(Job{argv[i], argv[i + 1], "", nullptr, {}, {}}));
     for (int run = -1; run < std::atoi(argv[1]); ++run)
         for (Job &job : jobs) {
-            // A file that is replaced first gives its memory back, for the new one to take.
+            // In a file system in memory, the new file takes the memory that the old one gives back.
             for (const char *kind : {"", ".h", ".anim"})
                 std::remove((output + "." + job.action + kind).c_str());
             const double start = Now(), processorStart = ProcessorNow();

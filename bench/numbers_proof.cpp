@@ -1,10 +1,9 @@
-// Holds numbers as text against snprintf in the "C" locale, and ends with 1 if any two texts differ.
+// Compares number texts with those of snprintf in the "C" locale. Exit status 1 if any differ.
 //   mc3ds_numbers_proof floats [FIRST COUNT]   bit patterns, all 2^32 of them by default
 //   mc3ds_numbers_proof doubles COUNT [SEED]
-// snprintf is asked once for each number, for "%f". C says what "%10.6f" adds to that: a precision of 6,
-// which "%f" has anyway, and a field width, which pads a text of fewer characters on the left with spaces and
-// changes no other. One number in 61 is put to snprintf both ways, in case the C library at hand knows
-// better.
+// snprintf formats each number once, with "%f". "%10.6f" has the same precision and adds only a field width:
+// C pads shorter texts on the left with spaces. One number in 61 is formatted both ways, in case the C
+// library differs.
 
 #include <atomic>
 #include <bit>
@@ -33,7 +32,7 @@ template <class Number>
 static void Check(Number number, bool askForWidth)
 {
     const auto value = static_cast<double>(number);
-    char expected[512] = "          nan", actual[512]; // the library prints no NaN with a sign
+    char expected[512] = "          nan", actual[512]; // the library prints NaN without a sign
     char *const unpadded = expected + 10;
     const size_t length =
         std::isnan(number) ? 3
@@ -52,13 +51,13 @@ static void Check(Number number, bool askForWidth)
     }
 }
 
-// A representable number at most four steps up or down.
+// A double at most four representable steps above or below number.
 static double Near(double number, uint64_t random)
 {
     return std::bit_cast<double>(std::bit_cast<uint64_t>(number) + random % 9 - 4);
 }
 
-// A whole number below 2^bits, all lengths alike.
+// A whole number below 2^bits; all lengths in bits are equally likely.
 static double Whole(uint64_t random, uint64_t bits)
 {
     return static_cast<double>(random >> (64 - bits + random % bits));
@@ -66,19 +65,19 @@ static double Whole(uint64_t random, uint64_t bits)
 
 static double MakeDouble(uint64_t number, std::mt19937_64 *generator)
 {
-    static const double limits[] = {0x1p51, 0x1p52, 0x1p53, 0x1p63, 0x1p64}; // of arithmetic on micro-units
+    static const double limits[] = {0x1p51, 0x1p52, 0x1p53, 0x1p63, 0x1p64}; // of arithmetic in millionths
     const uint64_t random = (*generator)(), other = (*generator)();
     const double sign = other >> 63 ? -1.0 : 1.0;
     switch (number % 8) {
-    // Exactly between two texts of six decimals lie the odd multiples of 1/128 and no other numbers.
+    // Only odd multiples of 1/128 are exactly halfway between two texts of six decimals.
     case 0: return sign * (2 * Whole(random, 51) + 1) / 128;
     case 1: return sign * Near((2 * Whole(random, 51) + 1) / 128, other);
-    case 2: return sign * Near((Whole(random, 52) + 0.5) / 1e6, other); // nearly between
+    case 2: return sign * Near((Whole(random, 52) + 0.5) / 1e6, other); // nearly halfway
     case 3: return sign * Near((limits[random % 5] + Whole(other, 12)) / 1e6, random >> 8);
     case 4: return sign * static_cast<double>(random >> 11) * 0x1p-53 * 2000;
-    case 5: return sign * std::bit_cast<double>(random >> (12 + other % 52)); // below the normal numbers
+    case 5: return sign * std::bit_cast<double>(random >> (12 + other % 52)); // subnormal
     case 6: return sign * Near(std::exp2(static_cast<double>(random % 140) - 30), other);
-    default: // any bit pattern; mostly exponents near 0, as the others have up to 300 digits
+    default: // any bit pattern; mostly exponents near 0, because others have up to 300 digits
         return std::bit_cast<double>(
             number % 64 == 7 ? random : (random & ~(uint64_t{0x7C} << 56)) | uint64_t{0x3C} << 56);
     }

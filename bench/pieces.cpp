@@ -1,4 +1,4 @@
-// The pieces that the time of large scenes is made of.
+// Times the operations that large scenes spend their time on.
 
 #include <benchmark/benchmark.h>
 #include <charconv>
@@ -13,7 +13,7 @@
 
 constexpr int64_t numberCount = 4096;
 
-// Coordinates of both signs and of one to four digits ahead of the point.
+// Co-ordinates of both signs, with one to four digits before the point.
 template <class Number>
 static std::vector<Number> Coordinates()
 {
@@ -86,7 +86,7 @@ static void EmitVertices(benchmark::State &state)
 }
 BENCHMARK(EmitVertices);
 
-// In the portions of a vertex, of a matrix and of a whole array.
+// The portions are a vertex, a matrix and a whole array.
 static void ReadFloats(benchmark::State &state)
 {
     std::vector<float> numbers(1 << 18);
