@@ -16,7 +16,7 @@ static bool hasVue;
 
 extern "C" FILE *__real_fopen64(const char *path, const char *mode);
 
-// The linker leads fopen here. What is written goes nowhere, whatever the file is called.
+// `--wrap` redirects fopen64 here. All writes go to /dev/null, whatever the file name.
 extern "C" FILE *__wrap_fopen64(const char *path, const char *mode)
 {
     if (mode[0] == 'w')
@@ -48,8 +48,8 @@ void LoadAndWrite(const void *scene, size_t sceneSize, const void *vue, size_t v
     hasVue = vue != nullptr;
     Mc3dsFile *file = Mc3dsLoadFile("scene.3ds");
     Require(CheckScene(file).empty(), CheckScene(file).c_str());
-    // One output a run: eight cost more than the load. Which one depends on the bytes alone, so that a find
-    // can be repeated, and changes with nearly every mutation.
+    // One output per run: all eight take longer than the load. A hash of the bytes selects it, so that a find
+    // can be repeated and nearly every mutation changes it.
     const std::string_view bytes(static_cast<const char *>(vue ? vue : scene), vue ? vueSize : sceneSize);
     const std::string fault =
         CheckOutput(file, allOutputs[std::hash<std::string_view>()(bytes) % std::size(allOutputs)]);

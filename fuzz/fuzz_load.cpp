@@ -1,4 +1,4 @@
-// A scene from arbitrary bytes, written in one of the forms.
+// Loads a scene from arbitrary bytes and writes it in one form.
 //   cmake --preset strict-clang && cmake --build --preset strict-clang && cd build/strict-clang/fuzz
 //   ./write_seeds corpus && ./fuzz_load -dict=../../../fuzz/chunks.dict -timeout=20 corpus/load
 

@@ -1,4 +1,4 @@
-// A .vue file from arbitrary bytes, beside a scene of four objects in three frames.
+// Loads a .vue file from arbitrary bytes, with a scene of three frames.
 //   cmake --preset strict-clang && cmake --build --preset strict-clang && cd build/strict-clang/fuzz
 //   ./write_seeds corpus && ./fuzz_vue -dict=../../../fuzz/chunks.dict -timeout=20 corpus/vue
 

@@ -1,5 +1,5 @@
-// Writes the scenes and .vue files of tests/seeds.cpp into the folders load and vue of a folder, the current
-// one if none is named.
+// write_seeds [FOLDER]: writes the scenes and .vue files of tests/seeds.cpp to FOLDER/load and FOLDER/vue.
+// The default is the current folder.
 
 #include <filesystem>
 #include <fstream>
