@@ -1,7 +1,6 @@
 /*
- * Stands in for the Meshcaster library and prints a line for each call that it gets, in the words of the
- * script. With MC3DS_FUNCTION defined the program runs that generated function; else it has MCL3DS20 build a
- * scene directly:
+ * Replaces the Meshcaster library and prints each call as a line in script syntax. With MC3DS_FUNCTION
+ * defined the program runs that generated function; else MCL3DS20 builds a scene directly:
  *   call_recorder scene flags surfaceFlags hintFlags scale
  */
 #include <mcl3ds20.h>
@@ -10,7 +9,7 @@
 #include <stdlib.h>
 
 struct McMatrix4d {
-    int number; /* 1 for the one that a document creates */
+    int number; /* 1 for the matrix that a document creates */
 };
 
 struct McClump {

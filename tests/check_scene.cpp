@@ -26,7 +26,7 @@ static bool Ends(const char (&field)[size])
     return std::memchr(field, '\0', size) != nullptr;
 }
 
-// Whether there is memory for all entries; the sanitizers know better than a test of the pointer.
+// Reads the first and the last byte, so that the sanitizers report an array that is too short.
 template <class Entry>
 static bool Reaches(const Entry *entries, uint64_t count)
 {
@@ -76,7 +76,7 @@ static std::string CheckMesh(const Mc3dsFile &file, const Mc3dsObject &object)
         const float low = object.boundsMin[i], high = object.boundsMax[i];
         const bool nothingSeen = low == Mc3dsLargest && high == -Mc3dsLargest;
         REQUIRE(low <= high || nothingSeen);
-        // What isn't a number leaves no trace in the bounds, and is none in object space either.
+        // NaN co-ordinates don't change the bounds and stay NaN in object space.
         REQUIRE(!nothingSeen || i >= 3 || vertexCount == 0 || std::isnan(object.vertices[0].x));
     }
     return "";
@@ -117,8 +117,8 @@ std::string CheckScene(const Mc3dsFile *file)
         if (const std::string fault = CheckObject(*file, object); !fault.empty())
             return fault + ", object " + std::to_string(i);
         roots += object.parentNode == 0xFFFF;
-        // With one object to a node number, each object hangs on one parent at most: a ring of links, which a
-        // file may well contain, then can't be reached from any root.
+        // Node numbers are unique, so an object has at most one parent. A file may contain a cycle of parent
+        // links, but no root reaches it.
         REQUIRE(object.nodeId == -1 || nodes.insert(object.nodeId).second);
     }
     REQUIRE(file->rootCount == roots && file->dummyCount <= file->objectCount);
@@ -129,7 +129,7 @@ std::string CheckOutput(const Mc3dsFile *file, uint32_t flags)
 {
     const bool direct = (flags & MC3DS_DIRECT) != 0;
 #if !defined(MC3DS_HAVE_MCLMODEL)
-    if (direct) // the model could not be freed
+    if (direct) // the model can't be freed
         return "";
 #endif
     const uint32_t surfaceFlags = (flags & MC3DS_FLAT) != 0 ? 0x1F : MC3DS_TEXTURES;
@@ -141,7 +141,7 @@ std::string CheckOutput(const Mc3dsFile *file, uint32_t flags)
     REQUIRE(direct || clump == nullptr);
 #if defined(MC3DS_HAVE_MCLMODEL)
     McFreeModel(clump);
-    // Prototypes share a name where objects do, which the other library counts as an error.
+    // Objects with the same name give prototypes with the same name: an error for the stand-in.
     const std::string error = (flags & MC3DS_PROTOS) != 0 ? "" : McFirstError();
     McClearErrors();
     REQUIRE(error.empty());

@@ -1,4 +1,4 @@
-// What holds for every scene and every output, whatever file it came from. For tests and fuzz targets alike.
+// Rules for every loaded scene and every output, checked by the tests and the fuzz targets.
 #ifndef MC3DS_TESTS_CHECK_SCENE_H
 #define MC3DS_TESTS_CHECK_SCENE_H
 
@@ -6,10 +6,10 @@
 
 #include "frame/frame.h"
 
-// The first thing about a loaded scene that must not be, as text; empty for a scene in order and for null.
+// The first rule that a loaded scene breaks, as text; empty for a valid scene and for null.
 std::string CheckScene(const Mc3dsFile *file);
 
-// One set of flags for each way through the outputs.
+// One flag set for each way of writing a scene.
 constexpr uint32_t allOutputs[] = {
     MC3DS_ANIMATION | MC3DS_HEADER | MC3DS_OPACITY,
     MC3DS_SOURCE | MC3DS_PROTOS,
@@ -21,8 +21,8 @@ constexpr uint32_t allOutputs[] = {
     MC3DS_DIRECT | MC3DS_MERGED | MC3DS_FIT_SIZE,
 };
 
-// Runs one output into nowhere, but for per-object files, which go into the current folder, and direct
-// builds, which are freed again. The fault that was found, as text; else empty.
+// Runs one output and discards it; only per-object files stay, in the current folder. Returns the fault found
+// as text, else an empty text.
 std::string CheckOutput(const Mc3dsFile *file, uint32_t flags);
 
 #endif

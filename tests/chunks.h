@@ -1,4 +1,4 @@
-// 3D Studio files as a few readable lines: each function returns the bytes of one piece of the file.
+// Builds 3D Studio files in a few readable lines. Each function returns the bytes of one part of the file:
 //   Scene({NamedObject("BOX", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), Faces({0, 1, 2})})})})
 #ifndef MC3DS_TESTS_CHUNKS_H
 #define MC3DS_TESTS_CHUNKS_H
@@ -55,7 +55,7 @@ inline Bytes Join(const Pieces &pieces)
     return bytes;
 }
 
-// A chunk whose length field is the caller's, for damaged files; Chunk counts for itself.
+// The caller sets the length field, for damaged files. Chunk computes it.
 inline Bytes ChunkOfLength(uint16_t tag, uint32_t length, const Pieces &pieces)
 {
     return U16(tag) + U32(length) + Join(pieces);
@@ -117,8 +117,8 @@ inline Bytes Map(uint16_t tag, const Bytes &name)
 {
     return Chunk(tag, {Percent(100), Chunk(0xA300, {Text(name)})});
 }
-// All that a material needs besides its name. The colours are colour chunks; shading is 0 wireframe, 1 flat,
-// 2 Gouraud, 3 Phong, 4 metal.
+// All chunks that a material needs besides its name. The colours are colour chunks; shading is 0 wireframe,
+// 1 flat, 2 Gouraud, 3 Phong, 4 metal.
 inline Bytes Finish(const Bytes &ambient, const Bytes &diffuse, const Bytes &specular, uint32_t shading,
                     uint32_t shininess = 25, uint32_t transparency = 0)
 {
@@ -137,7 +137,7 @@ inline Bytes Kfhdr(uint32_t frames)
 {
     return Chunk(0xB00A, {U16(5), Text("SCENE"), U32(frames)});
 }
-// parent counts the node chunks of every kind, from 0.
+// parent is the index of a node chunk, from 0; nodes of every kind count.
 inline Bytes ObjectNode(const Bytes &name, uint16_t parent, const Pieces &pieces = {})
 {
     return Chunk(0xB002, {Chunk(0xB010, {Text(name), U32(0), U16(parent)}), Join(pieces)});
@@ -150,7 +150,7 @@ inline Bytes Pivot(float x, float y, float z)
 struct Key {
     uint32_t frame;
     std::vector<float> values; // x, y, z of a position or scale; angle, x, y, z of a rotation
-    uint16_t flags = 0;        // each of the low five bits stands for one float of spline
+    uint16_t flags = 0;        // one float of spline for each of the low five bits
     std::vector<float> spline = {};
 };
 

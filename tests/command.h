@@ -1,4 +1,4 @@
-// Other programs, for the tests that need a compiler or a tool.
+// Runs other programs, for tests that need a compiler or a tool.
 #ifndef MC3DS_TESTS_COMMAND_H
 #define MC3DS_TESTS_COMMAND_H
 
@@ -13,11 +13,11 @@ inline std::string Quoted(const std::string &text)
 }
 
 struct CommandResult {
-    int status; // 0 when the command ended well
+    int status; // 0 on success
     std::string output;
 };
 
-// A line for the system's shell. That of Windows takes the first and the last quotation mark away.
+// A line for the system's shell. The Windows shell removes the first and the last quotation mark.
 inline std::string ShellLine(const std::string &command)
 {
 #if defined(_WIN32)
@@ -27,7 +27,7 @@ inline std::string ShellLine(const std::string &command)
 #endif
 }
 
-// Runs a line of the system's shell and waits for its end. The output is stdout and stderr together.
+// Runs a shell command and waits for its end. The output is stdout and stderr together.
 inline CommandResult RunCommand(const std::string &command)
 {
     CommandResult result = {-1, ""};
@@ -41,7 +41,7 @@ inline CommandResult RunCommand(const std::string &command)
     return result;
 }
 
-// The output of a command that has to end well.
+// Returns the output. The test fails if the command does.
 inline std::string MustRun(const std::string &command)
 {
     const CommandResult result = RunCommand(command);

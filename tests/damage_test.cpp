@@ -1,5 +1,5 @@
-// Scenes and .vue files damaged in every place, each in several ways. Whatever comes of it, a load ends, the
-// scene that it gives is sound, and outputs take it.
+// Scenes and .vue files damaged at every position, each in several ways. Every load must end, its scene must
+// be valid, and every output must accept it.
 
 #include <cstdio>
 #include <cstdlib>
@@ -19,10 +19,10 @@ static void CountError(int32_t level, const char *)
 }
 
 struct DamageTest : SceneTest, testing::WithParamInterface<std::string> {
-    std::string base; // of both files, in memory where the system offers that; a crash leaves them there
+    std::string base; // path of both files up to the extension, in /dev/shm if possible; a crash leaves them
     Seed seed;
     int cases = 0;
-    size_t places = SIZE_MAX; // how many of the bytes, and of the chunks, of a file get their turn
+    size_t places = SIZE_MAX; // bytes, and chunks, of a file that are damaged at most
 
     void SetUp() override
     {
@@ -34,7 +34,7 @@ struct DamageTest : SceneTest, testing::WithParamInterface<std::string> {
         Mc3dsSetMessageCallback(nullptr);
         const bool isSample = GetParam() == "windmill" || GetParam() == "orrery";
         const char *isLong = std::getenv("MC3DS_LONG");
-        if (isSample && (isLong == nullptr || *isLong != '1')) // whole, the samples take half an hour
+        if (isSample && (isLong == nullptr || *isLong != '1')) // the whole samples take half an hour
             places = 200;
         const std::string sample = SamplePath(GetParam());
         seed =
@@ -51,7 +51,7 @@ struct DamageTest : SceneTest, testing::WithParamInterface<std::string> {
         SceneTest::TearDown();
     }
 
-    // Loads what lies there and writes it for every target.
+    // Loads the current files and writes every target.
     void Try(const char *damage, size_t at, uint32_t value)
     {
         SCOPED_TRACE(damage + std::to_string(at) + ": " + std::to_string(value));

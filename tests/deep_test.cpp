@@ -12,7 +12,7 @@ using namespace chunks;
 
 struct DeepTest : SceneTest {};
 
-constexpr int depth = 32769; // parents are numbers of 15 bits, and the root has none
+constexpr int depth = 32769; // parent numbers have 15 bits; the root has no parent
 
 static std::string Chain()
 {
@@ -46,7 +46,7 @@ static void *LoadAndWrite(void *)
     BuildAndFree(scene, MC3DS_MERGED, 1);
     for (const uint32_t shape : {0u, MC3DS_FLAT}) {
         Mc3dsOptions options = DefaultOptions(MC3DS_ANIMATION | shape);
-        options.outputFile = "no/script"; // whose indentation alone would be 20 GB
+        options.outputFile = "no/script"; // can't be written; its indentation alone would be 20 GB
         Output(scene, options);
         const std::string frames = ReadFile("output/out.anm");
         EXPECT_EQ(std::count(frames.begin(), frames.end(), '\n'), shape == MC3DS_FLAT ? 2 : depth + 1);

@@ -1,4 +1,4 @@
-// Where the objects of a direct build stand, whatever shape the tree has.
+// Positions of objects in direct builds, for every shape of the tree.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -13,16 +13,16 @@ struct DirectShapes : SceneTest {};
 
 using Point = std::array<double, 3>;
 
-// An object as the file has it, and where the scene hangs it.
+// An object of the file and its place in the tree.
 struct Piece {
     const char *name;
     std::vector<float> matrix; // as MESH_MATRIX
-    uint16_t parent;           // index of another piece, which is its node's number too
+    uint16_t parent;           // index of another piece, equal to its node number
     std::vector<float> pivot;
-    Point move; // of its position, for every frame of the animation
+    Point move; // added to its position with every frame
 };
 
-// The walk through the tree takes them in the order TURNED, SCALED, SHEARED, MIRROR, SECOND.
+// Tree order is TURNED, SCALED, SHEARED, MIRROR, SECOND.
 static const std::vector<Piece> pieces = {
     {"TURNED", {0.8f, 0.6f, 0, -0.6f, 0.8f, 0, 0, 0, 1, 3, -2, 5}, noParent, {0, 0, 0}, {1, 2, 3}},
     {"SHEARED", {1, 0.5f, 0, 0, 1, 0.25f, 0.5f, 0, 1, -4, 1, 2}, 2, {0.5f, -1, 2}, {-4, 0, 2}},
@@ -33,7 +33,7 @@ static const std::vector<Piece> pieces = {
 static const size_t treeOrder[] = {0, 2, 1, 3, 4};
 static const Point middle = {2.5, 5.5, -2.5}; // of the bounds of all corners
 
-// The triangle of a piece, in the world of the file.
+// The triangle of a piece, in the file's world space.
 static std::vector<float> Corners(const Piece &piece)
 {
     std::vector<float> xyz = {0, 0, 0, 2, 1, 0, 0, 3, -1};
@@ -54,7 +54,7 @@ static Bytes SceneOf(const std::vector<Piece> &all)
     return Scene({meshes}, {nodes});
 }
 
-// The file's own matrices, with the positions moved once in frame 0 and twice in frame 1; none for SECOND.
+// The matrices of the file, with positions moved once in frame 0 and twice in frame 1. SECOND has none.
 static std::string Vue()
 {
     std::ostringstream vue;
@@ -89,7 +89,7 @@ static void AppendFaces(const McGeometryView &geometry, const double *inner, con
         }
 }
 
-// The corners of all faces of a clump and of the clumps below and behind it, in the order of the walk.
+// Appends the corners of all faces of a clump, its descendants and its next siblings, in tree order.
 static void AppendClumps(McClump *clump, std::vector<Point> &world)
 {
     McClumpView view;
@@ -104,7 +104,7 @@ static void AppendClumps(McClump *clump, std::vector<Point> &world)
     }
 }
 
-// Where the corners of all faces are in a direct build.
+// World positions of the corners of all faces in a direct build.
 static std::vector<Point> Build(const LoadedScene &scene, Mc3dsOptions &options)
 {
     std::vector<Point> world;
@@ -138,7 +138,7 @@ static double Distance(const std::vector<Point> &a, const std::vector<Point> &b)
     for (size_t i = 0; i < a.size() && most < INFINITY; ++i)
         for (size_t axis = 0; axis < 3; ++axis) {
             const double distance = std::fabs(a[i][axis] - b[i][axis]);
-            most = distance < 1e9 ? std::max(most, distance) : INFINITY; // what is no number counts as well
+            most = distance < 1e9 ? std::max(most, distance) : INFINITY; // NaN counts as infinite
         }
     return most;
 }
@@ -149,7 +149,7 @@ TEST_F(DirectShapes, EveryShapeOfTheTreePutsEveryFaceWhereTheFileHasIt)
     const uint32_t bits[] = {MC3DS_PROTOS, MC3DS_FLAT,     MC3DS_MERGED,
                              MC3DS_CENTRE, MC3DS_FIT_SIZE, MC3DS_ANIMATION};
     for (uint32_t pattern = 0; pattern < 64; ++pattern) {
-        // The other forms that are asked for too give way to the direct build.
+        // MC3DS_DIRECT overrides the other output forms.
         uint32_t flags = MC3DS_DIRECT | MC3DS_SOURCE | MC3DS_PER_OBJECT | MC3DS_HEADER;
         for (size_t i = 0; i < 6; ++i)
             flags |= pattern >> i & 1 ? bits[i] : 0;
@@ -195,7 +195,7 @@ TEST_F(DirectShapes, BelowASingularObjectANestedTreeFallsOntoItsPosition)
     }
 }
 
-// The lines of an animation file, frame after frame.
+// The lines of an animation file as matrices, frame by frame.
 static std::vector<std::array<double, 16>> FrameLines(const LoadedScene &scene, uint32_t flags)
 {
     Mc3dsOptions options = DefaultOptions(flags | MC3DS_ANIMATION | MC3DS_CENTRE);
@@ -223,6 +223,6 @@ TEST_F(DirectShapes, ALineOfTheAnimationTimesTheParentsWorldIsTheObjectsWorld)
             EXPECT_LT(Distance({placed}, {Apply(p, world[line].data())}), 5e-5) << line;
         }
     }
-    EXPECT_NE(world[0][12], 0); // that there were lines
+    EXPECT_NE(world[0][12], 0); // some lines were read
     EXPECT_NE(world[0], world[5]);
 }

@@ -1,6 +1,5 @@
-// Three targets, one model: the statements of the script, the calls of the compiled C source and those of the
-// direct build are the same calls.
-#if !defined(_WIN32) // there a program can't stand in for a library that another library needs
+// Script, compiled C source and direct build must make the same calls.
+#if !defined(_WIN32) // a Windows program can't override a library that another library imports
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -24,8 +23,7 @@ static std::vector<std::string> Words(const std::string &line)
     return all;
 }
 
-// The calls that a script stands for, as the recorder prints them. The matrix of the text targets' twins has
-// no line in a script.
+// The calls of a script in the format of the recorder. Calls for the matrix itself have no line in a script.
 static std::string ScriptCalls(const std::string &script)
 {
     const std::map<std::string, int> values = {
@@ -53,7 +51,7 @@ static std::string ScriptCalls(const std::string &script)
     return calls + "DestroyMatrix 1\n";
 }
 
-// Numbers may differ by half of the sixth decimal and by the rounding to a float.
+// Numbers may differ by half a unit of the sixth decimal plus the rounding to float.
 static bool SameWord(const std::string &a, const std::string &b)
 {
     double x = 0, y = 0;
@@ -85,13 +83,13 @@ static std::string Folder(const std::string &path)
 static const std::string compile = Quoted(MC3DS_C_COMPILER) + " " MC3DS_C_FLAGS " -Wall -Wextra -Werror -I" +
                                    Quoted(MC3DS_MCL_INCLUDE_DIR) + " -I" + Quoted(MC3DS_INCLUDE_DIR) + " ";
 
-// The program direct, and recorder.o for the programs that run generated sources.
+// Builds the program direct, and recorder.o for the programs that run generated sources.
 static void BuildRecorders()
 {
     const std::string recorder = Quoted(MC3DS_GOLDEN_DIR "/../call_recorder.c");
     MustRun(compile + "-DMC3DS_FUNCTION=McBuildScene -c " + recorder + " -o recorder.o");
     MustRun(compile + "-c " + recorder + " -o direct.o");
-    // clang's checks of a library in C++ are linked by its C++ compiler only.
+    // Only clang's C++ compiler links the sanitizer runtime that a C++ library needs.
     MustRun(Quoted(MC3DS_CXX_COMPILER) + " " MC3DS_C_FLAGS " direct.o " + Quoted(MC3DS_LIBRARY) + " " +
             Quoted(MC3DS_MCL_LIBRARY) + " -Wl,-rpath," + Folder(MC3DS_LIBRARY) + " -Wl,-rpath," +
             Folder(MC3DS_MCL_LIBRARY) + " -o direct");
@@ -137,7 +135,7 @@ TEST_F(DirectTargets, AllThreeMakeTheSameCalls)
         options.flags |= MC3DS_SOURCE;
         options.outputFile = "out.c";
         Output(scene, options);
-        // Where no clump ends the function declares the variable for one all the same.
+        // The function declares the clump variable even if no clump ends.
         const bool ends = script.find("ClumpEnd") != std::string::npos;
         MustRun(compile + (ends ? "" : "-Wno-unused-variable ") + "output/out.c recorder.o -o built");
         const std::string direct = MustRun(MC3DS_EMULATOR " ./direct scene.3ds " + std::to_string(row.flags) +

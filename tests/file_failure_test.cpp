@@ -1,4 +1,4 @@
-// Files that open and then can't be read. The linker leads fopen here from every object of this program.
+// Files that open but can't be read. `--wrap` redirects fopen64 of every object of this program to this file.
 
 #include <algorithm>
 #include <cerrno>
@@ -11,13 +11,13 @@
 
 extern "C" FILE *__real_fopen64(const char *path, const char *mode);
 
-// Stands in for the files whose path ends with suffix, while that isn't empty.
+// Simulates the files whose path ends with suffix, unless suffix is empty.
 static struct {
     std::string suffix, bytes;
     size_t position;
-    int reads;   // so far; each gets seven bytes at most
-    int failing; // number of the first that gets nothing; nor do those behind it
-    bool atEnd;  // they meet the end of the file, else an error
+    int reads;   // so far; each returns at most seven bytes
+    int failing; // number of the first read that fails; all later ones fail too
+    bool atEnd;  // failing reads return end of file instead of an error
 } disk;
 
 static ssize_t ReadPiece(void *, char *out, size_t size)
@@ -74,9 +74,9 @@ TEST_F(FileFailureTest, AFileThatFailsInAnyReadEndsTheLoadAndHarmsNoOther)
                 const std::string reports = loadFromDisk(suffix, failing, atEnd);
                 const size_t first = reports.find("E0 File Error"), last = reports.rfind("E0 File Error");
                 const bool told = first != std::string::npos;
-                // An error within the length of a topmost chunk shows as damage only: no number comes behind.
+                // An error in the length of a top-level chunk is reported as damage only: no number follows.
                 const bool cut = reports.find("E1 Chunk header can't be read whole") != std::string::npos;
-                // Nor is anything lost where the bytes that failed were read ahead and never asked for.
+                // Nothing is lost if the failed bytes were only read ahead and never requested.
                 if (atEnd)
                     EXPECT_FALSE(told) << reports;
                 else if (suffix == "3ds")
@@ -107,7 +107,7 @@ TEST_F(FileFailureTest, AVueFileIsReadUpToTheSizeThatItHad)
     const Seed &seed = FindSeed("Animated");
     LoadBytes(seed.scene, seed.vue);
     std::filesystem::remove("scene.vue");
-    std::filesystem::create_symlink("/dev/zero", "scene.vue"); // no size, and no end
+    std::filesystem::create_symlink("/dev/zero", "scene.vue"); // size 0, and no end
     LoadedScene scene = Load("scene.3ds");
     EXPECT_EQ(scene->hasAnimation, 1u);
     EXPECT_EQ(scene->vueError, 0);

@@ -1,5 +1,5 @@
-// Files that once did harm, and some that look as if they might. A .3DS file is loaded by itself, a .vue file
-// beside a scene with frames.
+// Replays files that once did harm, and some similar ones. A .3DS file is loaded alone, a .vue file with a
+// scene that has frames.
 
 #include "check_scene.h"
 #include "harness.h"

@@ -1,5 +1,4 @@
-// The .glb file of a model: its bytes, where its triangles are, its animation, and what Khronos' validator
-// says.
+// The .glb file of a model: bytes, positions of triangles, animation, and what the Khronos validator finds.
 #if defined(MC3DS_PROGRAM) && defined(MC3DS_HAVE_MCLMODEL)
 
 #include <array>
@@ -66,7 +65,6 @@ static GlbFile ReadGlb(const std::string &name)
     return file;
 }
 
-// The numbers of an accessor, one after the other.
 static std::vector<double> NumbersOf(const GlbFile &file, size_t index)
 {
     const Json &accessor = file.json["accessors"][index],
@@ -107,7 +105,7 @@ static Matrix LocalOf(const Json &node)
     return m;
 }
 
-// Where each node is.
+// The world matrices of the nodes.
 static std::vector<Matrix> WorldsOf(const Json &json)
 {
     std::vector<Matrix> worlds(json["nodes"].size(), identity);
@@ -146,16 +144,16 @@ static std::vector<Triangle3> TrianglesOf(const GlbFile &file)
     return triangles;
 }
 
-// An open clump or prototype of a script. A Transform takes the place of the one before it in the same scope.
+// An open clump or prototype of a script. A Transform replaces the previous one of its scope.
 struct Scope {
     std::string name;
     Matrix world;                   // of the scope itself
-    std::vector<Matrix> placements; // in it; the last one counts
+    std::vector<Matrix> placements; // saved in it; the last one counts
     std::vector<Vector> points;
     std::vector<Triangle3> triangles;
 };
 
-// The solid triangles of a script, where it puts them.
+// The solid triangles of a script, in world space.
 static std::vector<Triangle3> ScriptTriangles(const std::string &script)
 {
     std::vector<Scope> scopes = {{"", identity, {identity}, {}, {}}};
@@ -249,7 +247,7 @@ TEST_F(GlbTest, ItsTrianglesAreWhereTheScriptPutsThem)
             SCOPED_TRACE(std::string(scene) + ' ' + form);
             const Outcome run = Start(std::string(scene) + " -o m.mcx --glb m.glb " + form);
             ASSERT_EQ(run.status, 0) << run.said;
-            // The script's own numbers are rounded: six decimals of a matrix, at 60 units from its middle.
+            // A script rounds matrices to six decimals; vertices are up to 60 units from the middle.
             ExpectSameTriangles(TrianglesOf(ReadGlb("m.glb")), ScriptTriangles(ReadText("m.mcx")), 2e-4);
         }
 }
@@ -286,8 +284,8 @@ TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
     EXPECT_NEAR(grey[0].get<double>(), 0.21404, 1e-4) << "0.5 on a screen";
 }
 
-// A triangle in the plane y = 0 and one at right angles to it: the vertices on their edge lean towards the
-// one with the wider angle there.
+// A triangle in the plane y = 0 and one at right angles to it. On their common edge, smooth normals are
+// weighted by the angle of each face.
 TEST_F(GlbTest, NormalsAreThoseOfTheFaceOrOfTheAnglesAround)
 {
     for (const uint32_t shading : {1u, 2u}) {
@@ -307,7 +305,7 @@ TEST_F(GlbTest, NormalsAreThoseOfTheFaceOrOfTheAnglesAround)
     }
 }
 
-// Where each object is in a frame, from the animation file.
+// The world matrices of the nodes in each frame of an animation file.
 static std::vector<std::vector<Matrix>> FramesOf(const std::string &text, const Json &nodes)
 {
     std::map<int, size_t> nodeOf; // by the number in the file
@@ -361,7 +359,7 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
                 EXPECT_NEAR(worlds[node][i], frames[frame][node][i], 3e-4)
                     << nodes[node]["name"] << ' ' << frame;
     }
-    // A placement that is bent can't be said; what comes nearest is told.
+    // An animation in glTF can't express shear: the nearest placement is written, with a note.
     WriteFile("bent.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", noParent)}));
     WriteFile("bent.vue",
               "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 0 0 0 frame 1 transform BOX 1 1 0 0 1 0 0 0 1 5 0 0");

@@ -1,5 +1,5 @@
-// Whole documents of one scene, byte for byte. MC3DS_UPDATE_GOLDEN=1 in the environment writes them anew:
-// read the difference before you keep it.
+// Compares whole outputs of one scene byte by byte. MC3DS_UPDATE_GOLDEN=1 in the environment regenerates the
+// golden files: review the difference before you commit it.
 #include "harness.h"
 #include "worked_scene.h"
 
@@ -10,7 +10,7 @@ struct GoldenRow {
     uint32_t flags, surfaceFlags, hintFlags;
 };
 
-// Every output of the worked scene, one behind the other in the report log.
+// Outputs of the worked scene, in the order of the report log.
 constexpr GoldenRow goldenRows[] = {
     {"script.mcx", 0, MC3DS_TEXTURES, 0},
     {"source.txt", MC3DS_SOURCE | MC3DS_HEADER | MC3DS_ANIMATION,

@@ -1,4 +1,4 @@
-# The guide shows the hosts in samples/hosts line for line.
+# Checks that the guide shows the hosts in samples/hosts unchanged.
 file(READ "${SOURCE}/docs/host-guide.md" guide)
 foreach(host convert.c convert.cpp convert.py)
     file(READ "${SOURCE}/samples/hosts/${host}" text)

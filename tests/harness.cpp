@@ -14,7 +14,7 @@
 
 namespace fs = std::filesystem;
 
-// Made absolute before any test changes the folder: under Windows a path without a drive would follow it.
+// Made absolute before a test changes the folder: on Windows a path without a drive depends on it.
 static const fs::path homeFolder = fs::current_path();
 static const fs::path goldenFolder = fs::absolute(MC3DS_GOLDEN_DIR);
 static const fs::path samplesFolder = fs::absolute(MC3DS_SAMPLES_DIR);
@@ -146,7 +146,7 @@ Mc3dsOptions DefaultOptions(uint32_t flags)
     return options;
 }
 
-// The C library's text streams write CR LF on Windows; nowhere else may a CR pass unseen.
+// The C library's text streams write CR LF on Windows. On other systems a CR is a fault and must be seen.
 static std::string UnifyLineEnds(std::string text)
 {
 #if defined(_WIN32)

@@ -1,5 +1,4 @@
-// What the tests share: a scratch folder, scenes from bytes, the reports that came, outputs as text, golden
-// files.
+// Shared by the tests: a scratch folder, scenes from bytes, captured reports, outputs as text, golden files.
 #ifndef MC3DS_TESTS_HARNESS_H
 #define MC3DS_TESTS_HARNESS_H
 
@@ -19,9 +18,8 @@ struct Report {
     std::string text;
 };
 
-// The base of every test that loads or writes. During a test the current folder is an empty scratch folder,
-// so that bare names do and no banner shows a path; it is removed at the end. Both report channels are
-// captured.
+// The base of every test that loads or writes. The current folder is an empty scratch folder, removed after
+// the test, so that tests use bare names and no banner contains a path. Both report channels are captured.
 struct SceneTest : testing::Test {
     void SetUp() override;
     void TearDown() override;
@@ -31,7 +29,7 @@ struct SceneTest : testing::Test {
 using LoadedScene = std::shared_ptr<Mc3dsFile>;
 
 // Writes bytes to scene.3ds, and vue to scene.vue unless it is empty, and loads them. Null when the load
-// fails. After every load CheckScene has to find the scene in order.
+// fails. Both functions expect the scene to pass CheckScene.
 LoadedScene LoadBytes(const std::string &bytes, const std::string &vue = "");
 LoadedScene Load(const std::string &path);
 
@@ -39,38 +37,37 @@ LoadedScene Load(const std::string &path);
 // loads it from there by its bare name.
 LoadedScene LoadSample(const std::string &name);
 
-// What was captured since the test began or since the last TakeReports, which empties the list.
+// Returns and clears the captured reports.
 std::vector<Report> TakeReports();
 
-// TakeReports as text, a line for each report, such as "E1 Invalid Material Name". The channels pick 'E', 'M'
-// or both; reports of a level above maxLevel are left out.
+// TakeReports as text, one line per report, such as "E1 Invalid Material Name". channels selects 'E', 'M' or
+// both; reports of a level above maxLevel are left out.
 std::string TakeReportLines(const std::string &channels = "EM", int32_t maxLevel = 2);
 
-// The same without the report that a load begins with, "Reading File" of scene.3ds.
+// The same without the first report of a load, "Reading File" of scene.3ds.
 std::string TakeLoadReports(const std::string &channels = "EM", int32_t maxLevel = 2);
 
-// Compares line by line. An expected line that ends in '*' stands for every line that begins like it: reports
-// of damage have their channel and level pinned, not their words.
+// Compares line by line. An expected line that ends in '*' matches every line that begins like it: for
+// damaged files, tests fix the channel and level of a report and not its wording.
 testing::AssertionResult LinesMatch(const std::string &lines, const std::string &expected);
 
-// The flags given, scale 1, the weights of television's luma, textures kept; files out.mcx (out.c for C
-// source), out.h and out.anm; clump name Scene.
+// The given flags, scale 1, the luma weights of television, textures on; files out.mcx (out.c for C source),
+// out.h and out.anm; clump name Scene.
 Mc3dsOptions DefaultOptions(uint32_t flags = 0);
 
-// Writes the scene in a fresh folder and returns all files that came of it: the bare text when it is one
-// file, else the files in the order of their names, a line "==> name" ahead of each. Empty when nothing was
-// written.
+// Writes the scene to an empty folder and returns the text of the files: the text alone for one file; for
+// several, in order of their names, each text after a line "==> name". Empty when nothing was written.
 std::string Output(const LoadedScene &scene, Mc3dsOptions &options);
 
 std::string ReadFile(const std::filesystem::path &path);
-// The same with line feeds alone for line ends.
+// The same, with CR LF as LF on Windows.
 std::string ReadText(const std::filesystem::path &path);
 void WriteFile(const std::filesystem::path &path, const std::string &bytes);
 
 // A file of the samples folder, as an absolute path.
 std::string SamplePath(const std::string &name);
 
-// Compares with tests/golden/name and tells the first line that differs. With MC3DS_UPDATE_GOLDEN=1 in the
+// Compares with tests/golden/name and reports the first line that differs. With MC3DS_UPDATE_GOLDEN=1 in the
 // environment it writes that file instead.
 testing::AssertionResult MatchesGolden(const std::string &text, const std::string &name);
 

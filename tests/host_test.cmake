@@ -1,5 +1,5 @@
-# Runs one of the hosts in samples/hosts, HOST, as its guide says, under names with blanks and bytes above 127.
-# REFERENCE is the program, whose script has to be the same.
+# Runs HOST, one of the hosts in samples/hosts, as the guide describes, on names with blanks and bytes above
+# 127. REFERENCE is the program; its script must be the same.
 set(folder "${WORK}/Höfe und Höhlen")
 file(REMOVE_RECURSE "${WORK}")
 file(MAKE_DIRECTORY "${folder}")

@@ -1,4 +1,4 @@
-// Folders that strangers packed, files that fail or vanish under the program, and runs that end early.
+// Folders from untrusted archives, files that fail or vanish during a run, and runs that end early.
 #if defined(MC3DS_PROGRAM) && !defined(_WIN32)
 
 #include <chrono>
@@ -21,7 +21,7 @@ struct HostileFolderTest : SceneTest {
     }
 };
 
-// Bytes that a terminal takes as commands, in whatever encoding.
+// Finds control characters of a terminal, as single bytes or as UTF-8.
 static bool HasControls(const std::string &text)
 {
     for (size_t i = 0; i < text.size(); ++i) {
@@ -67,7 +67,7 @@ TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
         const Outcome run = Start(std::string("--recursive archive ") + arguments, "timeout 60 ");
         EXPECT_FALSE(HasControls(run.said)) << run.said;
     }
-    // A link below --output-dir leads nowhere, that at a place that was named does.
+    // A link below --output-dir isn't followed; a link given with -o is.
     fs::create_directory("out");
     fs::create_symlink("../elsewhere", "out/deep");
     EXPECT_EQ(Start("--recursive archive --output-dir out", "timeout 60 ").status, 1);
@@ -100,7 +100,7 @@ TEST_F(HostileFolderTest, WhatCannotBeReadToItsEndReplacesNothing)
     fs::copy_file("none.3ds", "two1.3ds");
     EXPECT_EQ(Start("--per-object two.3ds two1.3ds", "timeout 10 ").status, 1);
     fs::remove("two.vue");
-    fs::create_symlink("two.vue", "two.vue"); // can't be opened, and not for being away
+    fs::create_symlink("two.vue", "two.vue"); // can't be opened, although it exists
     EXPECT_EQ(Start("two.3ds --animation").status, 1);
     fs::remove("two.vue");
     fs::create_directory("two.vue"); // opens, and fails at the first read
@@ -129,7 +129,7 @@ TEST_F(HostileFolderTest, ACurrentFolderThatIsGoneFailsNothingWithAbsolutePaths)
                               "mkdir lost && cd lost && rmdir ../lost && ");
     EXPECT_EQ(run.status, 0) << run.said;
     EXPECT_TRUE(fs::exists("gone.mcx"));
-    // The folder is gone for good once it has been left, and a relative name leads nowhere.
+    // The deleted folder can't be entered again once left, so a relative name fails.
     const std::string script = Quoted(here + "/two.3ds");
     fs::copy_file("two.3ds", "b.3ds");
     const Outcome two = Start(script + ' ' + Quoted(here + "/b.3ds") + " --preview ./p.png",
@@ -137,7 +137,7 @@ TEST_F(HostileFolderTest, ACurrentFolderThatIsGoneFailsNothingWithAbsolutePaths)
     EXPECT_EQ(two.status, 1) << two.said;
 }
 
-// The run gets the signal, or one of its workers, when some of the scenes are done.
+// The signal goes to the run, or to one of its workers, after some scenes are done.
 TEST_F(HostileFolderTest, ARunThatEndsEarlyLeavesItsSummaryAndNoTemporaryFiles)
 {
     const Bytes big = Scene({NamedObject("BIG", {Mesh({Points(std::vector<float>(3 * 20000, 1.0f))})})});

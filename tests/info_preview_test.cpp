@@ -1,4 +1,4 @@
-// What the program shows of a scene: an overview as text and as JSON, and a picture.
+// The overview of a scene as text and as JSON, and its preview picture.
 #if defined(MC3DS_PROGRAM)
 
 #include <cmath>
@@ -108,7 +108,7 @@ static Picture Draw(uint32_t shading, uint32_t transparency, const std::string &
     return ReadPicture("out.png");
 }
 
-// How much more red than blue there is at a place, given in parts of the picture's sides.
+// Red minus blue of a pixel. x and y are fractions of the picture's width and height.
 static int Redness(const Picture &picture, double x, double y)
 {
     const auto column = static_cast<size_t>(x * static_cast<double>(picture.width - 1));
@@ -125,7 +125,7 @@ TEST_F(InfoPreviewTest, ThePictureShowsTheModelInTheMiddle)
     for (const Picture *picture : {&solid, &clear, &wire})
         for (const double corner : {0.0, 1.0})
             EXPECT_LT(std::max(Redness(*picture, corner, 0), Redness(*picture, corner, 1)), 0);
-    const double x = 0.42, y = 0.65; // in a face, off its edges and its diagonal
+    const double x = 0.42, y = 0.65; // inside a face, away from its edges and its diagonal
     EXPECT_GT(Redness(solid, x, y), 100);
     EXPECT_GT(Redness(clear, x, y), 10);
     EXPECT_LT(Redness(clear, x, y), Redness(solid, x, y));
@@ -242,12 +242,12 @@ TEST_F(InfoPreviewTest, AStripShowsTheFramesOfTheAnimationSideBySide)
     for (const size_t column : {99u, 100u, 103u, 104u, 204u, 208u})
         EXPECT_EQ(strip.rgb[column * 3] == 255, column % 104 >= 100) << column;
     EXPECT_EQ(strip.height, 50u);
-    for (const int frame : {0, 1, 2}) // the cube moves to the right and, at that slant, downwards
+    for (const int frame : {0, 1, 2}) // in the slanted view the cube moves right and down
         for (const int part : {0, 1, 2}) {
             const double x = (frame * 104 + 12 + part * 38) / 307.0;
             EXPECT_EQ(Redness(strip, x, 0.31 + part * 0.19) > 0, frame == part) << frame << part;
         }
-    EXPECT_TRUE(Draw(1, 0, "--preview-frame 2").rgb == Draw(1, 0, "").rgb); // each framed on its own
+    EXPECT_TRUE(Draw(1, 0, "--preview-frame 2").rgb == Draw(1, 0, "").rgb); // each is framed separately
     EXPECT_NE(RunCommand(program + "-o out.mcx --preview x.png --preview-frame 3").status, 0);
 }
 #endif

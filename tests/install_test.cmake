@@ -1,5 +1,6 @@
-# Installs the build tree BUILD, moves the folder to a name with a blank in it, and builds the hosts of
-# samples/hosts in the ways that users have: each has to find the libraries and convert SCENE alike.
+# Installs the build tree BUILD, renames the folder to a name with a blank, and builds the hosts of
+# samples/hosts in each way that users can. Each host must find the libraries and convert SCENE to the same
+# script.
 set(first "${WORK}/first")
 set(prefix "${WORK}/moved away")
 set(ENV{LD_LIBRARY_PATH})
@@ -15,7 +16,7 @@ function(run)
     set(said "${said}" PARENT_SCOPE)
 endfunction()
 
-# Converts the scene with a host, and compares with what the installed program makes of it.
+# Converts the scene with a host and compares the script with that of the installed program.
 function(convert host)
     file(RENAME "${WORK}/scene.mcx" "${WORK}/before.mcx")
     run("${host}" "${SCENE}" scene.mcx)

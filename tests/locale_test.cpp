@@ -1,4 +1,4 @@
-// The host's locale must not show in anything the library reads or writes.
+// The host's locale must not affect what the library reads or writes.
 #include <bit>
 #include <clocale>
 #include <cstdio>
@@ -16,7 +16,7 @@ struct LocaleTest : SceneTest {
     }
 };
 
-// The scene's outputs of every form, with all reports of the load and of the outputs.
+// All output forms of the scene, and all reports of the load and of the outputs.
 static std::string Everything()
 {
     const LoadedScene scene = LoadBytes(WorkedScene(), WorkedVue());
@@ -40,8 +40,7 @@ TEST_F(LocaleTest, ADecimalCommaOfTheHostChangesNothing)
 #else
         if (RunCommand("localedef --version").status != 0)
             GTEST_SKIP() << "no locale with decimal commas, and no localedef to make one";
-        // Of the byte order of the machine that the test is for. Fails where Debian's package locales is
-        // lacking.
+        // In the byte order of the target machine. Fails without Debian's package locales.
         const char *order = std::endian::native == std::endian::big ? "--big-endian" : "--little-endian";
         MustRun(std::string("localedef ") + order + " -i de_DE -f UTF-8 ./de_DE.UTF-8");
         const std::string folder = std::filesystem::current_path().string();

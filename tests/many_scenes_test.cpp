@@ -1,4 +1,4 @@
-// Many scenes in one run of the program, and what it has to say about odd ones.
+// Many scenes in one run of the program, and its warnings about odd ones.
 #if defined(MC3DS_PROGRAM)
 
 #include <algorithm>
@@ -113,7 +113,7 @@ TEST_F(ManyScenesTest, AnInterruptEndsAllProcessesAndTheirFiles)
 {
 #if !defined(_WIN32)
     fs::copy_file("two.3ds", "one.3ds");
-    // Nobody reads the pipes: two processes wait for that with their folders made, the third hasn't begun.
+    // Nobody reads the pipes: two processes have made their folders and wait, the third hasn't begun.
     const Outcome run = Start("two.3ds one.3ds tree/a.3ds -j 2 --output-dir out & "
                               "{ sleep 1; ls -A | grep -c 3ds2mcx-; kill $!; wait $!; }",
                               "mkdir out; mkfifo out/one.mcx out/two.mcx; export TMPDIR=$PWD; ");
@@ -142,7 +142,7 @@ TEST_F(ManyScenesTest, EachKindOfWarningIsShownOnceAndCanCountAsFailure)
     const struct {
         const char *arguments;
         int status;
-        size_t lines; // with a name that isn't found
+        size_t lines; // that report a name as not found
         const char *says;
     } rows[] = {
         {"", 0, 1, "warning: 3 times, the first: Object EYE<1 not found\n"},
@@ -177,7 +177,7 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
     const struct {
         const Bytes &scene;
         const char *arguments;
-        const char *says; // empty: only what was written
+        const char *says; // empty: only the line of the written file
     } rows[] = {
         {twice, "", "meshes placed by several nodes, .*: 1; 1 placement is lost; .*\"BOX\", in 2 nodes"},
         {twice, "--per-object", ""},
@@ -214,7 +214,7 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
     EXPECT_EQ(Start("gone.3ds --flat").status, 0);
 }
 
-// Each row is one name in one place: it comes out of an output as code or as a statement, or it doesn't.
+// Each row is one name in one place. breaksOut: the output would contain it as code or as a statement.
 TEST_F(ManyScenesTest, NoNameBreaksOutOfAnOutputUnlessItIsForced)
 {
     const struct {
@@ -229,7 +229,7 @@ TEST_F(ManyScenesTest, NoNameBreaksOutOfAnOutputUnlessItIsForced)
         {"BOX", "A\nend", "--source", true},
         {"BOX", "A\nModelEnd", "", true},
         {"BOX", "A\rModelEnd", "--no-textures", true},
-        {"BOX", "A.\nB", "--texture-extension gif", false}, // the library takes the line break off
+        {"BOX", "A.\nB", "--texture-extension gif", false}, // the library removes the line break
         {"BOX", "A\\B.GIF", "--source --no-textures", false},
         {"BOX", "A\\", "--source --no-textures", true},
         {"BOX", "A?\?/ ", "--source --no-textures", true},
@@ -261,7 +261,7 @@ TEST_F(ManyScenesTest, NoNameBreaksOutOfAnOutputUnlessItIsForced)
     }
 }
 
-// The options in those lines of a text that begin a description.
+// The options in the lines of a text that begin a description. The expression captures them.
 static std::set<std::string> OptionsIn(std::string text, const char *lines)
 {
     std::set<std::string> options;

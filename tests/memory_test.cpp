@@ -1,5 +1,5 @@
-// Every allocation of the library fails in its turn, alone or with all that follow. The linker leads malloc
-// and its like here from every object of this program, the library's among them.
+// Every allocation of the library fails in turn, alone or with all later ones. `--wrap` redirects malloc,
+// calloc, realloc and free of every object of this program, the library included, to the functions below.
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +13,7 @@ static struct {
     bool counting;
     int allocations; // so far
     int failing;     // number of the first that fails
-    bool onward;     // all behind it fail as well
+    bool onward;     // all later ones fail as well
     int live;        // blocks handed out and not freed
 } memory;
 
@@ -61,9 +61,9 @@ void __wrap_free(void *block)
 }
 }
 
-static int refused; // in the test that runs
+static int refused; // runs with a refused allocation in the current test
 
-// Runs work with the failing-th allocation refused, and tells whether it came to that.
+// Runs work and refuses allocation number failing. False if work needs fewer allocations.
 template <class Work>
 static bool RunShortOfMemory(int failing, bool onward, Work work)
 {
@@ -88,7 +88,7 @@ struct MemoryTest : SceneTest, testing::WithParamInterface<bool> {
     }
 };
 
-// The files of an output; what is wrong with the model of a direct build.
+// The files of an output; for a direct build, the fault found in its model.
 static std::string WriteAll(const LoadedScene &scene, uint32_t flags)
 {
     Mc3dsOptions options = DefaultOptions(flags);

@@ -1,4 +1,4 @@
-// What the text outputs say, example by example.
+// Examples of the text outputs.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -33,7 +33,7 @@ static std::string Written(const Bytes &scene, uint32_t flags = 0, float scale =
     return Output(LoadBytes(scene), options);
 }
 
-// Every line of the text that has the word in it, from that word on.
+// Every line that contains word, from that word on.
 static std::string Lines(const std::string &text, const std::string &word)
 {
     std::istringstream lines(text);
@@ -44,7 +44,7 @@ static std::string Lines(const std::string &text, const std::string &word)
     return taken;
 }
 
-// The files that the last Output left.
+// The files that the last Output wrote.
 static std::string FileNames()
 {
     std::vector<std::string> names;
@@ -72,13 +72,13 @@ TEST_F(OutputTest, TextureCoordinatesAreShiftedTurnedOverAndFolded)
         {{0, 0, 1, 1, 0.25f, 0.75f}, "1 1 2 0 1.25 0.25 ", 0},
         {{0, 0, 31, 0, 40, 0}, "1 0 32 0 9 0 ", 1},
         {{0, 0, 69, -40}, "1 0 6 8 ", 3},
-        // The fold takes 1,024 steps at most, and the rest at once.
+        // The fold takes at most 1,024 steps and does the rest at once.
         {{0, 0, 32799, 0}, "1 0 32 0 ", 1024},
         {{0, 0, 33000, 0}, "1 0 9 0 ", 1025},
         {{0, 0, 32959, 0}, "1 0 32 0 ", 1025},
         {{0, 0, 1e30f, -1e30f}, "1 0 32 32 ", 2},
         {{0, 0, INFINITY, 0}, "1 0 0 0 ", 1},
-        // Too large for a 32-bit number: the shift is that of 0.
+        // Too large for a 32-bit number: the shift of 0 is used.
         {{-3e9f, 0}, "-3e+09 0 ", 0},
     };
     for (const auto &row : rows) {
@@ -164,7 +164,7 @@ TEST_F(OutputTest, PerObjectFilesKeepSixCharactersOfTheNameAtMost)
     }
 }
 
-// A triangle that wears a material with these maps.
+// A triangle of a material with these maps.
 static LoadedScene Mapped(const Bytes &maps)
 {
     return LoadBytes(Scene({Material("M", {Finish(grey, grey, grey, 1), maps}),
@@ -213,7 +213,7 @@ TEST_F(OutputTest, TexturesFollowTheMapsOfTheMaterial)
         Bytes maps;
         uint32_t surfaceFlags;
         const char *extension;
-        std::string written; // behind "Texture"
+        std::string written; // after "Texture"
     } rows[] = {
         {"", keep, "bmp", " NULL"},
         {mask, keep, "", " NULL"},
@@ -261,7 +261,7 @@ TEST_F(OutputTest, TextsThatAreNotAskedForAreNotTouched)
 static Mc3dsOptions changing;
 static const std::string longExtension(5000, 'x');
 
-// A host that changes its options while an output reads them.
+// The host changes its options while an output reads them.
 TEST_F(OutputTest, ACallbackMayChangeTheOptions)
 {
     const LoadedScene scene = Mapped(Map(0xA200, "Brick.GIF") + Map(0xA210, "MASK"));
@@ -286,13 +286,13 @@ TEST_F(OutputTest, FacesThatCannotBeDrawnAreLeftOutAndNothingElse)
                                                      MaterialGroup("M", {2, 9}), MaterialGroup("M", {2})});
     const std::string script =
         Written(Scene({Material("M", {Finish(grey, grey, grey, 1)}), Object("A", corners, faces)}));
-    // The face without its vertex has its surface all the same; that of the unknown material comes once.
+    // The face with a missing vertex still gets its surface; the surface of the unknown material comes once.
     const std::string surface = "Surface 0.501961 0.501961 0.501961\n";
     EXPECT_EQ(Lines(script, "Surface"), surface + surface + surface + "Surface 0.587000 0.587000 0.587000\n");
     EXPECT_EQ(Lines(script, "Triangle"), "Triangle 3 2 1\nTriangle 3 2 1\nTriangle 1 2 3\nTriangle 3 1 2\n");
 }
 
-// Both objects hang on a node that there isn't, so that no clump is reached.
+// The parent node of both objects doesn't exist, so the output reaches no clump.
 static const Bytes rootless =
     Scene({Placed("A"), Placed("B")}, {Kfhdr(1), ObjectNode("A", 5), ObjectNode("B", 5)});
 
@@ -358,7 +358,7 @@ TEST_F(OutputTest, OnlyADirectBuildOfSomethingTouchesTheClump)
 
 TEST_F(OutputTest, TheAnimationFileFollowsTheTreeOrListsWhatHasFrames)
 {
-    // B is A's child; C's parent is a node of no object.
+    // B is A's child; C's parent node has no object.
     const Bytes bytes = Scene({Placed("A"), Placed("B"), Placed("C")},
                               {Kfhdr(1), ObjectNode("B", 1), ObjectNode("A", noParent), ObjectNode("C", 9)});
     const char *const five = " 1 0 0 0 1 0 0 0 1 5 0 0\n", *const singular = " 1 0 0 0 1 0 1 1 0 5 0 0\n";
@@ -387,7 +387,7 @@ TEST_F(OutputTest, TheAnimationFileFollowsTheTreeOrListsWhatHasFrames)
             vue += "transform " + std::string(1, name) + row.matrix;
         const LoadedScene scene = LoadBytes(bytes, vue);
         Mc3dsOptions options = DefaultOptions(row.flags | MC3DS_ANIMATION);
-        options.outputFile = "no/script"; // its tree would bring reports of its own
+        options.outputFile = "no/script"; // its tree would add reports
         Output(scene, options);
         std::istringstream words(ReadFile("output/out.anm"));
         std::ostringstream written;
@@ -413,6 +413,6 @@ TEST_F(OutputTest, ADocumentOfManyBlocksHasEveryLineInItsPlace)
                       static_cast<double>(z), static_cast<double>(-y));
         expected += line;
     }
-    // Unplaced, as in a file of its own, so that no sum gets in the way.
+    // A per-object file has no placement, so no sum changes the numbers.
     EXPECT_EQ(Lines(Written(Scene({Object("A", xyz)}), MC3DS_PER_OBJECT), "Vertex "), expected);
 }

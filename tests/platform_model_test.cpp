@@ -1,4 +1,4 @@
-// The stand-in for the Meshcaster library: what it keeps of the model that it is told.
+// The stand-in for the Meshcaster library: the model that it records.
 #include "mclmodel.h"
 
 #include <gtest/gtest.h>
@@ -54,7 +54,7 @@ struct PlatformModel : testing::Test {
         }
         texture = "gone";
     }
-    // Makes the calls of a text, a character each; a digit is a placement at that x.
+    // Makes one call for each character; a digit is a placement at that x.
     void Tell(const std::string &calls)
     {
         for (char call : calls)
@@ -72,7 +72,7 @@ static McClumpView View(const McClump *clump)
 TEST_F(PlatformModel, ClumpsStandInTheOrderTheyBeganAtTheProductOfTheirPlacements)
 {
     Tell("[{");
-    const float quarterTurn[2][2] = {{0, 1}, {-1, 0}}; // a product the wrong way round gives another place
+    const float quarterTurn[2][2] = {{0, 1}, {-1, 0}}; // a product in the wrong order gives another position
     for (int r = 0; r < 2; ++r)
         for (int c = 0; c < 2; ++c)
             McSetMatrixElement(matrix, r, c, quarterTurn[r][c]);
@@ -90,7 +90,7 @@ TEST_F(PlatformModel, ClumpsStandInTheOrderTheyBeganAtTheProductOfTheirPlacement
     EXPECT_EQ(outer.nextSibling, ended[3]);
     EXPECT_EQ(first.placement[12], 1); // replaced, not multiplied
     EXPECT_EQ(std::vector<double>(first.world + 12, first.world + 15), (std::vector<double>{9, 1, 0}));
-    EXPECT_EQ(View(ended[3]).world[12], 0); // the saved placement came back
+    EXPECT_EQ(View(ended[3]).world[12], 0); // the saved placement is restored
     McModelView model;
     ASSERT_EQ(McGetModel(ended[1], &model), 1);
     EXPECT_EQ(model.firstClump, ended[2]);
@@ -120,7 +120,7 @@ TEST_F(PlatformModel, EveryScopeHasItsOwnPlacementAndItsOwnVertices)
 TEST_F(PlatformModel, InstancesTakeTheLastPrototypeOfTheirName)
 {
     Tell("[<v><vvvt>");
-    EXPECT_EQ(McErrorCount(), 1u); // for the second of the name
+    EXPECT_EQ(McErrorCount(), 1u); // for the second prototype of that name
     Tell("(vv4ivt");
     McProtoInstance("nowhere");
     Tell(")]");
@@ -153,7 +153,7 @@ TEST_F(PlatformModel, FacesShareEqualSurfacesAndTheStateOutlivesItsScope)
     EXPECT_EQ(outer[0].surface, inner[1].surface);
     EXPECT_EQ(outer[2].surface, inner[0].surface);
     EXPECT_EQ(model.surfaces[outer[1].surface].texture, nullptr);
-    EXPECT_EQ(model.surfaces[outer[0].surface].mask, nullptr); // a texture alone takes the mask off
+    EXPECT_EQ(model.surfaces[outer[0].surface].mask, nullptr); // a texture alone removes the mask
     const McSurface &full = model.surfaces[inner[0].surface];
     EXPECT_EQ((std::vector<float>{full.ambient, full.diffuse, full.specular, full.color[0], full.color[1],
                                   full.color[2], full.opacity}),

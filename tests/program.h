@@ -1,4 +1,4 @@
-// The program as a command line: inputs for it, a way to start it, and what came of it.
+// Runs the program in a shell: its inputs, its start and its result.
 #ifndef MC3DS_TESTS_PROGRAM_H
 #define MC3DS_TESTS_PROGRAM_H
 
@@ -17,7 +17,7 @@ inline const std::filesystem::path program = std::filesystem::absolute(MC3DS_PRO
 struct Outcome {
     int status;
     std::string said;  // stdout, then stderr
-    std::string files; // those that came, sorted, a blank between
+    std::string files; // new files, sorted, separated by blanks
 };
 
 inline std::string ListFiles()
@@ -46,7 +46,8 @@ inline chunks::Bytes Glass(uint32_t shading = 2)
     return Material("GLASS", {Finish(grey, grey, grey, shading, 25, 50), Map(0xA200, "PANE.GIF")});
 }
 
-// A folder with a scene of two objects, LID in BOX, its animation, and things that are none.
+// Empties the current folder and adds two.3ds, where BOX is the parent of LID, its animation, and faulty
+// inputs.
 inline void MakeInputs()
 {
     using namespace chunks;
@@ -64,7 +65,7 @@ inline void MakeInputs()
     std::filesystem::create_directory("dir");
 }
 
-// before stands ahead of the program's name in the shell's line.
+// before: shell text in front of the program's name.
 inline Outcome Start(const std::string &arguments, [[maybe_unused]] const std::string &before = "")
 {
     const std::string inputs = ' ' + ListFiles() + ' ';

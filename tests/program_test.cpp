@@ -1,4 +1,4 @@
-// The program as its users meet it: command lines in, exit status, words and files out.
+// The program as users see it: command lines and their exit status, messages and files.
 #if defined(MC3DS_PROGRAM)
 
 #include <cstdlib>
@@ -14,7 +14,7 @@ struct ProgramTest : SceneTest {};
 struct Row {
     const char *arguments;
     int status;
-    const char *says; // an expression that the program's words match
+    const char *says; // an expression that the messages match
     const char *files = "";
 };
 
@@ -131,8 +131,7 @@ TEST_F(ProgramTest, CommentsNameTheFileAsItWillBeCalled)
               std::string::npos);
 }
 
-// Whatever the limit cuts off, the script, the header or the animation file: the run fails and all of it
-// goes.
+// If the limit cuts off any file, document, header or animation, the run fails and leaves no new file.
 TEST_F(ProgramTest, FilesAppearWholeOrNotAtAll)
 {
 #if !defined(_WIN32)
@@ -194,7 +193,7 @@ TEST_F(ProgramTest, AnInterruptedRunLeavesNothingBehind)
 {
 #if !defined(_WIN32)
     MakeInputs();
-    // Nobody reads the pipe: the program waits for that with its private folder made.
+    // Nobody reads the pipe: the program has made its private folder and waits.
     const Outcome run = Start("two.3ds -o pipe & { sleep 0.5; ls -A | grep 3ds2mcx-; kill $!; wait $!; }",
                               "mkfifo pipe; export TMPDIR=$PWD; ");
     EXPECT_NE(run.said.find(".3ds2mcx-"), std::string::npos);
@@ -203,7 +202,7 @@ TEST_F(ProgramTest, AnInterruptedRunLeavesNothingBehind)
 #endif
 }
 
-// With stderr closed a file that is opened next would take its place.
+// With stderr closed, the next file opened would get its descriptor.
 TEST_F(ProgramTest, ReportsNeverEndUpInAFile)
 {
 #if !defined(_WIN32)

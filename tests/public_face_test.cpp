@@ -20,7 +20,7 @@
 
 struct PublicFace : SceneTest {};
 
-#if !defined(_WIN32) // whose programs may run on another system than the compiler
+#if !defined(_WIN32) // Windows programs may run on another system than their compiler
 TEST_F(PublicFace, TheHeadersCompileAloneAndTogetherInBothLanguages)
 {
     WriteFile("alone.c", "#include <mcl3ds20.h>\n#include <mcl3ds20.h>\nMc3dsOptions options;\n");
@@ -78,7 +78,7 @@ TEST_F(PublicFace, ACallbackMayThrowOrBeMissing)
 }
 
 #if !defined(_WIN32)
-// Runs a load or an output in a thread that its first report ends.
+// Runs work in a thread that ends at its first report. True if the thread ended there.
 template <class Work>
 static bool ThreadEndsInside(Work work)
 {

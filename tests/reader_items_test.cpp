@@ -1,4 +1,4 @@
-// What the reader makes of materials, of the keyframer section, and of texts that don't fit their fields.
+// Reading of materials, of the keyframer section, and of texts longer than their fields.
 #include <bit>
 #include <cmath>
 
@@ -22,8 +22,7 @@ static Bytes Box(const Bytes &name)
 
 TEST_F(ItemTest, AMaterialIsStoredAndListed)
 {
-    // 60 is a byte for which the product with the stored constant and the quotient by 255 differ in the last
-    // bit.
+    // For the byte 60, the product with the stored constant and the quotient by 255 differ in the last bit.
     const LoadedScene scene = LoadBytes(Scene(
         {Material("OAK", {Finish(Chunk(0x0010, {F32s({0, 0.5f, 1})}), Colour24(255, 60, 0), grey, 4, 100, 7),
                           Map(0xA220, "ROOM.CEL"), Map(0xA210, "HOLES.CEL"), Map(0xA200, "Oak.cel")})}));
@@ -48,7 +47,7 @@ TEST_F(ItemTest, AMaterialIsStoredAndListed)
 
 struct MaterialRow {
     const char *what;
-    Bytes chunks; // of a material that has all it needs but for the last of its kind
+    Bytes chunks; // added to a complete material
     const char *reports;
 };
 
@@ -105,7 +104,7 @@ TEST_F(ItemTest, AMissingFieldIsNamedInTheOrderOfTheRecord)
     const char *names[] = {"Name", "Ambient", "Diffuse", "Specular", "Shininess", "Transparency", "Shading"};
     for (size_t first = 0; first < parts.size(); ++first)
         for (size_t second = first; second < parts.size(); ++second) {
-            Pieces rest; // in reverse: the order of the chunks has no say
+            Pieces rest; // reversed: the order of the chunks must not matter
             for (size_t i = parts.size(); i-- > 0;)
                 if (i != first && i != second)
                     rest.push_back(parts[i]);
@@ -137,8 +136,8 @@ TEST_F(ItemTest, AMapWithoutANameTakesTheLastOneRead)
     EXPECT_STREQ(scene->materials[1].reflectionMap, "LAST.CEL");
 }
 
-// Each object as "name node/parent", roots without a parent. Behind it how many nodes named it, if that isn't
-// plain.
+// Each object as "name node/parent", roots without a parent. The number of nodes that name it follows unless
+// it is 1, or 0 for an object without a node.
 static std::string Nodes(const LoadedScene &scene)
 {
     std::string text;
@@ -227,7 +226,7 @@ TEST_F(ItemTest, TheKeyframerTellsWhatItReadsAndPassesOver)
 
 TEST_F(ItemTest, APivotRecentresWithoutMovingTheObject)
 {
-    // A quarter turn around z at (10, 0, 0) puts the world's (10, 5, 0) at (5, 0, 0) of the object.
+    // The matrix is a quarter turn around z at (10, 0, 0): world point (10, 5, 0) is (5, 0, 0) in the object.
     const Bytes mesh = Mesh({Points({10, 5, 0}), MeshMatrix({0, 1, 0, -1, 0, 0, 0, 0, 1, 10, 0, 0})});
     const LoadedScene scene = LoadBytes(Scene(
         {NamedObject("A", {mesh})},
@@ -244,7 +243,7 @@ TEST_F(ItemTest, APivotRecentresWithoutMovingTheObject)
 
 TEST_F(ItemTest, NamesWithOneHashAreTwoNames)
 {
-    // Both pairs have one FNV-1a hash of 32 bits.
+    // costarring and liquid have the same 32-bit FNV-1a hash, and so have altarage and zinke.
     const LoadedScene scene =
         LoadBytes(Scene({Box("costarring"), Box("zinke"), Box("liquid"), Box("zinke")},
                         {ObjectNode("altarage", noParent), ObjectNode("liquid", noParent),
@@ -257,7 +256,7 @@ TEST_F(ItemTest, NamesWithOneHashAreTwoNames)
 
 TEST_F(ItemTest, ManyPivotsMoveEachVertexInTheirOrder)
 {
-    // Sums of these depend on their order in the last bits.
+    // The last bits of sums of these depend on the order.
     const auto coordinate = [](size_t i) { return 0.1f + 1000.0f / static_cast<float>(3 * i + 1); };
     std::vector<float> before(3 * 45);
     for (size_t i = 0; i < before.size(); ++i)
@@ -290,14 +289,14 @@ TEST_F(ItemTest, PivotsMoveVerticesUpToTheLimitOfTheLoad)
     for (size_t i = 0; i < count; ++i)
         pivots.push_back(Pivot(1, static_cast<float>(i), 0));
     const Bytes after = ObjectNode("B", noParent);
-    const auto scene = [&](size_t eighths, size_t padding) { // every byte of it is read once
+    const auto scene = [&](size_t eighths, size_t padding) { // every byte is read once
         const std::vector<float> points(3 * (8 * eighths + 7));
         return Scene({NamedObject("A", {Mesh({Points(points)})}), Box("B")},
                      {Chunk(0xB00A, {U16(5), Text(Bytes(padding, 'x')), U32(0)}),
                       ObjectNode("A", noParent, pivots), after});
     };
     const size_t smallest = scene(0, 0).size();
-    for (const size_t missing : {0u, 1u}) { // bytes, for the pivot with the number last
+    for (const size_t missing : {0u, 1u}) { // bytes that the limit lacks for pivot number last
         size_t eighths = 1000, padding = 0, last = 0;
         for (bool found = false; !found;) {
             if (++padding > 100) {
@@ -347,7 +346,7 @@ TEST_F(ItemTest, TracksAreReadWithTheirSplinesPassedOver)
 
 TEST_F(ItemTest, TextLongerThanItsFieldIsCutWithAReport)
 {
-    const Bytes endless(200, 'x'); // a text ends after 129 bytes all the same
+    const Bytes endless(200, 'x'); // the reader ends a text after 129 bytes
     const LoadedScene scene =
         LoadBytes(Scene({Grey("Eleven and 8 more 20"),
                          Grey("N", {Map(0xA200, "fifteen.letters"), Map(0xA210, "sixteen.letters!")}),
@@ -362,6 +361,6 @@ TEST_F(ItemTest, TextLongerThanItsFieldIsCutWithAReport)
     EXPECT_STREQ(scene->objects[0].safeName, "Eleven_char");
     EXPECT_STREQ(scene->objects[0].instanceName, "sixteen letters");
     EXPECT_STREQ(scene->objects[1].name, "Twelve char");
-    // Material, opacity map, texture map twice: in the buffer of map names and in the field.
+    // Material, opacity map, texture map twice (buffer of map names and field), two objects, instance name.
     EXPECT_TRUE(LinesMatch(TakeLoadReports("E"), "E2 *\nE2 *\nE2 *\nE2 *\nE2 *\nE2 *\nE2 *\n"));
 }

@@ -1,4 +1,4 @@
-// What the reader makes of the sections of a 3D Studio file, with the reports in their order.
+// Reading of the sections of a 3D Studio file, and the order of the reports.
 #include <cmath>
 
 #include "harness.h"
@@ -104,7 +104,7 @@ TEST_F(ReaderTest, ALoadHandsOutSixteenTimesTheFileAndOneMebibyte)
                     second = Chunk(0x4110, {U16(static_cast<uint32_t>(count))});
         return Scene({NamedObject("B", {Mesh({first, second})})});
     };
-    const size_t size = scene(0).size(), first = 0xFFFF * 12; // the file's own bytes are handed out once
+    const size_t size = scene(0).size(), first = 0xFFFF * 12; // the bytes of the file count once
     const size_t most = (16 * size + (1 << 20) - size - first) / 12;
     EXPECT_EQ(LoadBytes(scene(most))->objects[0].vertexCount, static_cast<int32_t>(most));
     EXPECT_EQ(TakeReportLines("E"), "");
@@ -165,7 +165,7 @@ TEST_F(ReaderTest, TheEditorSectionTellsWhatItPassesOver)
 
 TEST_F(ReaderTest, VerticesComeToObjectSpaceAndBoundsStayInTheWorld)
 {
-    // Twice the size, a quarter turn around z, and away from the origin; the matrix stands behind its use.
+    // Scale 2, a quarter turn around z, off the origin. The matrix comes after the vertices that it affects.
     const LoadedScene scene =
         LoadBytes(Scene({NamedObject("A", {Mesh({Points({10, 20, 31, 8, 24, 30}),
                                                  MeshMatrix({0, 2, 0, -2, 0, 0, 0, 0, 2, 10, 20, 30})})})}));

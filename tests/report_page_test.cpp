@@ -1,4 +1,4 @@
-// The page that --report writes, as text and in a browser where one is installed.
+// The page that --report writes, as text, and in a browser if one is installed.
 #if defined(MC3DS_PROGRAM)
 
 #include <regex>
@@ -22,7 +22,6 @@ struct ReportPageTest : SceneTest {
     }
 };
 
-// The places of parts that have to follow each other.
 static void ExpectInOrder(const std::string &page, const std::vector<const char *> &parts)
 {
     size_t at = 0;
@@ -85,7 +84,7 @@ TEST_F(ReportPageTest, ABrowserShowsTheRowsAndThePictures)
     image.format = PNG_FORMAT_RGB;
     std::vector<unsigned char> shot(PNG_IMAGE_SIZE(image));
     ASSERT_NE(png_image_finish_read(&image, nullptr, shot.data(), 0, nullptr), 0) << image.message;
-    size_t ground = 0; // pixels in the background's colour of the two pictures, 240 x 180 each
+    size_t ground = 0; // background pixels of the two pictures, 240 x 180 each
     for (size_t i = 0; i < shot.size(); i += 3)
         ground += shot[i] == 160 && shot[i + 1] == 170 && shot[i + 2] == 182 ? 1 : 0;
     EXPECT_GT(ground, 43200u);

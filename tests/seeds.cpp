@@ -19,7 +19,7 @@ static Bytes Red(const Bytes &name, const Bytes &maps = "")
     return Material(name, {Finish(Colour24(20, 0, 0), Colour24(255, 0, 0), white, 3), maps});
 }
 
-// Chunks that the reader says a word about at most.
+// Chunks that the reader skips, with a report at most.
 static Bytes Skipped(const std::vector<uint16_t> &tags)
 {
     Bytes bytes;
@@ -28,7 +28,7 @@ static Bytes Skipped(const std::vector<uint16_t> &tags)
     return bytes;
 }
 
-// Deeper than one step in which a walk's memory grows.
+// Deeper than one growth step of the memory of a tree walk.
 static Bytes Deep()
 {
     Pieces nodes = {Kfhdr(1)};
@@ -100,7 +100,7 @@ const std::vector<Seed> &Seeds()
                 Chunk(OBJECT_NODE_TAG, {Pivot(1, 2, 3), Track(SCL_TRACK_TAG, {{0, {1, 1, 1}}})}),
                 ObjectNode("NOBODY", 1, {Track(ROT_TRACK_TAG, {{0, {1, 0, 0, 1}}})})}),
          ""},
-        // The last node hangs on itself, and on no root.
+        // The last node is its own parent; no root reaches it.
         {"Animated",
          Scene({Triangle("BODY"), Triangle("LEFT ARM"), Triangle("LOST")},
                {Kfhdr(3), Chunk(KFSEG, {U32(0), U32(3)}), Chunk(KFCURTIME, {U32(1)}),
@@ -155,13 +155,13 @@ void PutNumberAt(std::string &bytes, size_t at, int width, uint32_t number)
     bytes.replace(at, static_cast<size_t>(width), Number(number, width));
 }
 
-// Tags whose children begin right behind the header.
+// Tags whose children begin right after the header.
 static constexpr uint16_t parents[] = {M3DMAGIC,     MDATA,         KFDATA,           AMBIENT_LIGHT,
                                        N_TRI_OBJECT, MAT_ENTRY,     MAT_AMBIENT,      MAT_DIFFUSE,
                                        MAT_SPECULAR, MAT_SHININESS, MAT_TRANSPARENCY, MAT_TEXMAP,
                                        MAT_OPACMAP,  MAT_REFLMAP,   OBJECT_NODE_TAG};
 
-// Fills in the count of a chunk. Returns where its children begin; its end for a chunk that has none.
+// Sets the count of a chunk. Returns where its children begin, or its end if it has none.
 static size_t FindChildren(const std::string &scene, ChunkPlace *place)
 {
     const size_t data = place->start + 6, end = place->start + place->size;

@@ -1,5 +1,5 @@
-// Small scenes that together hold every chunk the reader knows, sound ones and odd ones, and the places in a
-// scene where damage hurts most.
+// Small valid and odd scenes that together contain every chunk the reader knows, and the positions in a scene
+// where damage has most effect.
 #ifndef MC3DS_TESTS_SEEDS_H
 #define MC3DS_TESTS_SEEDS_H
 
@@ -10,20 +10,20 @@
 struct Seed {
     std::string name;
     std::string scene;
-    std::string vue; // empty: none lies beside the scene
+    std::string vue; // empty: no .vue file
 };
 
 const std::vector<Seed> &Seeds();
 const Seed &FindSeed(const std::string &name);
 
 struct ChunkPlace {
-    size_t start, size; // of the whole chunk, no further than its parent's end
-    size_t parent;      // index into the list; the root has its own
-    size_t countAt;     // where its 16- or 32-bit count stands; 0 for a chunk without
+    size_t start, size; // of the whole chunk, cut at its parent's end
+    size_t parent;      // index into the list; the root is its own parent
+    size_t countAt;     // position of its 16- or 32-bit count; 0: no count
     int countWidth;     // bytes
 };
 
-// All chunks of a scene, each behind its parent; the reader's own rules for where children begin.
+// All chunks of a scene, each after its parent. Children begin where the reader looks for them.
 std::vector<ChunkPlace> FindChunks(const std::string &scene);
 
 uint32_t NumberAt(const std::string &bytes, size_t at, int width);

@@ -1,5 +1,5 @@
-// What a Meshcaster header may look like: strict_mcl/mclib.h.
-#if !defined(_WIN32) // whose programs may run on another system than the compiler
+// Outputs and generated source compile with another Meshcaster header, strict_mcl/mclib.h.
+#if !defined(_WIN32) // Windows programs may run on another system than their compiler
 #include <sstream>
 
 #include "command.h"
@@ -14,7 +14,7 @@ static std::string Compile(const char *compiler, const std::string &options)
            Quoted(MC3DS_GOLDEN_DIR "/../strict_mcl") + " " + options;
 }
 
-// Callers written in C++ have to ask for the names that a library in C has.
+// The header has no extern "C", so callers in C++ must add it themselves.
 TEST_F(StrictMcl, TheOutputsCompileAndCallFunctionsOfC)
 {
     for (const auto &entry : std::filesystem::directory_iterator(MC3DS_GOLDEN_DIR "/../../src/output"))
@@ -40,7 +40,7 @@ TEST_F(StrictMcl, GeneratedSourceCompiles)
             options.surfaceFlags = names != 0 ? 0x1Fu : 0;
             options.hintFlags = names;
             Output(scene, options);
-            // A document without textures declares the variable for their co-ordinates all the same.
+            // A document declares the variable for texture co-ordinates even without textures.
             const char *file = (flags & MC3DS_PER_OBJECT) != 0 ? "output/o0.mcx" : "output/out.c";
             MustRun(Compile(MC3DS_C_COMPILER,
                             "-std=c99 -Wno-unused-variable -fsyntax-only -x c " + std::string(file)));

@@ -1,15 +1,15 @@
-// The order of sums and the signs of zero, which show in the last digits of what is written.
+// The order of sums and the signs of zero. Both are visible in the numbers that outputs write.
 #include <cmath>
 #include <gtest/gtest.h>
 
 #include "math/transform.h"
 
-constexpr double big = 9007199254740992.0; // 2^53: one more is lost in it
+constexpr double big = 9007199254740992.0; // 2^53: adding 1 doesn't change it
 constexpr Mc3dsTransform identity = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 0}}};
 
 TEST(Transform, SumsRunFromTheLeft)
 {
-    // big + 1 - big is 0 from the left, and 1 in any other order.
+    // big + 1 - big is 0 when summed from the left, and 1 in any other order.
     const Mc3dsTransform rows = {{{big, 1, -big}, {1, big, -big}, {big, -big, 1}, {big, 1, -big}}};
     const Mc3dsTransform ones = {{{1, 0, 0}, {1, 0, 0}, {1, 0, 0}, {0.5, 0, 0}}};
     Mc3dsTransform product;

@@ -1,5 +1,5 @@
-// Puts .glb files to Khronos' validator: node validate_glb.js FILE... Prints what it finds; ends with 1 when there
-// is an error or a warning.
+// node validate_glb.js FILE...: checks .glb files with the Khronos validator. Prints errors and warnings;
+// the exit status is 1 if there are any.
 const fs = require('fs');
 const validator = require('gltf-validator');
 

@@ -1,4 +1,4 @@
-// The .vue file beside a scene: which words of it count, and as what.
+// The .vue file of a scene: which words count, and their meaning.
 
 #include <cmath>
 #include <sstream>
@@ -18,7 +18,7 @@ struct VueTest : SceneTest {
 
 static const std::string turned = " 0 1 0 -1 0 0 0 0 1 ";
 
-// Where the pivot of the first object stands in each frame, and the origin of the second.
+// Positions in each frame: of the pivot of the first object, and of the origin of the second.
 static std::string Places(const Mc3dsFile *scene)
 {
     std::ostringstream text;
@@ -105,7 +105,7 @@ TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
         {"-0X.8p1", -1},
         {"0x", 0},
         {"0x.p1", 0},
-        {"0x2p+-1", 2}, // an exponent has one sign at most and a digit
+        {"0x2p+-1", 2}, // an exponent has at most one sign and needs a digit
         {"0x2p-+1", 2},
         {"0x2p", 2},
         {"1e+-5", 1},
@@ -121,8 +121,8 @@ TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
         {"-INFINITYx", -infinite},
         {"9007199254740993", 9007199254740992.0},
         {"0.1000000000000000055511151231257827", 0.1},
-        {"- + +-1 --1 .e1 e1 1", 1},      // none of the words but the last is a number
-        {std::string(250, 'x') + "7", 7}, // a word goes on behind 250 characters as another
+        {"- + +-1 --1 .e1 e1 1", 1},      // only the last word is a number
+        {std::string(250, 'x') + "7", 7}, // after 250 characters a new word begins
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.word);

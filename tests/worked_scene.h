@@ -1,5 +1,5 @@
-// A scene with a bit of everything and numbers that can be followed by hand. BASE PLATE carries Dummy0, which
-// carries ARM, which carries TIP; objects stand in the order BASE PLATE, ARM, TIP, Dummy0.
+// A scene with a little of every feature and numbers that can be checked by hand. The tree is BASE PLATE,
+// Dummy0, ARM, TIP, each the parent of the next; the order of objects is BASE PLATE, ARM, TIP, Dummy0.
 #ifndef MC3DS_TESTS_WORKED_SCENE_H
 #define MC3DS_TESTS_WORKED_SCENE_H
 
@@ -27,15 +27,15 @@ inline chunks::Bytes WorkedMeshes()
               Faces({0, 1, 2, 0, 2, 3, 3, 1, 0},
                     {MaterialGroup("RED", {0}), MaterialGroup("GLASS", {1}), MaterialGroup("CLAY", {2})}),
               MeshMatrix({1, 0, 0, 0, 1, 0, 0, 0, 1, 10, 5, 0})});
-    // A quarter turn about z, twice as long along its own x axis. Face 1 wears two materials, 2 none that is
-    // known, 3 none at all.
+    // A quarter turn about z, scaled by 2 along its own x axis. Face 1 has two materials, face 2 an unknown
+    // one, face 3 none.
     const Bytes arm = Mesh(
         {Points({10, 5, 4, 10, 9, 4, 8, 5, 4, 10, 5, 6}),
          Faces({0, 1, 2, 0, 2, 3, 0, 3, 1, 1, 3, 2},
                {MaterialGroup("CHROME", {0, 1}), MaterialGroup("WIRE", {1}), MaterialGroup("NOWHERE", {2})}),
          MeshMatrix({0, 2, 0, -1, 0, 0, 0, 0, 1, 10, 5, 4})});
     const Bytes tip = Mesh({Points({10, 9, 6, 9, 9, 6, 10, 10, 6}), Faces({0, 1, 2}),
-                            MeshMatrix({-1, 0, 0, 0, 1, 0, 0, 0, 1, 10, 9, 6})}); // a mirror
+                            MeshMatrix({-1, 0, 0, 0, 1, 0, 0, 0, 1, 10, 9, 6})}); // mirrored
     return Join({NamedObject("SUN", {Chunk(0x4600)}), NamedObject("BASE PLATE", {plate}),
                  NamedObject("ARM", {arm}), NamedObject("GHOST", {tip, Chunk(0x4010)}),
                  NamedObject("EYE", {Chunk(0x4700)}), NamedObject("TIP", {tip})});
@@ -53,7 +53,7 @@ inline chunks::Bytes WorkedScene()
                   ObjectNode("TIP", 3), ObjectNode("GHOST", 0)});
 }
 
-// TIP is never named, Dummy0 in frame 0 only.
+// TIP has no transform, Dummy0 has one in frame 0 only.
 inline const char *WorkedVue()
 {
     return "# two frames\n"

@@ -1,4 +1,4 @@
-// The program's judgement of what the library left on the disk.
+// The program's check that the files written by the library are complete.
 #if defined(MC3DS_HOST_PARTS)
 
 #include <algorithm>
@@ -37,7 +37,7 @@ TEST_F(WrittenFileTest, NoFileThatIsCutAnywhereCountsAsWhole)
         const std::string text = ReadFile(row.name);
         ASSERT_GT(text.size(), 100u);
         EXPECT_TRUE(IsWhole(file, scene.get()));
-        // The last lines at every byte, what lies before them now and then.
+        // Cuts at each of the last 150 bytes, and before those at every 29th.
         for (size_t length = text.size(); length > 0;) {
             length -= length + 150 > text.size() ? 1 : std::min<size_t>(length, 29);
             std::filesystem::resize_file(row.name, length);

@@ -1,6 +1,6 @@
 /*
- * Another Meshcaster header, for compiling only: every call but McCreateMatrix returns a status, constants
- * are enumerators, and there are no guards for C++.
+ * Another Meshcaster header, for compile tests only: every call but McCreateMatrix returns a status,
+ * constants are enumerators, and there is no extern "C".
  */
 #ifndef STRICT_MCLIB_H
 #define STRICT_MCLIB_H
