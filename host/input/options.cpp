@@ -152,7 +152,7 @@ static void AddFileOptions(CLI::App *app, HostOptions *options)
         "(default: beside each scene)",
         [options](const std::string &text) { options->outputDir = ReadName("--output-dir", text, false); });
     AddValue(app, "-j,--jobs", "N", "Files",
-             "convert N scenes at a time, each in a process of its own; 1 to 256 (default: 1)",
+             "convert N scenes at a time, in as many processes; 1 to 256 (default: 1)",
              [options](const std::string &text) {
                  int64_t jobs = 0;
                  Accept("--jobs", ReadWhole(text, 1, jobsMost, &jobs),
