@@ -2,8 +2,7 @@
 
 #include <cerrno>
 
-// The NUL behind the last byte lets a number be read up to the end of the buffer without a test of its
-// length.
+// A NUL follows the last buffered byte, so that numbers are parsed without checks against the buffer's end.
 
 void Mc3dsOpenTextStream(Mc3dsFile *file, uint64_t size)
 {
@@ -19,8 +18,7 @@ bool Mc3dsRefillText(Mc3dsFile *file)
     Mc3dsLoad *load = file->load;
     size_t length = 0;
     if (file->vueError == 0) {
-        // One byte past the end is requested and discarded: the first read shows a folder, which may have no
-        // size.
+        // One extra byte is requested and discarded: a folder of size 0 then shows by a read error.
         constexpr size_t most = sizeof load->bytes - 1;
         const size_t wanted = load->textLeft < most ? static_cast<size_t>(load->textLeft) + 1 : most;
         length = std::fread(load->bytes, 1, wanted, file->stream);

@@ -1,4 +1,4 @@
-// A text file in file->stream, read once from front to back.
+// Reads the text file in file->stream once, from start to end.
 #ifndef MC3DS_ANIMATION_TEXT_STREAM_H
 #define MC3DS_ANIMATION_TEXT_STREAM_H
 
@@ -6,11 +6,11 @@
 
 constexpr int Mc3dsEndOfText = -1;
 
-// Reads no more than size bytes, however the file grows.
+// Reads at most size bytes, even if the file grows.
 void Mc3dsOpenTextStream(Mc3dsFile *file, uint64_t size);
-bool Mc3dsRefillText(Mc3dsFile *file); // false at the end, and, with its report, after a read that failed
+bool Mc3dsRefillText(Mc3dsFile *file); // false at the end, and on a read error, which is reported
 
-// The next byte, which stays, or Mc3dsEndOfText.
+// The next byte, which is not consumed, or Mc3dsEndOfText.
 inline int Mc3dsPeekCharacter(Mc3dsFile *file)
 {
     const Mc3dsLoad *load = file->load;

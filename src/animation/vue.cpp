@@ -7,11 +7,11 @@
 #include "text_stream.h"
 #include "vue_number.h"
 
-// Where a sound file has its numbers, runs of more characters than this are read as several words.
+// Where a number is expected, a longer run of characters is read as several words.
 constexpr size_t longestWord = 250;
 
-// Entries of all frames together, to which the bytes of the .vue file are added: a frame count of a damaged
-// file must not ask for more memory than a large animation has use for.
+// Limit of transforms in all frames together; the .vue file's size in bytes is added to it. It bounds the
+// memory that a damaged frame count can request.
 constexpr uint64_t mostFrames = 4194304;
 
 static bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
@@ -25,7 +25,7 @@ static bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
     for (;;) {
         int character = Mc3dsPeekCharacter(file);
         if (character == Mc3dsEndOfText || (!quoted && Mc3dsIsSpace(character)))
-            break; // the white space behind a bare word stays
+            break; // the white space after a bare word is not consumed
         Mc3dsTakeCharacter(file);
         if (quoted && character == '"')
             break;
@@ -41,14 +41,14 @@ static bool Mc3dsReadVueToken(Mc3dsFile *file, char *buffer, size_t size)
     return length > 0;
 }
 
-// A plain word, as scanf's "%250s" reads it. False at the end of the file.
+// Reads a word like scanf's "%250s". False at the end of the file.
 static bool ReadPlainWord(Mc3dsFile *file, char word[longestWord + 1])
 {
     Mc3dsLoad *load = file->load;
     size_t length = 0;
     while (Mc3dsIsSpace(Mc3dsPeekCharacter(file)))
         ++load->nextText;
-    // A word that reaches the end of the buffer may go on after the refill.
+    // A word that reaches the end of the buffer may continue after the refill.
     while (length < longestWord && Mc3dsPeekCharacter(file) != Mc3dsEndOfText) {
         const auto available = static_cast<size_t>(load->lastText - load->nextText);
         const size_t room = longestWord - length;
@@ -67,7 +67,7 @@ static bool ReadPlainWord(Mc3dsFile *file, char word[longestWord + 1])
     return length > 0;
 }
 
-// Behind the next line end, or as many bytes on as one read of a line takes.
+// Skips to after the next line end, at most 255 bytes: one line buffer.
 static void DropComment(Mc3dsFile *file)
 {
     for (int i = 0; i < 255; ++i) {
@@ -77,7 +77,7 @@ static void DropComment(Mc3dsFile *file)
     }
 }
 
-// The next plain word that is no comment. False at the end of the file.
+// The next word outside comments. False at the end of the file.
 static bool ReadWordBehindComments(Mc3dsFile *file, char word[longestWord + 1])
 {
     while (ReadPlainWord(file, word)) {
@@ -88,7 +88,7 @@ static bool ReadWordBehindComments(Mc3dsFile *file, char word[longestWord + 1])
     return false;
 }
 
-// A plainly written number that ends within the buffer, as nearly all do: it needs no copy.
+// Fast path without a copy: a plain number that ends within the buffer, as nearly all do.
 static bool ReadBufferedNumber(Mc3dsFile *file, double *number)
 {
     Mc3dsLoad *load = file->load;
@@ -119,7 +119,6 @@ static bool ReadFrameRecord(Mc3dsFile *file, int32_t *frame)
     return ReadWordBehindComments(file, word) && Mc3dsParseInteger(word, frame);
 }
 
-// False when the scan is over.
 static bool ReadTransformRecord(Mc3dsFile *file, int32_t frame)
 {
     char name[32];
@@ -142,7 +141,6 @@ static bool ReadTransformRecord(Mc3dsFile *file, int32_t frame)
     return true;
 }
 
-// False at the end of the file.
 static bool DropLine(Mc3dsFile *file)
 {
     for (;;) {
@@ -171,8 +169,7 @@ static void Scan(Mc3dsFile *file)
     }
 }
 
-// Identities for all frames of all objects. False, with nothing allocated and its report, when there is no
-// memory or the scene asks for more than it should.
+// False, with a report and nothing allocated, if out of memory or above the limit.
 static bool AllocateFrames(Mc3dsFile *file, uint64_t vueSize)
 {
     const uint64_t count = uint64_t{file->frameCount} + 1;
@@ -209,7 +206,7 @@ uint32_t Mc3dsReadVue(Mc3dsFile *file)
         return 0;
     }
     Mc3dsMessage(0, "\nReading File <%s>", name);
-    // What can't be seeked has no size. Neither has a folder, for which some systems give 2^63 - 1.
+    // Files that can't seek count as empty. So do folders, for which some systems give 2^63 - 1.
     const int64_t measured = Mc3dsMeasureStream(file->stream);
     const uint64_t size = measured > 0 && measured < INT64_MAX ? static_cast<uint64_t>(measured) : 0;
     const bool hasFrames = AllocateFrames(file, size);

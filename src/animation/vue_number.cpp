@@ -17,7 +17,6 @@ static bool IsHexDigit(char character)
     return IsDigit(character) || (lower >= 'a' && lower <= 'f');
 }
 
-// Takes a sign; true for a minus.
 static bool TakeSign(const char **word)
 {
     const bool negative = **word == '-';
@@ -42,8 +41,7 @@ bool Mc3dsParseInteger(const char *word, int32_t *value)
     return true;
 }
 
-// For a text that no double holds, whether it is too large (and not too small): by the weight of its first
-// digit that isn't 0, in powers of the base, against the exponent.
+// Tells overflow (true) from underflow: adds the place value of the first nonzero digit to the exponent.
 static bool IsHuge(const char *text, const char *end, bool hexadecimal)
 {
     int64_t weight = 0;
@@ -68,8 +66,7 @@ static bool IsHuge(const char *text, const char *end, bool hexadecimal)
     return (hexadecimal ? weight * 4 : weight) + exponent > 0;
 }
 
-// How much of a hexadecimal number from_chars may see: without the exponent where it isn't whole, since
-// from_chars would take a second sign.
+// Excludes an exponent without digits: from_chars would accept a second sign in it.
 static size_t HexLength(const char *text)
 {
     const size_t mantissa = std::strspn(text, "0123456789abcdefABCDEF.");
@@ -83,7 +80,7 @@ static size_t HexLength(const char *text)
     return std::strlen(text);
 }
 
-// An unsigned number in one of from_chars' forms, which leaves the value alone where it doesn't fit.
+// Sets infinity or 0 where the number doesn't fit: from_chars leaves the value unchanged then.
 static const char *ParseUnsigned(const char *text, bool hexadecimal, double *value)
 {
     const auto format = hexadecimal ? std::chars_format::hex : std::chars_format::general;
@@ -103,15 +100,14 @@ static const char *TakeDigits(const char *text, uint64_t *digits)
     return text;
 }
 
-// Plain decimal notation of at most 15 digits, which is what .vue files have: the digits as a whole number
-// and the power of ten are both exact then, and their quotient is rounded once.
+// Up to 15 digits the integer and the power of ten are exact, so their quotient is rounded only once.
 const char *Mc3dsParsePlainReal(const char *text, double *value)
 {
     static constexpr double powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                         1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     constexpr ptrdiff_t mostDigits = 15;
     const bool negative = TakeSign(&text);
-    uint64_t digits = 0; // wraps round where there are too many
+    uint64_t digits = 0; // wraps if there are too many, which is checked below
     const char *end = TakeDigits(text, &digits);
     ptrdiff_t count = end - text, decimals = 0;
     if (*end == '.') {
@@ -134,10 +130,10 @@ bool Mc3dsParseReal(const char *word, double *value)
         return true;
     const bool negative = TakeSign(&word);
     if (*word == '-' || *word == '+')
-        return false; // from_chars would take a second minus
+        return false; // from_chars would accept a second minus
     double magnitude = 0.0;
     const bool prefixed = word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
-    // "0x" without a digit behind it still begins with the number 0.
+    // "0x" without a digit after it is the number 0.
     const bool hexDigits = prefixed && (IsHexDigit(word[2]) || (word[2] == '.' && IsHexDigit(word[3])));
     if (!(hexDigits && ParseUnsigned(word + 2, true, &magnitude)) && !ParseUnsigned(word, false, &magnitude))
         return false;
