@@ -1,4 +1,4 @@
-// Mc3dsLoadFile and Mc3dsOutput stand where their work is done: reader/load.cpp and output/driver.cpp.
+// Mc3dsLoadFile is in reader/load.cpp, Mc3dsOutput in output/driver.cpp.
 
 #include <cstdlib>
 

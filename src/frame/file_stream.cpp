@@ -24,7 +24,7 @@ bool Mc3dsSeekStream(FILE *stream, int64_t offset, int origin)
 
 int64_t Mc3dsMeasureStream(FILE *stream)
 {
-    // A folder, which some systems open, may have no end to seek to; its first read tells what it is.
+    // Some systems open folders, where this seek may fail; the first read then reports an error.
     const int64_t size = Mc3dsSeekStream(stream, 0, SEEK_END) ? TellStream(stream) : 0;
     return Mc3dsSeekStream(stream, 0, SEEK_SET) ? size : -1;
 }

@@ -8,7 +8,7 @@ bool Mc3dsBeginLoad(Mc3dsFile *file)
     file->load = static_cast<Mc3dsLoad *>(std::malloc(sizeof(Mc3dsLoad)));
     if (!file->load)
         return false;
-    std::memset(static_cast<void *>(file->load), 0, offsetof(Mc3dsLoad, bytes)); // the rest needs no clearing
+    std::memset(static_cast<void *>(file->load), 0, offsetof(Mc3dsLoad, bytes));
     return true;
 }
 
@@ -27,9 +27,9 @@ bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
 {
     uint32_t &room = file->load->objectCapacity;
     if (file->objectCount == 0)
-        room = 0; // the array is gone with the last of its objects
+        room = 0; // the array was freed with its last object
     if (file->objectCount == room) {
-        // Room ahead of need: pages that are not touched cost nothing, growing by one costs a system call.
+        // Reserves more than needed: untouched pages cost nothing, every growth costs a system call.
         const uint64_t capacity = uint64_t{room} + room / 2 + 1;
         void *objects =
             Mc3dsResize(file->objectCount != 0 ? file->objects : nullptr, capacity, sizeof *object);

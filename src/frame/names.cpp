@@ -1,6 +1,5 @@
-// A binary tree over the records of an array. The path to a name follows the bits of its hash and then,
-// should whole hashes be alike, the bits of the name itself. So no choice of names makes it deeper than 32 +
-// 8 x 20 levels, and nothing ever needs to be balanced or moved.
+// A binary tree. The path to a name follows the bits of its hash, then, for equal hashes, those of the name.
+// This limits the depth to 32 + 8 x 20 levels for all names without rebalancing.
 
 #include <cassert>
 #include <cstdlib>
@@ -18,8 +17,7 @@ static uint32_t HashName(const char *name)
     return hash ^ hash >> 15;
 }
 
-// Which way the path goes at a level. Names end in zeros, so that bits behind the end of both are never asked
-// for.
+// Names end in a NUL, so no bit after the end of both is ever read.
 static unsigned PathBit(const char *name, uint32_t hash, unsigned level)
 {
     if (level < 32)
@@ -28,7 +26,7 @@ static unsigned PathBit(const char *name, uint32_t hash, unsigned level)
     return static_cast<unsigned char>(name[level / 8]) >> level % 8 & 1;
 }
 
-// The link that holds the index of the first record of that name, or that an index of it would go into.
+// The link to the first record of that name, or the empty link where it belongs.
 static uint32_t *FindLink(Mc3dsNames *names, const char *records, size_t size, const char *name,
                           uint32_t hash)
 {
@@ -42,7 +40,7 @@ static uint32_t *FindLink(Mc3dsNames *names, const char *records, size_t size, c
     return link;
 }
 
-// Whether no indexed record was removed or renamed, as far as the newest of them shows it.
+// Checks only by the newest indexed record that none was removed or renamed.
 [[maybe_unused]] static bool IsIntact(const Mc3dsNames *names, const char *records, size_t size,
                                       uint32_t count)
 {
@@ -51,7 +49,6 @@ static uint32_t *FindLink(Mc3dsNames *names, const char *records, size_t size, c
            (indexed == 0 || names->nodes[indexed - 1].hash == HashName(records + (indexed - 1) * size));
 }
 
-// Indexes the records that are new since the last time. False when there is no memory.
 static bool Extend(Mc3dsNames *names, const char *records, size_t size, uint32_t count)
 {
     assert(IsIntact(names, records, size, count));
@@ -76,7 +73,7 @@ static bool Extend(Mc3dsNames *names, const char *records, size_t size, uint32_t
     return true;
 }
 
-// Names are mostly asked for in the order of the records, or the same one again. count when it is neither.
+// Look-ups mostly follow the order of the records or repeat the last name. Returns count if neither matches.
 static uint32_t Guess(const Mc3dsNames *names, const char *records, size_t size, uint32_t count,
                       const char *name)
 {

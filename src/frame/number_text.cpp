@@ -5,16 +5,15 @@
 #include <cstring>
 #include <type_traits>
 
-// A number below 2^31 is written as an integer of millionths wherever its rounding is certain, at a fraction
-// of the time that the exact algorithm of std::to_chars takes. The digits are the same, those of printf.
+// Numbers below 2^31 are printed as an integer count of millionths if their rounding is certain. This gives
+// the same digits as printf in a fraction of the time that the exact std::to_chars takes.
 
-// Digits come three at a time out of a table, each entry with the text of its number in every form. Four
-// bytes are copied at once.
+// Table entry of a three-digit number in every form. Always copied as four bytes.
 struct Thousand {
-    char padded[4];     // three digits
+    char padded[4];     // with leading zeros
     char plain[3];      // without leading zeros
-    uint8_t count;      // how many of plain are digits
-    char aligned[2][4]; // right-aligned in three places, and with a minus sign in three or, if need be, four
+    uint8_t count;      // digits in plain
+    char aligned[2][4]; // right-aligned in three places; with a minus sign in three, or four if needed
 };
 
 static constexpr struct Thousands {
@@ -33,7 +32,7 @@ static constexpr struct Thousands {
             entry.plain[i] = i < entry.count ? digits[blanks + i] : ' ';
             entry.aligned[0][i] = i < blanks ? ' ' : digits[i];
         }
-        const int shift = blanks == 0; // by which the sign moves the digits
+        const int shift = blanks == 0; // 1 if the sign needs a fourth place
         for (int i = 0; i < 3 + shift; ++i)
             entry.aligned[1][i] = i - shift >= blanks       ? digits[i - shift]
                                   : i - shift == blanks - 1 ? '-'
@@ -50,7 +49,7 @@ static char *PutPadded(char *out, uint32_t value)
 
 static char *PutPlain(char *out, uint32_t value)
 {
-    std::memcpy(out, thousands.of[value].plain, 4); // and the count, which is written over
+    std::memcpy(out, thousands.of[value].plain, 4); // with count, which is overwritten next
     return out + thousands.of[value].count;
 }
 
@@ -61,23 +60,22 @@ static char *PutUnsigned(char *out, uint32_t value)
     return PutPadded(PutUnsigned(out, value / 1000), value % 1000);
 }
 
-// The number of millionths nearest to a magnitude, halves to even as printf has it. False where the product's
-// own rounding might have decided, or the number is too large, or none.
+// Rounds a magnitude to millionths, halves to even as in printf. False if the number is too large or NaN, or
+// if the rounding of the product may change the result.
 template <class Number>
 static bool ToMillionths(Number value, uint64_t *millionths)
 {
     constexpr double limit = 2147483647.0;
-    constexpr double integers = 4503599627370496.0; // 2^52: what is added to it is rounded to an integer
+    constexpr double integers = 4503599627370496.0; // 2^52: adding it rounds to an integer
     const double magnitude = std::fabs(static_cast<double>(value));
     if (!(magnitude < limit))
         return false;
     const double product = magnitude * 1e6;
     const double rounded = (product + integers) - integers;
     *millionths =
-        static_cast<uint64_t>(static_cast<int64_t>(rounded)); // signed is the conversion machines have
-    // With the 24 bits of a float the product is exact, the floats' many halves, the odd multiples of 1/128,
-    // included. That of other numbers is off by half a unit in its last place at most, which matters only
-    // near a half.
+        static_cast<uint64_t>(static_cast<int64_t>(rounded)); // hardware converts to signed integers only
+    // The product of a float, with its 24 bits, is exact, also at the halves: odd multiples of 1/128. Other
+    // products are off by at most half a unit in the last place, which matters only near a half.
     if constexpr (std::is_same_v<Number, float>)
         return true;
     const double error = product * 0x1p-53;
@@ -85,14 +83,14 @@ static bool ToMillionths(Number value, uint64_t *millionths)
            static_cast<double>(static_cast<float>(magnitude)) == magnitude;
 }
 
-// Sign, digits, point and six digits more, right-aligned in width, which is 0 or 10.
+// As "%f", or as "%10.6f" with width 10. width is 0 or 10.
 template <int width>
 [[gnu::always_inline]] static inline char *PutMillionths(char *out, bool negative, uint64_t millionths)
 {
     const auto whole = static_cast<uint32_t>(millionths / 1000000);
     const auto fraction = static_cast<uint32_t>(millionths - uint64_t{whole} * 1000000);
-    // Hardly a branch depends on the digits: one that is guessed wrong costs more than all this. What is
-    // written too much is written over, or stands behind the end.
+    // Avoids branches on the digits, because a misprediction costs more than all of this. Surplus bytes are
+    // overwritten by the next write or lie past the returned end.
     if (width != 0 && whole < 1000) {
         std::memcpy(out, thousands.of[whole].aligned[negative], 4);
         out += 3 + (negative & (whole >= 100));
@@ -104,10 +102,9 @@ template <int width>
     return PutPadded(PutPadded(out + 1, fraction / 1000), fraction % 1000);
 }
 
-// Any number at all.
 static char *PutAny(char *out, double value, int precision)
 {
-    if (std::isnan(value)) { // without a sign: it differs from one machine to the next
+    if (std::isnan(value)) { // without its sign, which differs between machines
         std::memcpy(out, "nan", 3);
         return out + 3;
     }

@@ -1,21 +1,20 @@
-// Numbers as text: the one place where they are printed, for outputs and reports alike.
+// Prints all numbers of outputs and reports.
 #ifndef MC3DS_FRAME_NUMBER_TEXT_H
 #define MC3DS_FRAME_NUMBER_TEXT_H
 
 #include <cstdint>
 
-// The room that each writer needs. No terminator is written, but what lies behind the text, within that room,
-// may be overwritten.
-constexpr int Mc3dsFixedTextMax = 328; // -DBL_MAX with six decimals is 317
+// Bytes that each function may overwrite, some of them after the end of its text. No NUL is written.
+constexpr int Mc3dsFixedTextMax = 328; // -DBL_MAX with six decimals has 317
 constexpr int Mc3dsIntegerTextMax = 19;
 
-// Each writes at out and returns the end of what it wrote.
+// Each writes at out and returns the end of its text.
 
 // As "%f".
 char *Mc3dsPutFixed(char *out, float value);
 char *Mc3dsPutFixed(char *out, double value);
 
-// As "%.2f" with precision 2 and so on, 6 at most.
+// As "%.*f", with a precision of at most 6.
 char *Mc3dsPutFixed(char *out, double value, int precision);
 
 // As "%10.6f".

@@ -11,11 +11,10 @@ static char reportBuffer[256];
 static void Report(Mc3dsCallback callback, int32_t level, const char *format, va_list arguments)
 {
     if (!callback)
-        return; // no one could see the text
+        return;
     Mc3dsFormatTextV(reportBuffer, sizeof reportBuffer, format, arguments);
-    // A host in C++ may have its callback throw. The callers up the stack hold open files and memory, and are
-    // C functions to the host: the exception ends here. A thread that ends inside the callback (pthread_exit,
-    // cancellation) unwinds with an exception that must go on, or the C library aborts the process.
+    // Exceptions of the host end here: the callers hold files and memory and are C functions to the host. A
+    // thread that ends in the callback (pthread_exit, cancellation) must unwind, or the C library aborts.
     try {
         callback(level, reportBuffer);
 #if defined(__GLIBCXX__)

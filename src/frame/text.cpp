@@ -10,8 +10,7 @@ void Mc3dsLowerCase(char *text)
             *text = static_cast<char>(*text + 0x20);
 }
 
-// One conversion: the text of it goes to out, or, for %s, out is left alone and the argument itself comes
-// back.
+// Converts one argument. Returns out with its text, or for %s the argument itself.
 static const char *Convert(char conversion, int precision, va_list *arguments, char *out, size_t *length)
 {
     char *end = out;
@@ -32,7 +31,7 @@ static const char *Convert(char conversion, int precision, va_list *arguments, c
 
 size_t Mc3dsFormatTextV(char *buffer, size_t size, const char *format, va_list arguments)
 {
-    va_list rest; // a va_list parameter may be an array in disguise, whose address is no va_list *
+    va_list rest; // a va_list parameter may decay to a pointer, whose address is no va_list *
     va_copy(rest, arguments);
     size_t used = 0;
     while (*format != '\0') {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-// Products with 0 and 1 are carried out like all others: the signs of zero show in the output.
+// Products with 0 and 1 must not be skipped: they decide the signs of zeros in the output.
 
 void Mc3dsTransformIdentity(Mc3dsTransform *m)
 {
