@@ -1,11 +1,11 @@
-// Tags of the 3D Studio format, grouped by parent, with what the chunk holds behind its header. All numbers
-// are little-endian; text is NUL-terminated; "children" are chunks.
+// Tags of the 3D Studio format, grouped by parent, with the chunk's contents after its header. Numbers are
+// little-endian; text is NUL-terminated; "children" are chunks.
 #ifndef MC3DS_READER_CHUNKS_H
 #define MC3DS_READER_CHUNKS_H
 
 #include <cstdint>
 
-constexpr uint32_t Mc3dsChunkHeaderSize = 6; // u16 tag, u32 length with these 6 bytes
+constexpr uint32_t Mc3dsChunkHeaderSize = 6; // u16 tag, u32 length including these 6 bytes
 
 enum Mc3dsTag : uint16_t {
     // The root
@@ -15,15 +15,15 @@ enum Mc3dsTag : uint16_t {
     MDATA = 0x3D3D,  // children; also the root of a bare editor section
     KFDATA = 0xB000, // children
 
-    // Colours and percentages, the first child of what has one
+    // Colours and percentages: always the first child of their parent
     COLOR_F = 0x0010,          // f32 red, green, blue
     COLOR_24 = 0x0011,         // u8 red, green, blue
-    INT_PERCENTAGE = 0x0030,   // u16, 100 for all
-    FLOAT_PERCENTAGE = 0x0031, // f32, 1.0 for all
+    INT_PERCENTAGE = 0x0030,   // u16; 100 is 100 %
+    FLOAT_PERCENTAGE = 0x0031, // f32; 1.0 is 100 %
 
     // Children of MDATA
     MASTER_SCALE = 0x0100, // f32
-    BIT_MAP = 0x1100,      // skipped, as all up to DEFAULT_VIEW but AMBIENT_LIGHT
+    BIT_MAP = 0x1100,      // skipped, like all up to DEFAULT_VIEW except AMBIENT_LIGHT
     USE_BIT_MAP = 0x1101,
     SOLID_BGND = 0x1200,
     USE_SOLID_BGND = 0x1201,
@@ -49,7 +49,7 @@ enum Mc3dsTag : uint16_t {
     MAT_ENTRY = 0xAFFF,    // children
 
     // Children of NAMED_OBJECT
-    OBJ_HIDDEN = 0x4010,     // nothing
+    OBJ_HIDDEN = 0x4010,     // empty
     N_TRI_OBJECT = 0x4100,   // children
     N_DIRECT_LIGHT = 0x4600, // skipped
     N_CAMERA = 0x4700,       // skipped
@@ -71,11 +71,11 @@ enum Mc3dsTag : uint16_t {
     MAT_SPECULAR = 0xA030,     // children: a colour
     MAT_SHININESS = 0xA040,    // children: a percentage
     MAT_TRANSPARENCY = 0xA050, // children: a percentage
-    MAT_XPFALL = 0xA052, // reported, as MAT_REFBLUR, MAT_TWO_SIDE, MAT_DECAL, MAT_BUMPMAP and MAT_ACUBIC
+    MAT_XPFALL = 0xA052, // reported, like MAT_REFBLUR, MAT_TWO_SIDE, MAT_DECAL, MAT_BUMPMAP and MAT_ACUBIC
     MAT_REFBLUR = 0xA053,
     MAT_TWO_SIDE = 0xA081,
     MAT_DECAL = 0xA082,
-    MAT_ADDITIVE = 0xA083, // skipped, as all that follow without a remark
+    MAT_ADDITIVE = 0xA083, // skipped, like all tags below without a comment
     MAT_SHADING = 0xA100,  // u16: 0 Wireframe, 1 Flat, 2 Gouraud, 3 Phong, 4 Metal
     MAT_TEXMAP = 0xA200,   // children: a percentage, then MAT_MAPNAME among others
     MAT_OPACMAP = 0xA210,  // as MAT_TEXMAP
@@ -91,9 +91,9 @@ enum Mc3dsTag : uint16_t {
     // Children of the map chunks
     MAT_MAPNAME = 0xA300, // file name
 
-    // Children of KFDATA. Those from 0xB002 to 0xB007 take a node number each.
+    // Children of KFDATA. Each chunk from 0xB002 to 0xB007 takes a node number.
     OBJECT_NODE_TAG = 0xB002, // children
-    CAMERA_NODE_TAG = 0xB003, // skipped, as the four that follow
+    CAMERA_NODE_TAG = 0xB003, // skipped, like the next four
     TARGET_NODE_TAG = 0xB004,
     LIGHT_NODE_TAG = 0xB005,
     L_TARGET_NODE_TAG = 0xB006,
@@ -108,7 +108,7 @@ enum Mc3dsTag : uint16_t {
     PIVOT = 0xB013,           // f32 x, y, z
     BOUNDBOX = 0xB014,        // f32 minimum x, y, z, maximum x, y, z
     MORPH_SMOOTH = 0xB015,    // skipped
-    POS_TRACK_TAG = 0xB020,   // u16 flags, u32 twice, u32 count, then keys: u32 frame, u16 flags, a word for
+    POS_TRACK_TAG = 0xB020,   // u16 flags, u32 twice, u32 count, then keys: u32 frame, u16 flags, a u32 for
                               // each of the low five flags that is set, then f32 x, y, z
     ROT_TRACK_TAG = 0xB021,   // likewise with f32 angle, x, y, z
     SCL_TRACK_TAG = 0xB022,   // likewise with f32 x, y, z

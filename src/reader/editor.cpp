@@ -10,7 +10,7 @@ static void ReadAmbientLight(Mc3dsFile *file)
     Mc3dsMessage(2, "Global Ambient Level = %f", ((red + green) + blue) / 3.0);
 }
 
-// OBJ_HIDDEN stands behind the mesh that it hides: the newest object goes again.
+// OBJ_HIDDEN follows the mesh that it hides, so the newest object is removed.
 static void RemoveNewestObject(Mc3dsFile *file)
 {
     Mc3dsObjectFree(&file->objects[--file->objectCount]);
@@ -25,7 +25,7 @@ static void ReadNamedObject(Mc3dsFile *file, const Mc3dsChunk *chunk)
 {
     char name[12];
     Mc3dsCopyText(name, sizeof name, Mc3dsReadString(file), "Object name");
-    bool lastIsMesh = false; // the last child that was a mesh, a light or a camera; and the mesh still stands
+    bool lastIsMesh = false; // whether the last mesh, light or camera is a mesh that is in the scene
     for (Mc3dsChunk child = {}; Mc3dsNextChunk(file, chunk, &child);) {
         switch (child.tag) {
         case N_TRI_OBJECT:

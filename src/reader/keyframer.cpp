@@ -23,7 +23,7 @@ static void ReadHeader(Mc3dsFile *file)
     Mc3dsMessage(2, "\tFrames %d", static_cast<int32_t>(file->frameCount));
 }
 
-// The remark about a node that is counted and otherwise passed over; false for a chunk that is no such node.
+// Reports a node that is counted but skipped. False for other chunks.
 static bool SkipNode(uint16_t tag)
 {
     switch (tag) {
@@ -48,7 +48,7 @@ void Mc3dsReadKeyframer(Mc3dsFile *file, const Mc3dsChunk *chunk)
         case KFCURTIME: ReadCurrentTime(file); break;
         case KFHDR: ReadHeader(file); break;
         default:
-            // AMBIENT_NODE_TAG is none of these: it takes no number.
+            // AMBIENT_NODE_TAG is not counted: it takes no node number.
             if (SkipNode(child.tag))
                 ++file->nodeCounter;
             else

@@ -15,8 +15,7 @@ static Mc3dsFile *DropScene(Mc3dsFile *file)
     return nullptr;
 }
 
-// The scene with nothing in it but the default material, its stream open. Null, with its report, when there
-// is no file or no memory.
+// A scene with only the default material and an open stream. Null if opening fails or out of memory.
 static Mc3dsFile *OpenScene(const char *path)
 {
     auto *file = static_cast<Mc3dsFile *>(std::calloc(1, sizeof(Mc3dsFile)));
@@ -25,7 +24,7 @@ static Mc3dsFile *OpenScene(const char *path)
         return nullptr;
     }
     file->stream = std::fopen(path, "rb");
-    // A pipe opens, but the chunks of a file can't be walked without seeking.
+    // A pipe can be opened, but walking chunks needs seeks.
     if (!file->stream || !Mc3dsOpenStream(file)) {
         Mc3dsError(1, "Unable to open file <%s>", path);
         return DropScene(file);
@@ -43,7 +42,6 @@ static Mc3dsFile *OpenScene(const char *path)
     return file;
 }
 
-// False when the file is no 3D Studio file.
 static bool ReadRoot(Mc3dsFile *file)
 {
     Mc3dsChunk root;

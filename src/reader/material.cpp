@@ -1,8 +1,7 @@
 #include "chunks.h"
 #include "reader.h"
 
-// The map name buffer. It outlives every chunk: a map chunk without a MAT_MAPNAME takes the last name that
-// was read, in whatever material or file that was.
+// Static because a map chunk without a MAT_MAPNAME takes the last name read, even from another file.
 static char mapName[128];
 
 static const char *const shadingLines[] = {"\tShading\t\tWireframe", "\tShading\t\tFlat",
@@ -10,7 +9,7 @@ static const char *const shadingLines[] = {"\tShading\t\tWireframe", "\tShading\
                                            "\tShading\t\tMetal"};
 constexpr int shadingCount = 5;
 
-// Values that no validation accepts, so that a chunk that is missing shows.
+// Invalid values, so that FindFault notices missing chunks.
 static void Mc3dsMaterialInit(Mc3dsMaterial *material)
 {
     *material = {};
@@ -19,12 +18,12 @@ static void Mc3dsMaterialInit(Mc3dsMaterial *material)
     material->shininess = material->transparency = 2.0f;
 }
 
-// The first sub-chunks of colours, percentages and maps are read without a test against their parent: a chunk
-// that has none takes what follows it for one. The walks around them put the position right.
+// Colours, percentages and maps read their first sub-chunk without a check against the parent's end. An empty
+// parent reads the chunk after it; the surrounding walk then corrects the position.
 
 void Mc3dsReadColour(Mc3dsFile *file, float colour[3])
 {
-    constexpr float byteToFloat = 0.003921569f; // not a division by 255: that gives other bits for some bytes
+    constexpr float byteToFloat = 0.003921569f; // dividing by 255 gives other bits for some bytes
     Mc3dsChunk chunk;
     Mc3dsReadChunkHeader(file, &chunk);
     switch (chunk.tag) {
@@ -60,14 +59,14 @@ static const char *Mc3dsReadMapName(Mc3dsFile *file, const Mc3dsChunk *chunk)
     return mapName;
 }
 
-// The first map of a kind stays.
+// The first map of a kind is kept.
 static void ReadMap(Mc3dsFile *file, const Mc3dsChunk *chunk, char field[16], const char *alreadyDefined)
 {
     if (field[0] != '\0') {
         Mc3dsError(2, "%s", alreadyDefined);
         return;
     }
-    ReadPercentage(file); // the strength of the map, which surfaces have no place for
+    ReadPercentage(file); // the strength of the map, which surfaces don't have
     Mc3dsCopyText(field, 16, Mc3dsReadMapName(file, chunk), "Map name");
 }
 
@@ -87,7 +86,6 @@ static bool IsColour(const float colour[3])
     return IsFraction(colour[0]) && IsFraction(colour[1]) && IsFraction(colour[2]);
 }
 
-// The report of the first field that the scene can't use, null for a material that is in order.
 static const char *FindFault(const Mc3dsMaterial *material)
 {
     if (material->name[0] == '\0')
@@ -147,7 +145,6 @@ static void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material)
     DumpMaterial(material);
 }
 
-// What the file says of a material and the renderer has no use for.
 static void ReadUnsupported(uint16_t tag)
 {
     switch (tag) {
@@ -164,7 +161,7 @@ static void ReadUnsupported(uint16_t tag)
         Mc3dsMessage(2, "MAT_DECAL - Material Decal not currently supported by Meshcaster");
         break;
     case MAT_BUMPMAP: Mc3dsMessage(2, "MAT_BUMPMAP - Bump Maps not currently supported by Meshcaster"); break;
-    case MAT_ACUBIC: // hosts know it under the name of its neighbour
+    case MAT_ACUBIC: // hosts expect the neighbour's name in this text
         Mc3dsMessage(2, "MAT_REFBLUR - Automatic Environment Maps not currently supported by Meshcaster");
         break;
     case MAT_ADDITIVE:

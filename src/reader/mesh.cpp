@@ -4,8 +4,7 @@
 #include "chunks.h"
 #include "reader.h"
 
-// Memory for the entries of an array of the file, or null, with its report, when the file can't hold that
-// many or there is no memory.
+// Null, with a report, if out of memory or the file can't hold that many entries.
 static void *AllocateArray(Mc3dsFile *file, size_t count, size_t sizeInFile, size_t sizeInScene,
                            const char *outOfMemory)
 {
@@ -19,7 +18,6 @@ static void *AllocateArray(Mc3dsFile *file, size_t count, size_t sizeInFile, siz
 
 static const char noMemoryForGroup[] = "malloc failed allocating Material Group";
 
-// Entries of an array that are taken out of the file at once.
 constexpr int blockSize = 256;
 
 static int NextBlock(int done, int count)
@@ -33,7 +31,7 @@ static void GrowBounds(float value, float *low, float *high)
     *low = value < *low ? value : *low;
 }
 
-// A second POINT_ARRAY replaces the first; the bounds keep what they have seen.
+// A second POINT_ARRAY replaces the first; the bounds still include the first.
 static void DropVertices(Mc3dsObject *object)
 {
     if (object->vertexCount != 0)
@@ -86,8 +84,7 @@ static void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
     std::memcpy(object->boundsMax, high, sizeof high);
 }
 
-// A bit pattern at or below the float -8.507059e37, negative infinity and negative NaNs among them. Positive
-// ones, however large, are none.
+// True for -8.507059e37 and below, -infinity and negative NaNs; never for positive values.
 static bool IsInvalidTexture(float value)
 {
     uint32_t pattern;
@@ -131,7 +128,7 @@ static void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
                  static_cast<double>(high[1]));
 }
 
-// The default material is not among those compared: a group that names "default" gets index 0 as well.
+// The default material is not compared: a group that names "default" gets index 0 as well.
 static int32_t FindMaterial(Mc3dsFile *file, const char *name)
 {
     const auto count = static_cast<uint32_t>(file->materialCount) - 1;
@@ -140,7 +137,6 @@ static int32_t FindMaterial(Mc3dsFile *file, const char *name)
     return index < count ? static_cast<int32_t>(index + 1) : 0;
 }
 
-// Room for one more record in groups. False, with its report, when there is no memory.
 static bool MakeRoomForGroup(Mc3dsObject *object)
 {
     void *groups = Mc3dsResize(object->groupCount != 0 ? object->groups : nullptr,
@@ -153,7 +149,6 @@ static bool MakeRoomForGroup(Mc3dsObject *object)
     return true;
 }
 
-// Fills the list of a group and marks the faces in it.
 static void ReadGroupFaces(Mc3dsFile *file, Mc3dsObject *object, Mc3dsMaterialGroup *group, int count)
 {
     for (int done = 0, block; done < count; done += block) {
@@ -169,7 +164,7 @@ static void ReadGroupFaces(Mc3dsFile *file, Mc3dsObject *object, Mc3dsMaterialGr
     }
 }
 
-// Face numbers outside the object's faces are dropped from the group; true when there were some.
+// True if face numbers beyond the object's faces were dropped from the group.
 static bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
 {
     char name[20];
@@ -178,7 +173,7 @@ static bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
     if (count == 0)
         return false;
     void *array = AllocateArray(file, count, 2, sizeof(uint32_t), noMemoryForGroup);
-    // The room comes first: a group that is given up must not have claimed its faces.
+    // Before the faces are read: a discarded group must not change their material.
     if (!array || !MakeRoomForGroup(object)) {
         std::free(array);
         return false;
@@ -199,7 +194,6 @@ static bool Mc3dsReadMaterialGroup(Mc3dsFile *file, Mc3dsObject *object)
     return group.count < count;
 }
 
-// True when face numbers of a group had to be dropped.
 static bool ReadFaces(Mc3dsFile *file, const Mc3dsChunk *chunk, Mc3dsObject *object)
 {
     DropFaces(object);
@@ -237,7 +231,7 @@ static bool HasInvalidFace(const Mc3dsObject *object)
     return false;
 }
 
-// The file has a mesh's vertices in world space.
+// The file has vertices in world space.
 static void MoveToObjectSpace(Mc3dsObject *object)
 {
     Mc3dsTransform inverse;

@@ -12,7 +12,6 @@ static bool IsDummyName(const char name[12])
     return std::strcmp(lower, "$$$dummy") == 0;
 }
 
-// Null, with its report, when there is no memory.
 static Mc3dsObject *AddDummy(Mc3dsFile *file)
 {
     char name[16];
@@ -25,12 +24,11 @@ static Mc3dsObject *AddDummy(Mc3dsFile *file)
     return &file->objects[file->objectCount - 1];
 }
 
-// NODE_HDR: finds or makes the object that the node is about, and gives it its place in the hierarchy.
-// Returns nobody, the record of nodes without an object, when there is none.
+// Finds or adds the node's object. Returns nobody, the record for nodes without an object, if there is none.
 static Mc3dsObject *ReadNodeHeader(Mc3dsFile *file, Mc3dsObject *nobody)
 {
     const char *text = Mc3dsReadString(file);
-    char name[12]; // objects have their names cut to as much, so that a long one still finds its mesh
+    char name[12]; // object names are cut to this length too, so a long one still matches
     Mc3dsCopyText(name, sizeof name, text, "Object name");
     Mc3dsObject *object = Mc3dsFindObject(file, name);
     if (!object && IsDummyName(name))
@@ -46,7 +44,7 @@ static Mc3dsObject *ReadNodeHeader(Mc3dsFile *file, Mc3dsObject *nobody)
     return object;
 }
 
-// The head of a track up to its keys. Returns how many keys there are, 0 when they can't be in the chunk.
+// Returns the number of keys, or 0 if they don't fit in the chunk.
 static uint32_t ReadTrackHead(Mc3dsFile *file, const Mc3dsChunk *chunk, uint32_t smallestKey)
 {
     Mc3dsReadU16(file);
@@ -63,7 +61,7 @@ static uint32_t ReadTrackHead(Mc3dsFile *file, const Mc3dsChunk *chunk, uint32_t
     return Mc3dsMayRead(file, count * smallestKey) ? static_cast<uint32_t>(count) : 0;
 }
 
-// A key's frame, up to its values. Each of the low five flags brings a word of spline data, which is dropped.
+// Each of the low five flags that is set adds four bytes of spline data, which are skipped.
 static uint32_t ReadKeyFrame(Mc3dsFile *file)
 {
     const uint32_t frame = Mc3dsReadU32(file);
@@ -74,7 +72,7 @@ static uint32_t ReadKeyFrame(Mc3dsFile *file)
     return frame;
 }
 
-// The keys of one track, which replace what the object has of it.
+// A second track of a kind replaces the first.
 template <class Key, int valueCount>
 static void ReadTrack(Mc3dsFile *file, const Mc3dsChunk *chunk, uint32_t *keyCount, Key **keys)
 {
@@ -129,7 +127,7 @@ static void ReadNodeChild(Mc3dsFile *file, const Mc3dsChunk *child, Mc3dsObject 
 
 void Mc3dsReadObjectNode(Mc3dsFile *file, const Mc3dsChunk *chunk)
 {
-    // Nothing adds to objects behind the header, so that the pointer holds to the end of the node.
+    // The pointer stays valid: after the header no object is added.
     Mc3dsObject nobody;
     Mc3dsObjectInit(&nobody, "");
     Mc3dsObject *object = &nobody;

@@ -2,7 +2,7 @@
 
 void Mc3dsApplyPivot(Mc3dsFile *file, Mc3dsObject *object)
 {
-    // A damaged file may move a large mesh once for every few of its bytes: the moves count as bytes read.
+    // Every few bytes of a damaged file can move a large mesh, so moves count as bytes read.
     if (!Mc3dsSpend(file, static_cast<uint64_t>(object->vertexCount) / 8))
         return;
     Mc3dsTransform shift, moved;

@@ -4,56 +4,56 @@
 
 #include "stream.h"
 
-// A chunk being walked. Positions are bytes from the start of the file.
+// A chunk header. Positions are byte offsets in the file.
 struct Mc3dsChunk {
     uint32_t start; // first byte of the header
-    uint32_t end;   // start + size, first byte behind the chunk; never wraps, 2^32 - 1 at most
-    uint32_t size;  // the length of the header, the 6 bytes of the header included
+    uint32_t end;   // start + size, the first byte after the chunk; limited to 2^32 - 1, never wraps
+    uint32_t size;  // the length in the header, which includes the header's 6 bytes
     uint16_t tag;
 };
 
-// ---- stream.cpp: the primitives; seeks and the reads of numbers are in stream.h. They read from
-// file->stream. At the end of the file every byte reads as 0xFF.
+// ---- stream.cpp: reads from file->stream; seeks and number reads are in stream.h. Past the end of the file
+// every byte reads as 0xFF.
 
-// Starts reading at the first byte of file->stream. False when the stream can't be seeked.
+// Starts reading at the first byte of file->stream. False if the stream can't seek.
 bool Mc3dsOpenStream(Mc3dsFile *file);
 
 uint8_t Mc3dsReadByte(Mc3dsFile *file);
 
-// Up to 129 bytes or a NUL. The text stands in the shared name buffer until the next call.
+// Reads up to a NUL, at most 129 bytes. The text is in a shared buffer and valid until the next call.
 const char *Mc3dsReadString(Mc3dsFile *file);
 
-// False, with a report, when the load may not hand out that many bytes any more: the file's counts ask for
-// more than the file could hold many times over. From then on every walk ends.
+// False, with a report, if the bytes exceed the budget of the load: counts in the file request many times
+// more than it can hold. From then on every walk ends.
 bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes);
 
-// The same, and takes the bytes from the budget.
+// The same, and subtracts the bytes from the budget.
 bool Mc3dsSpend(Mc3dsFile *file, uint64_t bytes);
 
 // ---- walk.cpp
 
 void Mc3dsReadChunkHeader(Mc3dsFile *file, Mc3dsChunk *chunk);
 
-// Seeks behind child and reads the header of the next one; child starts zeroed. True: child lies within
-// parent and the stream stands at its data. False: the walk is over.
+// Seeks past child and reads the next header into it; child starts zeroed. True: child is within parent and
+// the stream is at its data. False: the walk is over.
 bool Mc3dsNextChunk(Mc3dsFile *file, const Mc3dsChunk *parent, Mc3dsChunk *child);
 
-// What a reader says of a child that it doesn't know.
+// Reports an unknown child.
 void Mc3dsIgnoreChunk(uint16_t tag);
 
-// ---- load.cpp holds Mc3dsLoadFile; editor.cpp: MDATA and NAMED_OBJECT
+// ---- load.cpp: Mc3dsLoadFile; editor.cpp: MDATA and NAMED_OBJECT
 
 void Mc3dsReadEditorChunks(Mc3dsFile *file, const Mc3dsChunk *parent);
 
 // ---- mesh.cpp: N_TRI_OBJECT
 
-// True when the object was added.
+// True if the object was added.
 bool Mc3dsReadMesh(Mc3dsFile *file, const Mc3dsChunk *chunk, const char *name);
 
 // ---- material.cpp: MAT_ENTRY
 
 void Mc3dsReadMaterial(Mc3dsFile *file, const Mc3dsChunk *chunk);
-void Mc3dsReadColour(Mc3dsFile *file, float colour[3]); // the first sub-chunk; untouched if it is no colour
+void Mc3dsReadColour(Mc3dsFile *file, float colour[3]); // the first sub-chunk; unchanged if that is no colour
 
 // ---- keyframer.cpp: KFDATA; node.cpp: OBJECT_NODE_TAG
 
@@ -62,8 +62,8 @@ void Mc3dsReadObjectNode(Mc3dsFile *file, const Mc3dsChunk *chunk);
 
 // ---- pivot.cpp
 
-// Multiplies object->pivot into meshMatrix and subtracts it from the vertices, so that nothing moves in the
-// scene. Costs one byte of the budget for every eight vertices; where it doesn't allow them, nothing changes.
+// Multiplies object->pivot into meshMatrix and subtracts it from the vertices; in the scene nothing moves.
+// Takes one byte of the budget for every eight vertices; if that exceeds the budget, nothing changes.
 void Mc3dsApplyPivot(Mc3dsFile *file, Mc3dsObject *object);
 
 #endif

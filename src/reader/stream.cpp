@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-static char nameBuffer[130]; // the shared name buffer: 129 bytes and a terminator
+static char nameBuffer[130]; // 129 bytes and a NUL
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
 {
@@ -11,8 +11,7 @@ bool Mc3dsOpenStream(Mc3dsFile *file)
     const int64_t size = Mc3dsMeasureStream(file->stream);
     if (size < 0)
         return false;
-    // Some systems give a folder the size 2^63 - 1; sixteen times a file that positions of 32 bits reach is
-    // more than enough for it.
+    // Limited to what 32-bit positions reach: some systems give a folder the size 2^63 - 1.
     const uint64_t counted = size < 0xFFFFFFFF ? static_cast<uint64_t>(size) : 0xFFFFFFFF;
     file->fileSize = static_cast<uint64_t>(size);
     Mc3dsLoad *load = file->load;
@@ -48,7 +47,7 @@ static void NoteError(Mc3dsFile *file)
         file->readError = errno != 0 ? errno : EIO;
 }
 
-// Refills the buffer from the position on. False at the end of the file and in error; an error is for good.
+// False at the end of the file and on an error. A read error is permanent.
 static bool Refill(Mc3dsFile *file)
 {
     Mc3dsLoad *load = file->load;
@@ -57,7 +56,7 @@ static bool Refill(Mc3dsFile *file)
     const bool goesOn = load->position == load->start + load->length;
     if (std::ferror(file->stream)) {
         load->failed = true;
-        load->length = 0; // nor can a seek come back to what was buffered
+        load->length = 0; // so that no seek returns to buffered bytes
         return false;
     }
     if (!goesOn && !Mc3dsSeekStream(file->stream, static_cast<int64_t>(load->position), SEEK_SET)) {
@@ -77,8 +76,7 @@ static bool Refill(Mc3dsFile *file)
     return load->length > 0;
 }
 
-// Takes count bytes out of the file; past its end, bytes of all ones, and the position stays there. Returns
-// how many were in the file.
+// Returns how many bytes were in the file. The rest are 0xFF, and the position stays at the end.
 static size_t Take(Mc3dsFile *file, void *out, size_t count)
 {
     if (const uint8_t *bytes = Mc3dsTakeBuffered(file, count)) {
@@ -115,7 +113,6 @@ void Mc3dsRefillU16s(Mc3dsFile *file, uint16_t *numbers, size_t count)
             numbers[i] = static_cast<uint16_t>(numbers[i] << 8 | numbers[i] >> 8);
 }
 
-// As many 32-bit patterns, in the machine's byte order.
 static void ReadPatterns(Mc3dsFile *file, void *numbers, size_t count)
 {
     auto *bytes = static_cast<uint8_t *>(numbers);

@@ -12,7 +12,7 @@ inline uint64_t Mc3dsPosition(const Mc3dsFile *file)
     return file->load->position;
 }
 
-// Costs nothing: the next read refills the buffer where the position lies outside it.
+// Costs nothing: the next read refills the buffer if the position is outside it.
 inline void Mc3dsSeek(Mc3dsFile *file, uint32_t position)
 {
     file->load->position = position;
@@ -21,7 +21,7 @@ inline void Mc3dsSeek(Mc3dsFile *file, uint32_t position)
 // How many bytes are buffered from the position on.
 inline size_t Mc3dsBuffered(const Mc3dsLoad *load)
 {
-    const uint64_t offset = load->position - load->start; // wraps round to a large number ahead of the buffer
+    const uint64_t offset = load->position - load->start; // wraps to a large number before the buffer
     return offset <= load->length ? load->length - static_cast<size_t>(offset) : 0;
 }
 
@@ -54,7 +54,7 @@ inline uint32_t Mc3dsU32Of(const uint8_t *bytes)
            static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
 }
 
-// The same reads where the buffer doesn't have all of the bytes.
+// The reads below call these if the buffer doesn't have all bytes.
 uint16_t Mc3dsRefillU16(Mc3dsFile *file);
 uint32_t Mc3dsRefillU32(Mc3dsFile *file);
 void Mc3dsRefillU16s(Mc3dsFile *file, uint16_t *numbers, size_t count);
@@ -66,15 +66,14 @@ inline uint16_t Mc3dsReadU16(Mc3dsFile *file)
     return bytes ? Mc3dsU16Of(bytes) : Mc3dsRefillU16(file);
 }
 
-// 0 and "File Error" when the stream is in error.
+// 0, with the report "File Error", if the stream has failed.
 inline uint32_t Mc3dsReadU32(Mc3dsFile *file)
 {
     const uint8_t *bytes = Mc3dsTakeBuffered(file, 4);
     return bytes ? Mc3dsU32Of(bytes) : Mc3dsRefillU32(file);
 }
 
-// Copies the bytes of as many numbers, where the machine's byte order is that of the file. False when the
-// buffer doesn't have them all or they must be turned round.
+// Copies size bytes of numbers. False if the buffer doesn't have them all or they need a byte swap.
 inline bool Mc3dsCopyBuffered(Mc3dsFile *file, void *numbers, size_t size)
 {
     const uint8_t *bytes =
@@ -84,7 +83,7 @@ inline bool Mc3dsCopyBuffered(Mc3dsFile *file, void *numbers, size_t size)
     return bytes != nullptr;
 }
 
-// count numbers one after another, exactly as so many calls of Mc3dsReadU16 or Mc3dsReadFloat would give.
+// Reads count numbers, with the same result as count calls of Mc3dsReadU16 or Mc3dsReadFloat.
 inline void Mc3dsReadU16s(Mc3dsFile *file, uint16_t *numbers, size_t count)
 {
     if (!Mc3dsCopyBuffered(file, numbers, count * 2))

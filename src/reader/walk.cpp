@@ -15,8 +15,7 @@ void Mc3dsReadChunkHeader(Mc3dsFile *file, Mc3dsChunk *chunk)
     chunk->end = chunk->size < UINT32_MAX - chunk->start ? chunk->start + chunk->size : UINT32_MAX;
 }
 
-// A header that a walk can't go on from. One at or behind the parent's end belongs to whatever follows the
-// parent, which had no children, or to nothing at the end of the file: no word about that.
+// True if the walk can't continue. A header at or after the parent's end is no child and is not reported.
 static bool IsDamaged(Mc3dsFile *file, const Mc3dsChunk *parent, const Mc3dsChunk *child)
 {
     const bool whole = Mc3dsPosition(file) == uint64_t{child->start} + Mc3dsChunkHeaderSize;
@@ -44,7 +43,7 @@ bool Mc3dsNextChunk(Mc3dsFile *file, const Mc3dsChunk *parent, Mc3dsChunk *child
         return false;
     if (child->end <= parent->end)
         return true;
-    // A chunk that overruns its parent is passed over, and the walk is over as well.
+    // A chunk that ends after its parent is skipped, and the walk ends.
     Mc3dsSeek(file, child->end);
     return false;
 }
