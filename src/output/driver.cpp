@@ -13,7 +13,7 @@ static void WriteObjectFiles(const Mc3dsFile *file, Mc3dsWriter *writer, const M
     }
 }
 
-// Each of the three files stands by itself: one that can't be opened costs only that file.
+// The three files are independent: if one can't be opened, the others are written all the same.
 static void WriteSceneFiles(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsTransform *axes,
                             const Mc3dsTransform *axesInverse)
 {
@@ -33,7 +33,7 @@ static void WriteSceneFiles(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc
     }
 }
 
-// Null, with its report, when there is no memory. Freed by free.
+// Null, with a report, if out of memory. Freed by free.
 static Mc3dsWriter *MakeWriter(Mc3dsOptions *options)
 {
     auto *writer = static_cast<Mc3dsWriter *>(std::malloc(sizeof(Mc3dsWriter)));
@@ -41,7 +41,7 @@ static Mc3dsWriter *MakeWriter(Mc3dsOptions *options)
         Mc3dsError(0, "Out of memory for the output; nothing is written");
         return nullptr;
     }
-    std::memset(static_cast<void *>(writer), 0, offsetof(Mc3dsWriter, text)); // the text needs no clearing
+    std::memset(static_cast<void *>(writer), 0, offsetof(Mc3dsWriter, text));
     writer->options = options;
     return writer;
 }

@@ -1,5 +1,5 @@
-// Texts with printf conversions, taken apart when the library is compiled: a line of output costs its numbers
-// and a few copies, and an argument that doesn't fit its conversion doesn't compile.
+// printf formats, parsed at compile time. A line of output costs only its numbers and a few copies, and an
+// argument of the wrong type doesn't compile.
 #ifndef MC3DS_OUTPUT_FORMAT_H
 #define MC3DS_OUTPUT_FORMAT_H
 
@@ -64,7 +64,7 @@ inline char *Mc3dsPutFormat(Mc3dsWriter *writer, char *out, First first, Rest...
         return Mc3dsPutFormat<format, at + 6>(writer, Mc3dsPutFixedWide(out, first), rest...);
     } else {
         static_assert(Mc3dsHasConversion(format.text, at, "%s") && std::is_same_v<First, const char *>);
-        // A text of the host's has no limit, so that it takes the long way round.
+        // Texts of the host have no length limit, so they may need more than one block.
         writer->textLength = static_cast<size_t>(out - writer->text);
         Mc3dsWriteText(writer, first, std::strlen(first));
         return Mc3dsPutFormat<format, at + 2>(writer, Mc3dsReserveText(writer), rest...);

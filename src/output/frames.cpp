@@ -2,7 +2,6 @@
 
 #include "output.h"
 
-// What is the same for all lines of a frame.
 struct Frame {
     const Mc3dsFile *file;
     Mc3dsWriter *writer;
@@ -10,11 +9,11 @@ struct Frame {
     const Mc3dsTransform *axes, *axesInverse;
 };
 
-// Writes the line of one object. Without MC3DS_FLAT, inverse becomes that of its world transform.
+// Without MC3DS_FLAT, inverse receives the inverse of the object's world transform.
 static void WriteLine(const Frame *frame, uint32_t index, const Mc3dsTransform *parentInverse,
                       Mc3dsTransform *inverse)
 {
-    const auto number = static_cast<int32_t>(index + 1); // not the tag, which is one more
+    const auto number = static_cast<int32_t>(index + 1); // one less than the object's tag
     Mc3dsTransform world, local;
     const Mc3dsTransform *key = &frame->file->objects[index].frames[frame->number];
     Mc3dsTransformFrame(key, &world, frame->writer, frame->axes, frame->axesInverse);
@@ -33,7 +32,7 @@ static void Mc3dsWriteObjectFrame(const Frame *frame, uint32_t index, const Mc3d
     Mc3dsTreeWalk walk;
     Mc3dsTreeWalkBegin(&walk, index, parentInverse);
     while (Mc3dsTreeWalkNext(&walk, frame->file, frame->writer))
-        if (!walk.leaving) // children are written whether or not the .vue file named them
+        if (!walk.leaving) // children are written whether or not the .vue file names them
             WriteLine(frame, walk.index, walk.parentInverse, &walk.inverse);
     Mc3dsTreeWalkEnd(&walk);
 }

@@ -6,7 +6,7 @@
 
 struct Mc3dsWriter;
 
-// Writes all frames of all objects that the .vue file named, and of all below them.
+// Writes all frames of the objects that the .vue file names and of their descendants.
 void Mc3dsWriteFrames(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsTransform *axes,
                       const Mc3dsTransform *axesInverse);
 

@@ -2,13 +2,12 @@
 
 #include "output.h"
 
-// Texture co-ordinates above this are folded back.
 constexpr float largestTexture = 32.0f;
 
-// The whole number that brings m into the range from 0 up to, not including, 2.
+// The integer that, added to m, brings it into [0, 2).
 static float Shift(double m)
 {
-    const bool fits = m > -2147483649.0 && m < 2147483648.0; // false for what is no number as well
+    const bool fits = m > -2147483649.0 && m < 2147483648.0; // false for NaN too
     const double truncated = fits ? std::trunc(m) : 0.0;
     const auto shift = static_cast<float>(-truncated);
     return shift < 0.0f ? shift : static_cast<float>(static_cast<double>(shift) + 1.0);
@@ -59,7 +58,7 @@ static void Mc3dsEmitTriangle(Mc3dsWriter *writer, const Mc3dsFace *face, int32_
                              static_cast<int32_t>(face->b + first), static_cast<int32_t>(face->c + first));
 }
 
-// A face of a damaged file that names vertices which the object hasn't got is left out.
+// Skips faces of damaged files that refer to missing vertices.
 static void EmitSoundTriangle(Mc3dsWriter *writer, const Mc3dsObject *object, const Mc3dsFace *face,
                               int32_t vertexBase)
 {
@@ -68,7 +67,7 @@ static void EmitSoundTriangle(Mc3dsWriter *writer, const Mc3dsObject *object, co
         Mc3dsEmitTriangle(writer, face, vertexBase);
 }
 
-// Groups of an unknown material are left to the remaining faces, so that nothing is written twice.
+// Skips groups of unknown materials: EmitRemainingFaces writes their faces.
 static void EmitGroups(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsObject *object,
                        int32_t vertexBase)
 {

@@ -1,6 +1,6 @@
 #include "output.h"
 
-// The tags are those of the clumps in the object tree; the list goes by objects, not by the hierarchy.
+// Lists the tags of the objects' clumps in the order of objects, not of the hierarchy.
 void Mc3dsWriteHeader(const Mc3dsFile *file, Mc3dsWriter *writer)
 {
     Mc3dsWriteHeaderTop(writer, file->fileName);

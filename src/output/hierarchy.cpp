@@ -2,8 +2,7 @@
 
 #include "output.h"
 
-// The node numbers that can have children: those that were given, as far as parentNode, compared as a signed
-// number, reaches.
+// Only node numbers below this can have children: parentNode is compared as a signed number.
 static uint32_t ParentNumbers(const Mc3dsFile *file)
 {
     return file->nodeCounter < 0x8000 ? file->nodeCounter : 0x8000;
@@ -57,7 +56,7 @@ static bool GrowLevels(Mc3dsTreeWalk *walk)
     return true;
 }
 
-// Makes the object that was entered the innermost level. False for one without children, and without memory.
+// Pushes a level for the entered object. False if it has no children or out of memory.
 static bool GoDown(Mc3dsTreeWalk *walk, const Mc3dsFile *file, Mc3dsWriter *writer)
 {
     const int32_t nodeId = file->objects[walk->index].nodeId;

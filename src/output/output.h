@@ -1,4 +1,4 @@
-// From options and scene to statements in one of three targets: script, C source, or the library's calls.
+// Writes a scene as statements for one of three targets: script, C source, or library calls.
 #ifndef MC3DS_OUTPUT_OUTPUT_H
 #define MC3DS_OUTPUT_OUTPUT_H
 
@@ -8,35 +8,35 @@
 
 struct McClump;
 
-// An index of children, built from the scene when an output begins. Both arrays hold indices into objects and
-// end with objectCount; null where memory was lacking.
+// An index of children, built when an output begins. Both arrays hold object indices, with objectCount at the
+// end of a list. Null if out of memory.
 struct Mc3dsHierarchy {
-    uint32_t *firstChild;  // owned; by node number
-    uint32_t *nextSibling; // owned; by object: the next one with the same parent
+    uint32_t *firstChild;  // owned; indexed by node number
+    uint32_t *nextSibling; // owned; indexed by object: the next one with the same parent
 };
 
-// One level of the object tree that a walk is in.
+// An open level of a tree walk.
 struct Mc3dsLevel {
     uint32_t index;         // the object of this level
-    uint32_t nextChild;     // its child that comes next; objectCount: none is left
-    Mc3dsTransform inverse; // of its world transform: what its children are placed in
+    uint32_t nextChild;     // its next child to enter; objectCount: none is left
+    Mc3dsTransform inverse; // of its world transform; children are placed relative to it
 };
 
-// A walk through one object and all below it, children in the order of objects. Each object is entered once,
-// then left once after everything below it. With MC3DS_FLAT nothing is below an object.
+// A walk through an object and its descendants, children in the order of objects. It enters each object once,
+// and leaves it once after its descendants. With MC3DS_FLAT objects have no descendants.
 struct Mc3dsTreeWalk {
-    uint32_t index;                      // the object that the walk enters or leaves
-    bool leaving;                        // it leaves the object
-    const Mc3dsTransform *parentInverse; // of the object that is entered; valid until the next step
-    Mc3dsTransform inverse;              // filled by the caller for each object that is entered
-    // The levels are on the heap: a hierarchy may be as deep as it has objects.
+    uint32_t index;                      // the object being entered or left
+    bool leaving;                        // the object is being left
+    const Mc3dsTransform *parentInverse; // for the entered object; valid until the next step
+    Mc3dsTransform inverse;              // filled by the caller for each entered object
+    // On the heap: a hierarchy may be as deep as its number of objects.
     Mc3dsLevel *levels; // owned
     size_t levelCount, levelCapacity;
     bool begun;
 };
 
-// Text goes to the stream in blocks of this size. Behind a block there is room for what one line, or one
-// piece of a longer text, adds to it.
+// Text goes to the stream in blocks of this size. The slack after a block has room for one line, or one piece
+// of a longer text.
 constexpr size_t Mc3dsTextBlock = 65536;
 constexpr size_t Mc3dsTextSlack = 4096;
 
@@ -44,16 +44,16 @@ constexpr size_t Mc3dsTextSlack = 4096;
 struct Mc3dsWriter {
     FILE *stream;          // the text file being written; unused in a direct build
     int32_t indent;        // nesting level of the statements
-    int32_t blankLineDone; // 1 when the last thing written was the blank separator line
+    int32_t blankLineDone; // 1 if the last line written is the blank separator line
     float scale;           // file units to target units
     float centre[3];       // shift in file co-ordinates, unscaled
-    Mc3dsOptions *options; // the host's own record
+    Mc3dsOptions *options; // owned by the host
     McClump *clump;        // direct build: the clump that ended last
-    bool clumpEnded;       // a ClumpEnd went into the document
+    bool clumpEnded;       // a ClumpEnd was written
     bool streamFailed;     // a write on stream has failed
-    bool hierarchyFailed;  // a walk had no memory to go down, which was reported
+    bool hierarchyFailed;  // lack of memory for a walk's levels was reported
     Mc3dsHierarchy hierarchy;
-    size_t textLength; // bytes in text that stream hasn't got yet
+    size_t textLength; // bytes in text not yet written to stream
     char text[Mc3dsTextBlock + Mc3dsTextSlack];
 };
 
@@ -63,21 +63,21 @@ inline const char *Mc3dsOptionText(const char *text)
     return text ? text : "";
 }
 
-// The tag of an object's clump. 1 is the clump around the scene.
+// The tag of an object's clump. Tag 1 is the clump around the scene.
 inline int32_t Mc3dsObjectTag(uint32_t index)
 {
     return static_cast<int32_t>(index + 2);
 }
 
-// ---- driver.cpp holds Mc3dsOutput
+// ---- driver.cpp: Mc3dsOutput
 
 // ---- placement.cpp: where things are in the target
 
 // Fills scale and centre of the writer, and writes scale and size back to its options.
 void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer);
 
-// The file's z axis becomes the target's y axis, its y axis the negative z axis. Lengths are multiplied by
-// scale; for a scale of 0 the inverse is not divided by the determinant.
+// Maps the file's z axis to the target's y axis and its y axis to the negative z axis, and multiplies lengths
+// by scale. For a scale of 0 the inverse is not divided by the determinant.
 void Mc3dsMakeAxes(float scale, Mc3dsTransform *axes, Mc3dsTransform *axesInverse);
 
 // The world transform of one object: out = pre x (key x centre) x post.
@@ -86,15 +86,14 @@ void Mc3dsTransformFrame(const Mc3dsTransform *key, Mc3dsTransform *out, const M
 
 // ---- text_file.cpp: one text file of an output
 
-// Sends "Writing File <%s>" and opens the file into the writer's stream. False, with its report, if it can't
-// be opened.
+// Reports "Writing File <%s>" and opens the writer's stream. False, with a report, if that fails.
 bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path);
 void Mc3dsFlushText(Mc3dsWriter *writer);
 void Mc3dsCloseText(Mc3dsWriter *writer);
 void Mc3dsWriteText(Mc3dsWriter *writer, const char *text, size_t length);
 void Mc3dsWriteBlanks(Mc3dsWriter *writer, size_t count);
 
-// Room for Mc3dsTextSlack bytes at the end of the writer's text.
+// Makes room for Mc3dsTextSlack bytes at the end of the writer's text.
 inline char *Mc3dsReserveText(Mc3dsWriter *writer)
 {
     if (writer->textLength >= Mc3dsTextBlock)
@@ -102,11 +101,11 @@ inline char *Mc3dsReserveText(Mc3dsWriter *writer)
     return writer->text + writer->textLength;
 }
 
-// Two blanks a level.
+// Two blanks per level.
 inline void Mc3dsIndentText(Mc3dsWriter *writer)
 {
     const size_t length = writer->indent > 0 ? 2 * static_cast<size_t>(writer->indent) : 0;
-    constexpr size_t usual = 32; // blanks whose number is known when this is compiled cost next to nothing
+    constexpr size_t usual = 32; // a memset of constant length costs next to nothing
     if (length > usual) {
         Mc3dsWriteBlanks(writer, length);
         return;
@@ -117,15 +116,15 @@ inline void Mc3dsIndentText(Mc3dsWriter *writer)
 
 // ---- hierarchy.cpp
 
-// Both arrays of the index, or neither where memory is lacking. Freed by Mc3dsFreeHierarchy.
+// Allocates both arrays, or neither if out of memory. Freed by Mc3dsFreeHierarchy.
 void Mc3dsBuildHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy);
 void Mc3dsFreeHierarchy(Mc3dsHierarchy *hierarchy);
 
-// A walk that begins with the object. Ended by Mc3dsTreeWalkEnd. parentInverse has to live as long.
+// Begins a walk at the object. End it with Mc3dsTreeWalkEnd; parentInverse must live until then.
 void Mc3dsTreeWalkBegin(Mc3dsTreeWalk *walk, uint32_t index, const Mc3dsTransform *parentInverse);
 
-// Goes to the next object to enter or leave; false when the first object has been left. Where memory to go
-// down is lacking, what is below the object is left out, with one report for each output.
+// Goes to the next object to enter or leave; false once the first object is left. If memory for a level is
+// lacking, the object's descendants are skipped, with one report per output.
 bool Mc3dsTreeWalkNext(Mc3dsTreeWalk *walk, const Mc3dsFile *file, Mc3dsWriter *writer);
 void Mc3dsTreeWalkEnd(Mc3dsTreeWalk *walk);
 
@@ -133,7 +132,7 @@ void Mc3dsTreeWalkEnd(Mc3dsTreeWalk *walk);
 
 void Mc3dsWriteHeader(const Mc3dsFile *file, Mc3dsWriter *writer);
 
-// ---- statements.cpp: every statement in its three forms
+// ---- statements.cpp: every statement for the three targets
 
 void Mc3dsEmitSeparator(Mc3dsWriter *writer);
 void Mc3dsEmitComment(Mc3dsWriter *writer, const char *text);
@@ -162,10 +161,10 @@ void Mc3dsEmitTextureNull(Mc3dsWriter *writer);
 void Mc3dsEmitTextureNullNamed(Mc3dsWriter *writer, const char *name);
 void Mc3dsEmitTextureNullMasked(Mc3dsWriter *writer, const char *name, const char *mask);
 
-// The beginning of a clump up to its contents, and one level deeper.
+// Begins a clump, up to its contents, and indents one level more.
 void Mc3dsEmitClumpHead(Mc3dsWriter *writer, int32_t tag);
 
-// The one matrix through which every Transform passes. False when the library has none to give.
+// The one matrix that all Transform statements use. False if the library can't create it.
 bool Mc3dsEmitMatrixCreation(Mc3dsWriter *writer);
 void Mc3dsEmitMatrixDestruction(Mc3dsWriter *writer);
 
@@ -181,16 +180,16 @@ void Mc3dsWriteFrameTransform(Mc3dsWriter *writer, int32_t number, const Mc3dsTr
 
 // ---- surface.cpp
 
-// A map's name as outputs have it, to be freed by the caller; null, with its report, when there is no memory.
+// A map's name for the output; the caller frees it. Null, with a report, if out of memory.
 char *Mc3dsMakeMapName(const Mc3dsOptions *options, const char field[16]);
 void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material);
 
-// ---- geometry.cpp. vertexBase: vertices that already stand in the clump that these extend.
+// ---- geometry.cpp. vertexBase: number of vertices already in the clump.
 
 void Mc3dsEmitGeometry(const Mc3dsFile *file, Mc3dsWriter *writer, const Mc3dsObject *object,
                        const Mc3dsTransform *transform, int32_t vertexBase);
 
-// ---- tree.cpp. Returns vertexBase behind the object and all below it.
+// ---- tree.cpp. Returns vertexBase after the object and its descendants.
 
 int32_t Mc3dsEmitObject(const Mc3dsFile *file, Mc3dsWriter *writer, uint32_t index,
                         const Mc3dsTransform *axes, const Mc3dsTransform *axesInverse,
@@ -209,9 +208,8 @@ void Mc3dsEmitObjectDocument(const Mc3dsFile *file, Mc3dsWriter *writer, const c
 
 // ---- object_path.cpp
 
-// The path of one object's file in a per-object run, NUL-terminated: the first six characters of outputFile,
-// or all but its last four where these are fewer; then the object's index and ".mcx". An outputFile of fewer
-// than four characters has no extension to remove and is used whole.
+// The path of an object's file: outputFile without its last four characters, but at most six, then the
+// object's index and ".mcx". An outputFile of fewer than four characters has no extension and is used whole.
 void Mc3dsMakeObjectPath(char path[256], const char *outputFile, uint32_t index);
 
 #endif

@@ -1,16 +1,14 @@
-// Every statement in its three forms: the script's text, the C source text, and the call of the library. The
-// trailing blanks of some lines are part of the formats.
+// Every statement as script text, C source text and library call. Trailing blanks are part of the formats.
 
 #include "format.h"
 #include "output.h"
 
-// A Meshcaster library is one in C, whether or not its header says so to a C++ compiler.
+// The library is in C, but not every mclib.h has its own extern "C".
 extern "C" {
 #include <mclib.h>
 }
 
-// The library's one matrix and one pair of texture co-ordinates of a direct build. The generated C source has
-// variables of the same names.
+// For direct builds. The generated C source has variables of the same names.
 static McMatrix4d *tmpmat;
 static McUV tmpuv;
 
@@ -32,7 +30,6 @@ static void Mc3dsEmitLineStart(Mc3dsWriter *writer)
     Mc3dsIndentText(writer);
 }
 
-// One line of C source at the writer's level.
 template <Mc3dsFormat source, class... Arguments>
 static void Source(Mc3dsWriter *writer, Arguments... arguments)
 {
@@ -40,7 +37,7 @@ static void Source(Mc3dsWriter *writer, Arguments... arguments)
     Mc3dsPrint<source>(writer, arguments...);
 }
 
-// One line of a statement that has as many lines and the same values in both text targets.
+// One line of a statement that has the same lines and values in both text targets.
 template <Mc3dsFormat script, Mc3dsFormat source, class... Arguments>
 static void Line(Mc3dsWriter *writer, Arguments... arguments)
 {
@@ -51,8 +48,7 @@ static void Line(Mc3dsWriter *writer, Arguments... arguments)
         Mc3dsPrint<script>(writer, arguments...);
 }
 
-// A statement of one line: the library's call, or the line in one of the two texts. What a call returns is
-// ignored: some Meshcaster libraries return a status.
+// A statement of one line. The result of a call is ignored: some Meshcaster libraries return a status.
 template <Mc3dsFormat script, Mc3dsFormat source, class Call, class... Values>
 static void Statement(Mc3dsWriter *writer, Call call, Values... values)
 {
@@ -62,7 +58,6 @@ static void Statement(Mc3dsWriter *writer, Call call, Values... values)
         Line<script, source>(writer, values...);
 }
 
-// A set of bits in the notation of each target.
 struct BitNames {
     const char *script, *source;
     int value;
@@ -86,8 +81,6 @@ void Mc3dsEmitComment(Mc3dsWriter *writer, const char *text)
     if (!IsDirect(writer))
         Line<"# %s\n", "// %s\n">(writer, text);
 }
-
-// ---- Model, clumps, prototypes
 
 void Mc3dsEmitModelBegin(Mc3dsWriter *writer)
 {
@@ -154,8 +147,6 @@ void Mc3dsEmitClumpHead(Mc3dsWriter *writer, int32_t tag)
     Mc3dsEmitSeparator(writer);
 }
 
-// ---- Transforms. The library takes 4x4 matrices; the fourth column is (0, 0, 0, 1).
-
 void Mc3dsEmitTransformBegin(Mc3dsWriter *writer)
 {
     Statement<"TransformBegin\n", "McTransformBegin();\n">(writer, McTransformBegin);
@@ -166,6 +157,7 @@ void Mc3dsEmitTransformEnd(Mc3dsWriter *writer)
     Statement<"TransformEnd\n", "McTransformEnd();\n">(writer, McTransformEnd);
 }
 
+// The library takes 4x4 matrices; the fourth column is (0, 0, 0, 1).
 static void TransformDirect(const Mc3dsTransform *transform)
 {
     for (int r = 0; r < 4; ++r) {
@@ -230,8 +222,6 @@ void Mc3dsEmitMatrixDestruction(Mc3dsWriter *writer)
         Source<"McDestroyMatrix(tmpmat);\n">(writer);
 }
 
-// ---- Geometry
-
 void Mc3dsEmitVertex(Mc3dsWriter *writer, const float p[3])
 {
     Statement<"Vertex %10.6f %10.6f %10.6f\n", "McVertex(CREAL(%10.6f), CREAL(%10.6f), CREAL(%10.6f));\n">(
@@ -259,8 +249,6 @@ void Mc3dsEmitTriangleNumbers(Mc3dsWriter *writer, int32_t a, int32_t b, int32_t
 {
     Statement<"Triangle %d %d %d\n", "McTriangle(%d, %d, %d);\n">(writer, McTriangle, a, b, c);
 }
-
-// ---- Surfaces
 
 void Mc3dsEmitSurfaceCoefficients(Mc3dsWriter *writer, float ambient, float diffuse, float specular)
 {
@@ -295,7 +283,7 @@ void Mc3dsEmitLightSampling(Mc3dsWriter *writer, bool facet)
 
 void Mc3dsEmitTextureModes(Mc3dsWriter *writer)
 {
-    // The names are written in the order Lit, Filter, Foreshorten, which the library's values don't follow.
+    // Names are written in the order Lit, Filter, Foreshorten, which differs from the library's values.
     static const BitNames modes[] = {
         {"Null", "0L", 0},
         {"Lit", "mcLIT", mcLIT},
@@ -343,7 +331,7 @@ void Mc3dsEmitTextureNullMasked(Mc3dsWriter *writer, const char *name, const cha
         writer, takeTextureOff, name, mask);
 }
 
-// ---- Around the statements. Lines without a level leave blankLineDone alone.
+// In the texts around the statements, lines without indentation don't change blankLineDone.
 
 void Mc3dsEmitBannerOrigin(Mc3dsWriter *writer, const char *fileName)
 {
@@ -369,7 +357,7 @@ void Mc3dsEmitSourceHead(Mc3dsWriter *writer)
 
 void Mc3dsEmitSourceTail(Mc3dsWriter *writer)
 {
-    Mc3dsEmitLineStart(writer); // this line has its indentation twice
+    Mc3dsEmitLineStart(writer); // this line is indented twice
     Mc3dsEmitMatrixDestruction(writer);
     if (writer->clumpEnded)
         Source<"return(tmpclump);\n">(writer);

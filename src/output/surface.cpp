@@ -11,7 +11,7 @@ static float Reduce(const Mc3dsOptions *options, const float colour[3])
 
 static void EmitCoefficients(Mc3dsWriter *writer, const Mc3dsMaterial *material)
 {
-    constexpr float ambientFloor = 0.1f; // shadows never go wholly black; the other two have no floor
+    constexpr float ambientFloor = 0.1f; // shadows are never quite black; the other two have no minimum
     float ambient = Reduce(writer->options, material->ambient);
     if (ambient < ambientFloor)
         ambient = ambientFloor;
@@ -26,9 +26,8 @@ static float Opacity(const Mc3dsOptions *options, const Mc3dsMaterial *material)
     return static_cast<float>(1.0 - static_cast<double>(material->transparency));
 }
 
-// Only a point in the last component of the path counts, and only a backslash parts components: the names
-// come from DOS. The room is measured here and now: a callback may have changed the options since the last
-// surface.
+// These are DOS names: only a backslash separates path components. The extension is measured here because a
+// callback may have changed the options since the last surface.
 char *Mc3dsMakeMapName(const Mc3dsOptions *options, const char field[16])
 {
     const bool replaces = (options->surfaceFlags & MC3DS_TEXTURE_EXTENSION) != 0;
@@ -62,7 +61,7 @@ static void EmitNamedTexture(Mc3dsWriter *writer, const char *name, const char *
         keep ? Mc3dsEmitTexture(writer, name) : Mc3dsEmitTextureNullNamed(writer, name);
 }
 
-// A reflection map stands in where there is no texture map. A mask goes with a texture map alone.
+// A reflection map replaces a missing texture map. Only a texture map can have a mask.
 static void EmitTextures(Mc3dsWriter *writer, const Mc3dsMaterial *material)
 {
     const bool textured = material->textureMap[0] != '\0';

@@ -10,18 +10,17 @@ bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path)
         Mc3dsError(1, "Unable to open file <%s>", path);
         return false;
     }
-    // The writer's own buffer comes before the stream's, which would only copy once more.
+    // The writer has its own buffer; that of the stream would only add a copy.
     std::setvbuf(writer->stream, nullptr, _IONBF, 0);
     writer->textLength = 0;
     writer->streamFailed = false;
     return true;
 }
 
-// A stream on which a write has failed gets nothing more: the end of the document is missing then, by which
-// the host sees it.
+// After a failed write nothing more is written: the host sees the failure by the missing end.
 void Mc3dsFlushText(Mc3dsWriter *writer)
 {
-    // Whole blocks, so that every write but the last begins and ends with a page of the file.
+    // Whole blocks: every write but the last begins and ends at a page boundary of the file.
     const size_t length = writer->textLength < Mc3dsTextBlock ? writer->textLength : Mc3dsTextBlock;
     if (!writer->streamFailed && writer->stream)
         writer->streamFailed = std::fwrite(writer->text, 1, length, writer->stream) < length;
@@ -49,7 +48,7 @@ void Mc3dsWriteText(Mc3dsWriter *writer, const char *text, size_t length)
     }
 }
 
-// A hierarchy may be so deep that the blanks don't fit into the slack at once.
+// In pieces: in a deep hierarchy the blanks may exceed the slack.
 void Mc3dsWriteBlanks(Mc3dsWriter *writer, size_t count)
 {
     while (count > 0) {

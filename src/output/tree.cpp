@@ -1,6 +1,5 @@
 #include "output.h"
 
-// What is the same for all objects of a tree.
 struct Tree {
     const Mc3dsFile *file;
     Mc3dsWriter *writer;
@@ -24,8 +23,7 @@ static void EmitPlacement(const Tree *tree, const Mc3dsObject *object, const Mc3
     Mc3dsEmitTransform(tree->writer, &local);
 }
 
-// The object without its children and its end. Without MC3DS_FLAT, inverse becomes that of its world
-// transform.
+// Without MC3DS_FLAT, inverse receives the inverse of the object's world transform.
 static void OpenObject(Tree *tree, uint32_t index, const Mc3dsTransform *parentInverse,
                        Mc3dsTransform *inverse)
 {
@@ -46,7 +44,7 @@ static void OpenObject(Tree *tree, uint32_t index, const Mc3dsTransform *parentI
         Mc3dsEmitGeometry(tree->file, writer, object, tree->axes, tree->merged ? tree->vertexBase : 0);
         tree->vertexBase += object->vertexCount;
     }
-    // Also for an object without children: a host counts on the report.
+    // Also for objects without children: hosts rely on the report.
     if (!tree->flat && Mc3dsTransformInvert(&world, inverse) == 0.0)
         Mc3dsError(0, "Unable to invert matrix");
 }
