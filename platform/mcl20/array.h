@@ -1,5 +1,5 @@
 // A growing array of plain records. Unlike std::vector it grows in place where the system can (the meshes are
-// the bulk of a model's memory) and tells of lacking memory by its result.
+// the bulk of a model's memory) and reports lack of memory by its result.
 #ifndef MCL_ARRAY_H
 #define MCL_ARRAY_H
 
@@ -29,7 +29,7 @@ bool McmResizeStorage(McmArray<T> *array, size_t capacity)
     return true;
 }
 
-// Makes room for one more entry. False, with the array as it was, when memory is lacking.
+// Makes room for one more entry. False, with the array unchanged, if out of memory.
 template <typename T>
 bool McmReserveOne(McmArray<T> *array)
 {
@@ -45,7 +45,7 @@ bool McmAppend(McmArray<T> *array, const T &item)
     return true;
 }
 
-// Gives back what growing reserved ahead. If it can't, the array keeps it.
+// Releases unused capacity. If that fails, the array keeps it.
 template <typename T>
 void McmTrim(McmArray<T> *array)
 {

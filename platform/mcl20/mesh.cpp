@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <climits>
 
-// The mesh of the innermost scope; null, and an error, outside clumps and prototypes.
+// The mesh of the innermost scope; null, with an error, outside clumps and prototypes.
 static McmMesh *CurrentMesh(const McmScope *scope, const char *call)
 {
     if (!scope)
@@ -24,7 +24,7 @@ static McPoint PlacePoint(const McmPlacement *placement, float fx, float fy, flo
             x * m[2] + y * m[6] + z * m[10] + m[14]};
 }
 
-// Gives the points that came before the first texture co-ordinates entries that say they have none. All or
+// Before the first texture co-ordinates are added, fills uvs and hasUV for the earlier points. All or
 // nothing: the arrays are as long as points, or empty.
 static bool PadUVs(McmMesh *mesh)
 {

@@ -1,4 +1,4 @@
-// The records behind the opaque types, and what the files of the stand-in share.
+// The records of the opaque types, and the declarations that the files of the stand-in share.
 #ifndef MCL_MODEL_H
 #define MCL_MODEL_H
 
@@ -17,8 +17,8 @@ struct McMatrix4d {
     McmPlacement placement;
 };
 
-// Every text that a model was told, once each, with the index of the last prototype of that name or -1.
-// References into the table stay good while it grows.
+// Every text that a model was given, once each, with the index of the last prototype of that name or -1.
+// References into the table stay valid while it grows.
 using McmNames = std::unordered_map<std::string, int>;
 using McmName = McmNames::value_type;
 
@@ -32,7 +32,7 @@ using McmSurfaceTable = std::unordered_map<McSurface, int, McmSurfaceHash, McmSu
 
 struct McmMesh {
     McmArray<McPoint> points;
-    // Empty up to the first vertex with texture co-ordinates, from then on as long as points.
+    // Empty before the first vertex with texture co-ordinates, then as long as points.
     McmArray<McUV> uvs;
     McmArray<unsigned char> hasUV;
     McmArray<McFace> faces;
@@ -69,19 +69,19 @@ struct McmScope {
     McClump *clump;
     McmPrototype *prototype;
     McmPlacement placement;
-    size_t savedBase; // entries of McmModel::saved that belong to the scopes around
+    size_t savedBase; // entries of McmModel::saved that belong to outer scopes
 };
 
 struct McmModel {
     McClump *firstClump;
     McClump *lastClump;
-    McmArray<McClump *> clumps; // all of them, in the order in which they began
+    McmArray<McClump *> clumps; // all of them, in the order of their Begin
     McmArray<McmPrototype *> prototypes;
     McmArray<McmScope> scopes; // the open ones, the model first; empty when it has ended
     McmArray<McmPlacement> saved;
     bool clumpGiven; // the caller holds a clump, through which it can free the model
     McSurface surface;
-    int surfaceIndex; // of the surface in force, -1 while no face has used it
+    int surfaceIndex; // of the current surface; -1 while no face has used it
     McmArray<McSurface> surfaces;
     McmSurfaceTable surfaceTable;
     McmNames names;
@@ -98,10 +98,10 @@ void McmMultiply(const McmPlacement *a, const McmPlacement *b, McmPlacement *out
 
 // ---- scope.cpp
 
-// The open model or its innermost scope. Without an open model null, and an error of the call is counted.
+// The open model or its innermost scope. Null if no model is open, which is counted as an error of the call.
 McmModel *McmCurrentModel(const char *call);
 McmScope *McmCurrentScope(const char *call);
-// The innermost scope if it is a clump; else null and an error.
+// The innermost scope if it is a clump; otherwise null, and an error is counted.
 McmScope *McmCurrentClump(const char *call);
 void McmForgetOpenModel(const McmModel *model);
 
@@ -110,12 +110,12 @@ void McmForgetOpenModel(const McmModel *model);
 McmModel *McmNewModel();
 void McmDeleteModel(McmModel *model);
 void McmTrimMesh(McmMesh *mesh);
-// The entry of a text; null when memory is lacking.
+// The entry of a text; null if out of memory.
 McmName *McmIntern(McmModel *model, const char *text);
 
 // ---- surface.cpp
 
-// The index of the surface in force, which becomes one of the model's surfaces; -1 when memory is lacking.
+// Adds the current surface to the model's surfaces if needed. Returns its index; -1 if out of memory.
 int McmUseSurface(McmModel *model);
 
 #endif

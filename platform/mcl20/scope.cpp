@@ -43,7 +43,7 @@ void McModelBegin(void)
         McmError("McModelBegin", "out of memory");
 }
 
-// Ends the innermost scope with whatever is left open in it.
+// Ends the innermost scope. Saved placements left in it are an error and are discarded.
 static void CloseScope(McmModel *model, const char *call)
 {
     const McmScope *scope = &model->scopes.items[model->scopes.count - 1];

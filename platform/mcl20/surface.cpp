@@ -36,7 +36,7 @@ int McmUseSurface(McmModel *model)
     return model->surfaceIndex;
 }
 
-// The surface in force, to be changed.
+// The current surface, for a change. Null if no model is open.
 static McSurface *ChangeSurface(const char *call)
 {
     McmModel *model = McmCurrentModel(call);
@@ -100,7 +100,7 @@ void McSetSurfaceTextureModes(int modes)
     surface->textureModes = modes;
 }
 
-// Keeps a text in the open model. Null, and an error, when memory is lacking.
+// Keeps a text in the open model. Null, with an error, if out of memory.
 static const char *KeepText(const char *text, const char *call)
 {
     const McmName *entry = McmIntern(McmCurrentModel(call), text);
