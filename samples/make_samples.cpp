@@ -1,4 +1,4 @@
-// Writes the sample scenes into the folder given: a windmill at rest, and an orrery with its .vue animation.
+// Writes the sample scenes to the given folder: a windmill at rest, and an orrery with its .vue animation.
 #include <cstdio>
 #include <string>
 
@@ -9,7 +9,7 @@ using namespace chunks;
 
 constexpr int frameCount = 60;
 
-// A mesh, or a dummy where the material is empty, with the motion that it makes around its pivot's z axis.
+// A mesh, or a dummy if the material is empty, and its rotation around the pivot's z axis.
 struct Part {
     const char *name, *parent, *material;
     Shape shape;
@@ -31,7 +31,7 @@ static Bytes Paint(const char *name, const Bytes &colour, uint32_t shading, uint
                     {Finish(Colour24(40, 40, 48), colour, white, shading, 40, transparency), Join(more)});
 }
 
-// The faces from secondFrom on wear the second material. marker is what follows the mesh within its object.
+// Faces from secondFrom on have the second material. marker follows the mesh within its object.
 static Bytes MeshObject(const Part &part, const char *second = "", size_t secondFrom = SIZE_MAX,
                         const Bytes &marker = "")
 {
@@ -156,7 +156,7 @@ static Vector PivotInWorld(const Part &part)
     return Apply(part.pivot, part.place);
 }
 
-// Where a part stands in a frame: its own turn around the pivot, then those of its parents.
+// The placement of a part in a frame: its own rotation around the pivot, then those of its parents.
 static Matrix PlaceInFrame(const std::vector<Part> &parts, const Part &part, int frame)
 {
     Matrix place = part.place;
@@ -179,7 +179,7 @@ static Bytes PartNode(const std::vector<Part> &parts, const Part &part, uint16_t
     if (*part.parent != 0)
         for (size_t c = 0; c < 3; ++c)
             offset[c] -= PivotInWorld(FindPart(parts, part.parent))[c];
-    // The angle of a rotation key is what the object has turned since the key before.
+    // The angle of a rotation key is relative to the key before it.
     const float quarter = Grid(part.turns * pi / 2, 65536);
     std::vector<Key> turning = {{0, {0, 0, 0, 1}}};
     for (uint32_t i = 1; i <= 4 && part.turns != 0; ++i)
@@ -204,7 +204,7 @@ static Bytes OrreryKeyframer(const std::vector<Part> &parts)
         nodes.push_back(part.name);
         if (nodes.size() > 1)
             continue;
-        // A light, a camera and its target count as nodes too, and shift the numbers of all that follow.
+        // A light, a camera and its target count as nodes too and shift the numbers of all nodes after them.
         for (const int tag : {0xB005, 0xB003, 0xB004}) {
             pieces.push_back(Chunk(static_cast<uint16_t>(tag),
                                    {Chunk(0xB010, {Text("CAMERA01"), U32(0), U16(noParent)})}));
@@ -243,7 +243,7 @@ static Bytes Orrery(const std::vector<Part> &parts)
     return Scene(editor, {OrreryKeyframer(parts)});
 }
 
-// Appends a blank and the number with four decimals at most, whatever the locale.
+// Appends a blank and the number with at most four decimals, in any locale.
 static void AppendDecimal(std::string &text, double value)
 {
     const auto steps = static_cast<int64_t>(std::floor(value * 10000 + 0.5));

@@ -1,5 +1,4 @@
-// Matrices and meshes for the samples. Axes are those of 3D Studio, z up; points are row vectors, p' = p x
-// matrix.
+// Matrices and meshes for the samples. As in 3D Studio z is up. Points are row vectors: p' = p x matrix.
 #ifndef MC3DS_SAMPLES_SHAPES_H
 #define MC3DS_SAMPLES_SHAPES_H
 
@@ -15,13 +14,12 @@ using Matrix = std::array<Vector, 4>;
 struct Shape {
     std::vector<Vector> points;
     std::vector<std::array<double, 2>> texture;
-    std::vector<uint16_t> corners; // three a face, counter-clockwise seen from outside
+    std::vector<uint16_t> corners; // three per face, counter-clockwise seen from outside
 };
 
 constexpr double pi = 3.14159265358979323846;
 
-// A series of our own: the samples are compared byte for byte, and the sines of C libraries differ in the
-// last bit.
+// An own series, because the samples are compared byte for byte and C libraries differ in the last bit.
 inline double Sine(double degrees)
 {
     const double x = std::remainder(degrees, 360.0) * (pi / 180.0);
@@ -38,7 +36,7 @@ inline double Cosine(double degrees)
     return Sine(degrees + 90.0);
 }
 
-// Rounds to whole steps, a grid far coarser than a double, so that no noise of rounding gets into the files.
+// Rounds to a grid of 1 / steps, far coarser than a double, so that rounding noise doesn't reach the files.
 inline float Grid(double value, double steps)
 {
     return static_cast<float>(std::floor(value * steps + 0.5) / steps);
@@ -71,7 +69,7 @@ inline Matrix Scale(double x, double y, double z)
     return {{{x, 0, 0}, {0, y, 0}, {0, 0, z}, {0, 0, 0}}};
 }
 
-// Turns by the right hand around an axis of length 1 through the origin.
+// A right-handed rotation around an axis of length 1 through the origin.
 inline Matrix Turn(const Vector &axis, double degrees)
 {
     const double s = Sine(degrees), c = Cosine(degrees);
@@ -100,8 +98,8 @@ inline Matrix TurnZ(double degrees)
 
 // ---- shapes
 
-// Turns a profile of radius and height pairs, from the bottom up, around the z axis. With teeth, every second
-// pair of segments stands back by that part of the radius.
+// Rotates a profile of (radius, height) pairs, bottom first, around the z axis. With teeth, every second pair
+// of segments is set back by that fraction of the radius.
 inline Shape Lathe(const std::vector<std::array<double, 2>> &profile, int segments, double repeat = 1,
                    double teeth = 0)
 {
