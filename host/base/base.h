@@ -1,4 +1,4 @@
-// What all parts of the program stand on: texts for people, paths, and what differs from system to system.
+// Used by all parts of the program: text, paths, and calls that depend on the operating system.
 #ifndef MC3DS_HOST_BASE_H
 #define MC3DS_HOST_BASE_H
 
@@ -19,19 +19,18 @@ constexpr int exitUsage = 2;
 
 // ---- text.cpp
 
-// The text as a terminal may get it: UTF-8 stays, control characters (those behind U+007F included) and bytes
-// that are no UTF-8 are spelt out, as in \x1b.
+// The text made safe for a terminal: control characters (see IsControl) and bytes that aren't UTF-8 are
+// escaped, as in \x1b. keepTabs: tabs stay.
 std::string Visible(std::string_view text, bool keepTabs = false);
-// Whether a character, of the bytes that it takes in UTF-8, is a control of any kind: U+0000 to U+001F and
-// U+007F to U+009F.
+// character: the UTF-8 bytes of one character. True for U+0000 to U+001F and U+007F to U+009F.
 bool IsControl(std::string_view character);
-// Whether the next character of the text is UTF-8, and its bytes; text isn't empty.
+// Whether text, which isn't empty, starts with a valid UTF-8 character; length gets its bytes.
 bool StartsWithUtf8(std::string_view text, size_t *length);
 std::string InQuotes(const std::string &text);
 std::string InLowerCase(std::string text);
-// As in "1 vertex" and "2 vertices"; without plural, an s is added.
+// As in "1 vertex" and "2 vertices". The default plural is what with an s.
 std::string Counted(uint64_t count, const char *what, const char *plural = nullptr);
-// Six digits of a number, and of three with something between them.
+// A number with six significant digits; NumbersText: three numbers, separated by between.
 std::string NumberText(double value);
 template <class Number>
 std::string NumbersText(const Number &values, const char *between = " ")
@@ -41,52 +40,51 @@ std::string NumbersText(const Number &values, const char *between = " ")
 
 // ---- paths.cpp
 
-// The path that a text names, which is UTF-8 on Windows and bytes as they are elsewhere. The constructor from
-// char would take each byte for a character there; string() gives the same text back.
+// text is UTF-8 on Windows and raw bytes elsewhere. On Windows the path constructor for char would read each
+// byte as a character. string() returns the same text.
 inline std::filesystem::path PathOf(const std::string &text)
 {
     return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
 // The path of the .vue file that the library looks for; empty when the scene's path is too short for one.
 std::string VuePath(const std::string &scenePath);
-// A text that is the same for two paths if they name one file. The file need not exist. folders keeps the
-// keys of folders from one call to the next.
+// A key that is equal for two paths of the same file. The file need not exist. folders caches the keys of
+// folders between calls.
 std::string PathKey(const std::filesystem::path &path, std::map<std::string, std::string> *folders);
-// What the files beside path are called that have one of the names, by the name: just so, or else with
-// letters in another case.
+// Finds files with these names in the folder of path. Returns the actual file name for each name found: the
+// exact one if it exists, else one that differs in case.
 std::map<std::string, std::string> FindBeside(const std::filesystem::path &path,
                                               const std::set<std::string> &names);
 
 // ---- process.cpp
 
-// Makes a closed standard stream fail when it is used, and a failing write an error instead of a signal.
+// Lets the use of a closed standard stream fail, and turns a failing write into an error instead of a signal.
 void PrepareProcess();
-// From here on an interrupt or a termination request runs cleanUp, in a thread of its own, and then ends the
-// program, with the processes that it started. Only the first call counts.
+// From this call on, an interrupt or termination request ends the worker processes, runs cleanUp in a
+// separate thread and ends the program. Only the first call counts.
 void CleanUpWhenInterrupted(void (*cleanUp)());
-// Whether that has begun. False in the thread of cleanUp itself.
+// Whether an interrupt is being handled. False in the thread that runs cleanUp.
 bool IsInterrupted();
-// Doesn't return then: files vanish under whoever goes on working.
+// Doesn't return after an interrupt: cleanUp removes files that the caller may be using.
 void StopIfInterrupted();
 bool IsTerminal(FILE *stream);
-// The standard output takes bytes as they are from here on.
+// Turns off the conversion of line ends on standard output.
 void MakeStandardOutputBinary();
-// Whether whoever read the standard output has closed it.
+// Whether the process that reads standard output has closed it.
 bool OutputReaderIsGone();
-// Renames a file, but replaces nothing: the error is file_exists then.
+// Renames a file. Returns file_exists instead of replacing a file.
 std::error_code MoveToNewName(const std::filesystem::path &from, const std::filesystem::path &to);
 std::string RandomText();
-// Makes a folder that its owner alone can enter, whose name is that beginning and some random letters.
-// Returns its path, or an empty one with the reason.
+// Creates a folder that only its owner can enter, named beginning plus random letters. On failure returns an
+// empty path and the reason in why.
 std::filesystem::path MakeOwnFolder(const std::filesystem::path &beginning, std::string *why);
-// False when there is something in it.
+// False if the folder isn't empty.
 bool RemoveEmptyFolder(const std::filesystem::path &folder);
-// Whether RunInProcesses makes processes; it works one by one otherwise.
+// Whether RunInProcesses starts processes; else it does all work one by one in this one.
 bool CanSplitProcesses();
-// Calls work for the indices below count in atOnce processes, which live until all is done, and finished with
-// what it returned, in this process and in the order in which answers come. A process that dies is replaced;
-// for what it worked at, failure says how it died and the answer is empty. CleanUpWhenInterrupted has to come
-// first; each process cleans up after itself.
+// Calls work for each index below count, in up to atOnce worker processes. Calls finished in this process, in
+// the order of the answers, with what work returned. A worker that dies is replaced; its index gets an empty
+// answer and the reason in failure. Call CleanUpWhenInterrupted first; each worker cleans up after itself.
 void RunInProcesses(
     size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
     const std::function<void(size_t, const std::string &answer, const std::string &failure)> &finished);

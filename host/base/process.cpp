@@ -1,4 +1,4 @@
-// The few things that differ from system to system.
+// Calls that depend on the operating system.
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 static void (*interruptCleanUp)();
 static std::atomic<bool> interrupted;
 
-static thread_local bool cleansUp; // in the thread that an interrupt runs in
+static thread_local bool cleansUp; // true in the thread that handles an interrupt
 
 bool IsInterrupted()
 {
@@ -67,7 +67,7 @@ bool OutputReaderIsGone()
 
 std::error_code MoveToNewName(const fs::path &from, const fs::path &to)
 {
-    // Other than std::filesystem's, this one replaces nothing here.
+    // On Windows std::rename replaces nothing; std::filesystem::rename does.
     return std::rename(from.string().c_str(), to.string().c_str()) == 0
                ? std::error_code()
                : std::error_code(errno, std::generic_category());
@@ -101,7 +101,7 @@ void RunInProcesses(size_t count, size_t, const std::function<std::string(size_t
         finished(i, work(i), "");
 }
 
-// The C runtime of Windows calls this in a thread that it makes for the purpose.
+// The C runtime of Windows calls this in a new thread.
 static void OnInterrupt(int)
 {
     interrupted = cleansUp = true;
@@ -130,32 +130,32 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
 #include <sys/wait.h>
 #include <unistd.h>
 
-// A process that works for this one until there is nothing left to do.
+// A process that takes tasks until none is left.
 struct Worker {
     pid_t id;
-    int answers;       // a pipe: AnswerHead and as many bytes, again and again
-    size_t place;      // its own among those in TaskList
-    std::string bytes; // that were read from the pipe
+    int answers;       // a pipe; for each answer an AnswerHead and then its bytes
+    size_t place;      // its index in TaskList::busyWith
+    std::string bytes; // read from the pipe and not handled yet
 };
 
 struct AnswerHead {
     size_t index, size;
 };
 
-// What workers share with the process that started them.
+// In memory that the workers and their parent share.
 struct TaskList {
-    std::atomic<size_t> next; // the first index that nobody has taken
+    std::atomic<size_t> next; // the first index that no worker has taken
     size_t count;
-    std::atomic<size_t> busyWith[1]; // for each worker: the index that it works at; count: none
+    std::atomic<size_t> busyWith[1]; // for each worker: the index it works on; count if none
 };
 
-// Held while workers are started, reaped and interrupted, so that no signal goes to a stranger.
+// Held while workers are started, reaped or signalled: the id of a reaped one may belong to another process.
 static std::mutex workersMutex;
 static std::vector<Worker> workers;
 
 void PrepareProcess()
 {
-    // With stderr closed the next file to be opened would get its number, and reports would go into that.
+    // If stderr is closed, the next opened file gets its descriptor and reports are written into that file.
     for (int number = 0; number <= 2; ++number)
         if (fcntl(number, F_GETFD) < 0 && open("/dev/null", O_RDONLY) != number)
             std::_Exit(exitFailed);
@@ -180,7 +180,8 @@ bool OutputReaderIsGone()
 
 std::error_code MoveToNewName(const fs::path &from, const fs::path &to)
 {
-    // A second name refuses to replace anything. Where files can't have two, a look has to do.
+    // link() fails if the new name exists. Where hard links aren't supported, check the name before the
+    // rename.
     std::error_code failure;
     if (link(from.c_str(), to.c_str()) == 0)
         fs::remove(from, failure);
@@ -215,14 +216,14 @@ static pthread_t interruptThread;
 
 static void InterruptWorkers(int number)
 {
-    workersMutex.lock(); // for good: no other worker may start
+    workersMutex.lock(); // never unlocked: no other worker may start
     for (const Worker &worker : workers)
         kill(worker.id, number);
     for (const Worker &worker : workers)
         waitpid(worker.id, nullptr, 0);
 }
 
-// No signal handler may walk folders and remove them; a thread that waits for the signal may.
+// A signal handler must not remove folders; a thread that waits for the signal may.
 static void *WaitForInterrupt(void *)
 {
     int number = 0;
@@ -251,14 +252,14 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
     sigemptyset(&interruptSignals);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction action;
-        // Whoever started the program may have it ignore one of them.
+        // Leaves a signal ignored if the parent process set it so.
         if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
             sigaddset(&interruptSignals, number);
     }
     pthread_sigmask(SIG_BLOCK, &interruptSignals, nullptr);
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    // Enough for removing a folder; the usual megabytes are missed where memory is short.
+    // Enough to remove folders. The default of several megabytes may fail if memory is limited.
     pthread_attr_setstacksize(&attributes, 256 * 1024);
     if (pthread_create(&interruptThread, &attributes, WaitForInterrupt, nullptr) == 0)
         std::atexit(EndWaiting);
@@ -294,12 +295,13 @@ static bool DoTasks(TaskList *tasks, const Worker &self, const std::function<std
     return true;
 }
 
-// A process has the threads of its own alone, and leaves without what its parent planned to do at the end.
+// fork copies only the calling thread, so the child starts its own interrupt thread. _Exit skips the exit
+// handlers of the parent.
 [[noreturn]] static void WorkAsChild(TaskList *tasks, const Worker &self,
                                      const std::function<std::string(size_t)> &work)
 {
 #if defined(__linux__)
-    prctl(PR_SET_PDEATHSIG, SIGTERM); // a parent that was killed has no time to tell
+    prctl(PR_SET_PDEATHSIG, SIGTERM); // a killed parent can't end its workers
 #endif
     interrupted = false;
     void (*const cleanUp)() = interruptCleanUp;
@@ -308,20 +310,20 @@ static bool DoTasks(TaskList *tasks, const Worker &self, const std::function<std
     bool done = false;
     try {
         done = DoTasks(tasks, self, work);
-    } catch (const std::exception &) { // the parent tells that there is no answer
+    } catch (const std::exception &) { // the parent reports the missing answer
     }
     cleanUp();
     StopIfInterrupted();
     std::_Exit(done ? exitDone : exitFailed);
 }
 
-// Empty when a worker runs, else the reason why it doesn't.
+// Returns why no worker was started; empty on success.
 static std::string StartWorker(TaskList *tasks, size_t place, const std::function<std::string(size_t)> &work)
 {
     int answers[2];
     if (pipe(answers) != 0)
         return std::strerror(errno);
-    std::fflush(nullptr); // what waits to be written would be written twice
+    std::fflush(nullptr); // else both processes would write the buffered output
     std::unique_lock lock(workersMutex);
     tasks->busyWith[place] = tasks->count;
     const pid_t id = fork();
@@ -343,7 +345,7 @@ static std::string StartWorker(TaskList *tasks, size_t place, const std::functio
     return std::strerror(reason);
 }
 
-// Takes what the worker has to say. False when it says nothing any more.
+// Reads from the worker's pipe. False at its end.
 static bool ReadAnswers(Worker *worker)
 {
     char block[65536];
@@ -355,7 +357,7 @@ static bool ReadAnswers(Worker *worker)
 
 using Finished = std::function<void(size_t, const std::string &answer, const std::string &failure)>;
 
-// Hands on the answers that have come whole.
+// Passes complete answers to finished.
 static void TakeAnswers(Worker *worker, const Finished &finished)
 {
     AnswerHead head;
@@ -369,7 +371,7 @@ static void TakeAnswers(Worker *worker, const Finished &finished)
     worker->bytes.erase(0, at);
 }
 
-// Why a worker ended.
+// Waits for the end of a worker and returns the reason.
 static std::string Reap(const Worker &worker)
 {
     int status = 0;
@@ -390,7 +392,7 @@ static Worker EndWorker(size_t number, std::string *failure)
     return ended;
 }
 
-// Sleeps until a worker has something to say, and a little longer: of what several say it is woken once.
+// Waits for an answer and then 2 ms more, to handle answers of several workers at once.
 static std::vector<pollfd> WaitForAnswers()
 {
     std::vector<pollfd> pipes;

@@ -4,7 +4,7 @@
 
 bool StartsWithUtf8(std::string_view text, size_t *length)
 {
-    static const uint32_t least[] = {0, 0x80, 0x800, 0x10000}; // by the bytes behind the first
+    static const uint32_t least[] = {0, 0x80, 0x800, 0x10000}; // by the number of bytes after the first
     const auto first = static_cast<unsigned char>(text[0]);
     const size_t more = first < 0x80 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
     uint32_t code = more == 0 ? first : first & (0x3Fu >> more);
@@ -17,7 +17,7 @@ bool StartsWithUtf8(std::string_view text, size_t *length)
         code = code << 6 | (next & 0x3F);
     }
     *length = more + 1;
-    return code >= least[more] && code <= 0x10FFFF && code >> 11 != 0x1B; // the last: half of a UTF-16 pair
+    return code >= least[more] && code <= 0x10FFFF && code >> 11 != 0x1B; // 0x1B: a UTF-16 surrogate
 }
 
 bool IsControl(std::string_view character)
@@ -68,7 +68,7 @@ std::string Counted(uint64_t count, const char *what, const char *plural)
 std::string NumberText(double value)
 {
     char digits[40];
-    // The sum makes 0 of -0.
+    // Adding 0.0 turns -0 into 0.
     const auto end =
         std::to_chars(digits, digits + sizeof digits, value + 0.0, std::chars_format::general, 6).ptr;
     return std::string(digits, end);
