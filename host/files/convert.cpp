@@ -36,8 +36,8 @@ static std::string WhyRefused(const std::string &path)
     return "";
 }
 
-// Why a scene that was read may not be written; empty when it may be. Damage is no reason, but a file that
-// can't be read to its end is: what is missing may be there the next time.
+// Returns why a loaded scene must not be written; empty if it may be. Damage is accepted. A read error isn't:
+// the next attempt may read the rest.
 static std::string WhyIncomplete(const Mc3dsFile *scene, const std::string &path, bool animated)
 {
     if (scene->readError != 0)
@@ -48,7 +48,7 @@ static std::string WhyIncomplete(const Mc3dsFile *scene, const std::string &path
     return "";
 }
 
-// Null, with its reports, when there is no scene.
+// Returns null after a report on failure.
 static Scene LoadScene(const std::string &path, bool animated)
 {
     Scene scene(nullptr, Mc3dsUnloadFile);
@@ -75,7 +75,8 @@ static Scene LoadScene(const std::string &path, bool animated)
     return scene;
 }
 
-// The C function is McBuild and this; what can't stand in an identifier becomes an underscore.
+// The C function is called McBuild plus this. Characters that are invalid in an identifier become
+// underscores.
 static std::string ClumpName(const HostOptions &options, const std::string &scenePath)
 {
     if (!options.clumpName.empty())
@@ -89,7 +90,7 @@ static std::string ClumpName(const HostOptions &options, const std::string &scen
     return !name.empty() && name[0] >= '0' && name[0] <= '9' ? '_' + name : name;
 }
 
-// Points into both.
+// The result points into options and clumpName.
 static Mc3dsOptions LibraryOptions(const HostOptions &options, const std::string &clumpName)
 {
     Mc3dsOptions asked = {};
@@ -107,7 +108,7 @@ static Mc3dsOptions LibraryOptions(const HostOptions &options, const std::string
     return asked;
 }
 
-// Whether --no-clobber leaves nothing to do, as far as that can be told without reading the scene.
+// Whether --no-clobber leaves nothing to do. False if only the scene's contents can tell.
 static bool AllTargetsExist(const HostOptions &options, const std::string &scenePath)
 {
     const std::vector<NamedTarget> targets = TargetNames(options, scenePath);
@@ -132,7 +133,7 @@ static Scene LoadAndShow(const HostOptions &options, const std::string &path, bo
         PrintJson(scene.get(), path, notes);
     else if (scene)
         PrintInfo(scene.get(), path, notes);
-    MarkWarningsShown(); // the library's are in what was printed
+    MarkWarningsShown(); // the printed text includes those of the library
     return scene;
 }
 
@@ -145,7 +146,8 @@ static void NoteContents(const HostOptions &options, const Mc3dsFile *scene, Sce
                 result->missingTextures.push_back(texture.name);
 }
 
-// What was written or built. False, with its report, when that is nothing of what the scene has.
+// Counts what was written or built. Returns false after a report if the scene has triangles and the model has
+// none.
 static bool NoteModel(const Mc3dsFile *scene, uint32_t flags, SceneResult *result)
 {
     result->model = CountModel(scene, flags);

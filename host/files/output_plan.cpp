@@ -7,8 +7,8 @@
 
 namespace fs = std::filesystem;
 
-// A name under /dev may lead to anything that the shell has opened, a regular file included. /dev/shm is a
-// folder like others.
+// A name under /dev can be any file that the shell opened, also a regular one. /dev/shm is an ordinary
+// folder.
 static bool IsWrittenInPlace(const fs::path &path, const fs::file_status &status)
 {
     const std::string name = path.lexically_normal().string();
@@ -22,7 +22,7 @@ static bool SameFile(const fs::path &a, const fs::path &b)
     return a == b || (fs::equivalent(a, b, missing) && !missing);
 }
 
-// The files of other scenes are not to be lost by a slip of the hand.
+// Protects the files of other scenes from a mistyped output name.
 static bool IsInput(const fs::path &path)
 {
     const std::string extension = InLowerCase(path.extension().string());
@@ -53,7 +53,7 @@ std::string LocateTarget(OutputFile *file)
         return "folder " + InQuotes(folder.string()) + ": " + failure.message();
     if (!fs::is_directory(file->target.parent_path(), failure))
         return InQuotes(folder.string()) + " is no folder";
-    // A new file would take the place of one that is write-protected without asking.
+    // Renaming a new file to this name would replace even a write-protected one.
     if (fs::exists(status) && !fs::is_symlink(status)) {
         FILE *stream = std::fopen(file->target.string().c_str(), "r+b");
         if (!stream)
@@ -100,12 +100,13 @@ static bool AddObjectFiles(const HostOptions &options, const std::string &sceneP
 {
     const TextKind kind = options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script;
     for (uint32_t i = 0; i < objectCount; ++i) {
-        std::vector<OutputFile> added; // names that differ in a number need no comparing
+        std::vector<OutputFile> added; // numbered names can't be the same
         if (!AddFile({kind, ObjectFileName(options, scenePath, i), OutputIsGiven(options)}, scenePath,
                      &added))
             return false;
         files->push_back(added.front());
-        // They all grow in one folder, from which a file can't be moved to wherever a link leads.
+        // Object files are written in one folder. A link may put the target in another, so copy instead of
+        // rename.
         if (files->back().target.parent_path() != files->front().target.parent_path())
             files->back().inPlace = true;
     }

@@ -31,14 +31,14 @@ fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
 void RemovePrivateFolders()
 {
     const std::lock_guard lock(foldersMutex);
-    if (IsInterrupted()) // the thread that cleans up may be using one
+    if (IsInterrupted()) // the clean-up thread may be using one
         return;
     for (const fs::path &folder : folders) {
         std::error_code ignored;
-        if (RemoveEmptyFolder(folder)) // most are, and a walk would cost as much as a small conversion
+        if (RemoveEmptyFolder(folder)) // the usual case; remove_all takes as long as a small conversion
             continue;
         fs::remove_all(folder, ignored);
-        // After an interrupt the library may add one more file while the folder is being emptied.
+        // After an interrupt the library may still create a file in the folder.
         for (int attempt = 0; attempt < 20 && fs::exists(folder, ignored); ++attempt) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
             fs::remove_all(folder, ignored);

@@ -15,8 +15,8 @@ static bool IsTaken(const std::vector<OutputFile> &files, const fs::path &path)
     return false;
 }
 
-// Folders are shared by files whose targets stand in one folder. What isn't replaced may stand where nothing
-// can be made, such as among the devices; it grows among the temporary files.
+// Files with targets in the same folder share a private folder. A file written in place may have a target
+// where no folder can be created, as in /dev; it uses the system's temporary folder.
 bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject)
 {
     std::string why;
@@ -61,9 +61,8 @@ static void NameObjectFiles(const std::string &bareName, std::vector<OutputFile>
     }
 }
 
-// Lets the library write into the private folders, from inside that of the first file: it sees bare names,
-// and the comments of its files name no folder that is gone when they are read. Returns errno as the library
-// left it, or -1 with a report when it couldn't begin.
+// Changes to the private folder of the first file for the library's writes, so that comments in its files
+// name no temporary folder. Returns errno after the call, or -1 after a report if it couldn't start.
 static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::string &bareName,
                       const std::vector<OutputFile> &files)
 {
@@ -93,7 +92,7 @@ static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::st
     return reason;
 }
 
-// reason is errno after the writing, and of use only where something is missing.
+// reason: errno after the writes. It only matters if a file is incomplete.
 static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &files, int reason)
 {
     if (MemoryRanOut()) {
@@ -117,13 +116,13 @@ static const OutputFile *FindKind(const std::vector<OutputFile> &files, TextKind
     return nullptr;
 }
 
-// isSaid: what the library has to say about the scene was said for another file.
+// isSaid: the library's reports on the scene were shown for another file.
 static bool WritePicture(const HostOptions &options, const Mc3dsFile *scene, const Mc3dsOptions &asked,
                          const OutputFile *file, bool isSaid, std::string *picture)
 {
 #if defined(MC3DS_HAVE_MCLMODEL) && defined(MC3DS_HAVE_PNG)
     PreviewOptions preview = options.preview;
-    if (!file) // all scenes share one page
+    if (!file) // small, as one page holds the pictures of all scenes
         preview = {reportPictureWidth, reportPictureHeight};
     MuteLibrary(isSaid);
     *picture = DrawPreview(scene, asked, preview);
@@ -168,13 +167,12 @@ static bool WriteAll(const HostOptions &options, const std::string &scenePath, c
     return !glb || WriteModel(scene, *asked, scenePath, *glb, isSaid);
 }
 
-// Returns the file that could not be delivered, with the reason, or null.
+// Returns the file that can't be delivered, with the reason in why, or null.
 static const OutputFile *DeliverEach(const std::vector<OutputFile> &files, bool noClobber,
                                      std::vector<WrittenFile> *written, std::vector<std::string> *kept,
                                      std::string *why)
 {
-    // Copying can still fail where moving hardly does, and so comes first: what is replaced stays as it was
-    // until then.
+    // Copies come first, as they fail more often than renames: until then no file is replaced.
     for (const bool inPlace : {true, false}) {
         for (const OutputFile &file : files) {
             uintmax_t size = 0;
@@ -211,7 +209,7 @@ bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noC
     return !failed;
 }
 
-// Below the folder that the user named no link is followed: it may lead to wherever a stranger wants.
+// Doesn't follow links below the folder that the user named: they may be someone else's.
 static bool MakeOutputFolder(const std::string &top, const std::string &output)
 {
     std::error_code failure;

@@ -15,11 +15,11 @@ static Stream OpenStream(const fs::path &path, const char *mode)
     return Stream(std::fopen(path.string().c_str(), mode), std::fclose);
 }
 
-// The last line without its line end; empty when the file doesn't end with one.
+// The last line without its line end; empty if the line isn't terminated.
 static std::string LastLine(FILE *stream)
 {
     char tail[256];
-    // A file shorter than that can't be seeked to there, and is read from its start.
+    // The seek fails in a shorter file, which is read from its start.
     if (std::fseek(stream, -static_cast<long>(sizeof tail), SEEK_END) != 0)
         std::rewind(stream);
     std::string line(tail, std::fread(tail, 1, sizeof tail, stream));
@@ -31,8 +31,8 @@ static std::string LastLine(FILE *stream)
     return line.substr(line.rfind('\n') + 1);
 }
 
-// An animation file has no last line to know it by. But each frame has its line, and all frames have as many
-// lines of transforms as the first.
+// An animation file has no end mark. A complete one has a line for each frame, and in all frames as many
+// transform lines as in the first.
 static bool AnimationIsWhole(FILE *stream, uint32_t frameCount)
 {
     uint64_t frames = 0, transforms = 0, transformsOfFirst = 0;
@@ -67,7 +67,7 @@ bool IsWhole(const OutputFile &file, const Mc3dsFile *scene)
     }
     case TextKind::Animation: return AnimationIsWhole(stream.get(), scene->frameCount);
     case TextKind::Picture:
-    case TextKind::Glb: break; // whoever makes them looks at its own writes
+    case TextKind::Glb: break; // their writers check for errors
     }
     return false;
 }
@@ -98,7 +98,7 @@ static bool CopyInto(const fs::path &from, FILE *out)
 static bool CopyToTarget(const OutputFile &file)
 {
     if (file.standardOutput) {
-        MakeStandardOutputBinary(); // line ends are those of a text file already
+        MakeStandardOutputBinary(); // the file has the system's line ends already
         return CopyInto(file.written, stdout);
     }
     Stream out = OpenStream(file.target, "wb");
@@ -119,7 +119,7 @@ static Delivery Copy(const OutputFile &file, std::string *why)
 static Delivery Move(const OutputFile &file, bool noClobber, std::string *why)
 {
     std::error_code failure;
-    // What stood there before keeps its permissions.
+    // A new file gets the permissions of the one that it replaces.
     const fs::file_status before = fs::symlink_status(file.target, failure);
     if (fs::exists(before) && noClobber)
         return Delivery::Kept;
