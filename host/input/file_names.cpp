@@ -33,8 +33,8 @@ static std::string SecondName(const std::string &given, const std::string &outpu
     return given.empty() ? PathOf(output).replace_extension(extension).string() : given;
 }
 
-// What a picture or a .glb file is called. Each of many scenes has one of its own, beside its output unless
-// the name gives another folder.
+// The name of a picture or .glb file. With several scenes each has its own, beside the scene's output unless
+// given names another folder.
 static std::string OwnName(const HostOptions &options, const std::string &given, const std::string &output)
 {
     if (!options.recursive && options.scenes.size() <= 1)

@@ -1,4 +1,4 @@
-// What goes into a run: options, scenes, and how the files of each are called.
+// The input of a run: options, scenes and the names of their files.
 #ifndef MC3DS_HOST_INPUT_H
 #define MC3DS_HOST_INPUT_H
 
@@ -11,18 +11,18 @@
 
 constexpr unsigned jobsMost = 256;
 
-// Stands for the standard output where an output is named.
+// As the name of an output: standard output.
 constexpr char standardOutputName[] = "-";
 
-// What the user asked for. The values here are the defaults.
+// The user's options, with their defaults.
 struct HostOptions {
-    std::vector<std::string> scenes; // files, and with recursive folders too
+    std::vector<std::string> scenes; // files; with recursive also folders
     std::string output;              // empty: the scene's name with another extension
     std::string outputDir;           // empty: beside the scene
-    std::string headerFile;          // empty: the output's name with another extension, as below
+    std::string headerFile;          // empty: the output's name with another extension
     std::string animationFile;
-    std::string previewFile; // empty: none; of many scenes, each puts its own name ahead
-    std::string glbFile;     // the same
+    std::string previewFile; // empty: none; with several scenes each puts its name in front
+    std::string glbFile;     // as previewFile
     std::string summaryFile; // empty: none
     std::string reportFile;  // empty: none
     std::string clumpName;   // empty: made from the scene's name
@@ -32,68 +32,68 @@ struct HostOptions {
     uint32_t hintFlags = 0;
     float scale = 1.0f;
     float size = 0.0f;
-    float weights[3] = {0.299f, 0.587f, 0.114f}; // the luma of television
+    float weights[3] = {0.299f, 0.587f, 0.114f}; // of red, green and blue; television luma
     float opacity = 1.0f;
     PreviewOptions preview;
-    unsigned jobs = 1; // scenes at a time, up to jobsMost
+    unsigned jobs = 1; // scenes converted at the same time, up to jobsMost
     bool recursive = false;
     bool noClobber = false;
     bool forceNames = false;
     bool strict = false;
     bool info = false;
     bool json = false;
-    int verbosity = 0; // as in report.cpp
+    int verbosity = 0; // levels: see StartReports
 };
 
-// Fills the options. Returns -1 when there is work to do, else the status to exit with: help or the version
-// was printed, or the command line is wrong and the reason stands on stderr.
+// Fills the options. Returns -1 to continue, else the exit status: help or the version was printed, or the
+// command line is wrong and the reason is on stderr.
 int ParseOptions(int argc, const char *const *argv, HostOptions *options);
 
 // ---- option_rules.cpp
 
-// The reason why the options can't stand together; empty when they can. given tells whether an option, such
-// as "--output", was on the command line.
+// Returns why the options can't be combined; empty if they can. given: whether an option, such as "--output",
+// was on the command line.
 std::string FindConflict(const HostOptions &options, const std::function<bool(const char *)> &given);
 
 // ---- scene_list.cpp
 
 struct SceneJob {
     std::string scene;  // its path, as the user would type it
-    std::string output; // OUTPUT for it; empty: as the options say
-    uint64_t bytes;     // in its file; 0 if unknown
+    std::string output; // its output; empty: as in the options
+    uint64_t bytes;     // size of its file; 0 if unknown
 };
 
-// The scenes that the options name, in their order, those of a folder sorted. False, with its reports, when
-// a folder could not be read or has none; the others are there all the same.
+// Lists the scenes of the options in their order; those of a folder are sorted. Returns false after reports
+// if a folder can't be read or has no scenes; the others are in jobs nevertheless.
 bool ListScenes(const HostOptions &options, std::vector<SceneJob> *jobs);
-// The options as they are for one of the scenes.
+// The options for one of the scenes.
 HostOptions OptionsFor(const HostOptions &options, const SceneJob &job);
 
 // ---- file_names.cpp
 
-// The last two are no texts, but go the same way.
+// Picture and Glb aren't text, but are delivered in the same way.
 enum class TextKind { Script, Source, Header, Animation, Picture, Glb };
 
 struct NamedTarget {
     TextKind kind;
     std::string name;
-    bool isGiven; // named by the user, who may mean what a link leads to
+    bool isGiven; // named by the user: links are followed
 };
 
-// The files that options lead to, but for those of a per-object run. The animation file stands there whether
-// the scene has animation or not.
+// The files to write, except the text files of a per-object run. With the animation option, the animation
+// file is included even if the scene has no animation.
 std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::string &scenePath);
-// What a file of a per-object run is called.
+// The name of a file of a per-object run.
 std::string ObjectFileName(const HostOptions &options, const std::string &scenePath, size_t index);
-// Whether the library writes it.
+// Whether the library writes the file.
 constexpr bool IsText(TextKind kind)
 {
     return kind != TextKind::Picture && kind != TextKind::Glb;
 }
-// Whether the user named OUTPUT itself.
+// Whether the user gave the name of the output file.
 bool OutputIsGiven(const HostOptions &options);
-// What OUTPUT is called, or would be if there were one file.
+// The name of the output file. In a per-object run the names of the object files are made from it.
 std::string OutputName(const HostOptions &options, const std::string &scenePath);
-// The same without folders, as comments show it; a name also where OUTPUT is the standard output.
+// The same without folders, for comments in outputs. For standard output, the default name.
 std::string BareOutputName(const HostOptions &options, const std::string &scenePath);
 #endif

@@ -1,4 +1,4 @@
-// Which options can't stand together, and why.
+// Options that can't be combined, and why.
 #include <filesystem>
 
 #include "input.h"
@@ -50,7 +50,7 @@ static std::string Contradiction(const std::string &a, const std::string &b, con
     return a + " can't be combined with " + b + ": " + why;
 }
 
-// With the names of files that the two options may be given.
+// Conflicts of the two options that take an optional FILE.
 static std::string FindFileConflict(const HostOptions &options,
                                     const std::function<bool(const char *)> &given)
 {
@@ -80,7 +80,7 @@ static std::string FindFileConflict(const HostOptions &options,
     return "";
 }
 
-// Why this program draws no pictures at all; empty when it does.
+// Returns why this build of the program can't draw pictures; empty if it can.
 static std::string WhyNoPreview()
 {
 #if !defined(MC3DS_HAVE_MCLMODEL)

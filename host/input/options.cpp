@@ -64,7 +64,7 @@ static const BoolRow boolRows[] = {
      "warnings count as failures, status 1; files are written all the same (default: off)"},
 };
 
-// Stands for a FILE that wasn't given. No file can be called that.
+// The value of an option whose FILE wasn't given. No file can have this name.
 static const char noName[] = "/";
 
 static void Accept(const char *option, bool isGood, const std::string &whyNot)
@@ -129,7 +129,7 @@ static std::string ReadName(const char *option, const std::string &text, bool ma
     return text;
 }
 
-// A value that read takes in, or throws CLI::ValidationError about.
+// Adds an option with a value. read stores the value or throws CLI::ValidationError.
 static void AddValue(CLI::App *app, const char *names, const char *type, const char *group, const char *help,
                      const std::function<void(const std::string &)> &read)
 {
@@ -331,7 +331,7 @@ static void PrintHelp(const CLI::App &app)
                stdout);
 }
 
-// How many letters have to be put in, taken out or exchanged to make one word of the other.
+// The fewest insertions, deletions and replacements of letters that turn a into b.
 static size_t Distance(std::string_view a, std::string_view b)
 {
     std::vector<size_t> row(b.size() + 1);
@@ -347,14 +347,14 @@ static size_t Distance(std::string_view a, std::string_view b)
     return row.back();
 }
 
-// The option that an unknown one, the last word of the failure, was most likely meant to be; empty for none.
+// Suggests an option for the unknown one at the end of the failure's text; empty if none is similar.
 static std::string NearestOption(const CLI::App &app, const CLI::ParseError &failure)
 {
     std::string word = failure.what();
     word.erase(0, word.find("--"));
     word.erase(std::min(word.find_first_of("= "), word.size()));
     std::string nearest;
-    size_t least = 3; // letters that may differ, and one
+    size_t least = 3; // at most 2 letters may differ
     for (const CLI::Option *option : app.get_options())
         for (const std::string &name : option->get_lnames())
             if (const size_t distance = Distance(word, "--" + name); distance > 0 && distance < least) {

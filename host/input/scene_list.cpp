@@ -16,8 +16,7 @@ static void AddScene(const HostOptions &options, const fs::path &scene, const fs
     jobs->push_back(job);
 }
 
-// Folders that links lead to are left out: they may lead back. So are pipes and devices, which may have no
-// end.
+// Skips links to folders, as they may form a loop, and pipes and devices, as they may never end.
 static bool ListFolder(const fs::path &folder, std::vector<fs::path> *scenes, std::vector<fs::path> *folders)
 {
     std::error_code failure, ignored;
