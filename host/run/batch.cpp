@@ -4,13 +4,13 @@
 #include <mutex>
 #include <system_error>
 
-// What a run has done so far, for the summary that an interrupt leaves too.
+// The state of the run, also used for the summary after an interrupt.
 static struct {
-    std::mutex mutex; // of results and isDone: an interrupt comes in a thread of its own
+    std::mutex mutex; // guards results and isDone: an interrupt is handled in another thread
     std::vector<SceneResult> results;
     std::vector<bool> isDone;
     std::chrono::steady_clock::time_point start;
-    bool hasSummary; // never in workers
+    bool hasSummary; // false in workers
     OutputFile summary;
     bool noClobber;
 } batch;
@@ -49,7 +49,7 @@ static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> 
     }
 }
 
-// A process that was killed had no time to do it itself.
+// Removes the private folders of a worker that was killed.
 static void CleanUpAfter(const HostOptions &options, const SceneJob &job, const std::string &mark)
 {
     std::error_code failure;
@@ -98,7 +98,7 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
     RunInProcesses(jobs.size(), options.jobs, work, finished);
 }
 
-// The worst status of all scenes.
+// Whether all scenes were converted, and with --strict without warnings.
 static bool AllIsWell(const HostOptions &options, const std::vector<SceneResult> &results)
 {
     bool done = true;
@@ -128,7 +128,7 @@ int ConvertAll(const HostOptions &options)
     if ((hasSummary && !LocateReport(options.summaryFile, &batch.summary)) ||
         (hasPage && !LocateReport(options.reportFile, &page)))
         return exitFailed;
-    // Where many scenes are converted, a line at the end stands for the files that were written.
+    // With several scenes, totals at the end replace the lines about written files.
     const bool many = jobs.size() > 1 || options.recursive;
     StartReports(options.verbosity, many);
     uint64_t bytes = 0;

@@ -1,15 +1,15 @@
-// A scene's result on its way from one process of the program to another.
+// Packs a scene's result into bytes, to send it from a worker process to its parent.
 #include <cstring>
 #include <type_traits>
 
 #include "run.h"
 
-// Bytes that values are put into, or taken out of in the same order.
+// Bytes that values are appended to, or read from in the same order.
 struct Parcel {
     std::string bytes;
-    size_t at;    // of the next byte to be taken
-    bool isGiven; // values are taken out
-    bool isGood;  // all that was asked for was there
+    size_t at;    // index of the next byte to read
+    bool isGiven; // values are read, not appended
+    bool isGood;  // no read went past the end
 };
 
 static void PassBytes(Parcel *parcel, void *value, size_t size)
@@ -31,7 +31,8 @@ static void Pass(Parcel *parcel, Value *value)
     PassBytes(parcel, value, sizeof *value);
 }
 
-// Makes a text or a list that is taken out as long as it was. Each entry takes at least one byte.
+// Appends the size of a text or list, or reads it and resizes the list. Each entry takes at least one byte,
+// which bounds a wrong size.
 template <class List>
 static void PassSize(Parcel *parcel, List *list)
 {

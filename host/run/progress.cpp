@@ -8,7 +8,7 @@
 
 using Clock = std::chrono::steady_clock;
 
-// Narrower than any terminal.
+// Columns: fewer than any terminal has.
 static const size_t lineMost = 78;
 static const int barWidth = 20;
 
@@ -26,7 +26,7 @@ static double SecondsSince(Clock::time_point time)
     return std::chrono::duration<double>(Clock::now() - time).count();
 }
 
-// A short run gets no bar, and the end of a long name shows.
+// The bar is shown after one second. A long name is cut at its start.
 static void Draw()
 {
     progress.lastDrawn = Clock::now();
@@ -44,13 +44,13 @@ static void Draw()
     if (name.size() > room) {
         size_t cut = name.size() - room + 3;
         while (cut < name.size() && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80)
-            ++cut; // not into the middle of a letter
+            ++cut; // not inside a UTF-8 character
         name = "..." + name.substr(cut);
     }
     SetStatusLine(line + name);
 }
 
-// The library doesn't tell how far it is, but how many things of which size it is about to read.
+// The library reports no progress, but how many items of which kind it reads next.
 static void OnMessage(const char *text)
 {
     std::string_view rest = text;
@@ -67,7 +67,7 @@ static void OnMessage(const char *text)
         Draw();
 }
 
-// Whether stderr is a terminal on which a line can be written over.
+// Whether stderr is a terminal where a line can be overwritten.
 static bool HasStatusLine()
 {
 #if !defined(_WIN32)

@@ -1,4 +1,4 @@
-// A run over scenes, one by one or side by side.
+// Converts all scenes of a run, one by one or in parallel.
 #ifndef MC3DS_HOST_RUN_H
 #define MC3DS_HOST_RUN_H
 
@@ -6,28 +6,28 @@
 
 // ---- target_check.cpp
 
-// False, with its report, when two scenes would write one file, or one would write over another.
+// Returns false after a report if two scenes would write the same file, or one would overwrite another.
 bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs);
 
 // ---- packed_result.cpp
 
-// Bytes that UnpackResult makes the same result of. False for other bytes.
+// Converts a result to bytes and back. UnpackResult returns false for invalid bytes.
 std::string PackResult(SceneResult *result);
 bool UnpackResult(const std::string &bytes, SceneResult *result);
 
 // ---- progress.cpp: a line at the bottom of the terminal
 
-// Scenes and bytes of the whole run. Without this call nothing is shown.
+// Totals of the run. Without this call nothing is shown.
 void StartProgress(size_t scenes, uint64_t bytes);
-// The number of a scene, from 1, that begins or has just ended, and the bytes in it that are to be read.
+// Shows a scene that starts or has just ended: its number from 1, its name and the bytes left to read.
 void ShowScene(size_t number, const std::string &scene, uint64_t bytes);
-// Bytes of a scene that is done with.
+// Adds the bytes of a finished scene.
 void CountBytes(uint64_t bytes);
 void EndProgress();
 
 // ---- batch.cpp
 
-// All scenes. Returns the exit status.
+// Converts all scenes. Returns the exit status.
 int ConvertAll(const HostOptions &options);
 
 #endif

@@ -1,4 +1,4 @@
-// Files that two scenes of a run would write, looked for before any of them is written.
+// Finds files that two scenes of a run would both write, before any of them is written.
 #include <map>
 #include <memory>
 #include <set>
@@ -8,11 +8,11 @@
 namespace fs = std::filesystem;
 
 struct Claim {
-    std::string file, scene; // as they are shown
+    std::string file, scene; // as shown to the user
 };
 struct Claims {
     std::map<std::string, Claim> byKey;
-    std::map<std::string, std::string> folders; // of PathKey
+    std::map<std::string, std::string> folders; // cache of PathKey
 };
 
 static std::string KeyOf(Claims *claims, const std::string &file)
@@ -30,8 +30,8 @@ static bool AddClaim(Claims *claims, const std::string &file, const std::string 
     return false;
 }
 
-// How many files a per-object run makes of a scene; 0 when it can't be read, or is a pipe or a device, which
-// may have no end.
+// The number of files of a scene in a per-object run; 0 if it can't be read. Pipes and devices, which may
+// never end, also count 0.
 static uint32_t CountObjects(const std::string &scene)
 {
     if (!WhyNotRegular(scene).empty())
@@ -45,8 +45,8 @@ static uint32_t CountObjects(const std::string &scene)
     return file ? file->objectCount : 0;
 }
 
-// Names differ in a number at their ends, so that only those scenes can meet of which one is called as
-// another with digits behind it. Only these are read twice.
+// Object files end in a number, so names only collide if one scene's name is another's plus digits. Only such
+// scenes are loaded here; they are loaded again for the conversion.
 static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs, Claims *claims)
 {
     std::map<std::string, size_t> owners;
@@ -79,7 +79,7 @@ static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<Sc
     return true;
 }
 
-// The same for the files about the run.
+// The same check for the summary and the report.
 static bool ReportsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs, Claims *claims)
 {
     const std::pair<const char *, std::string> files[] = {{"the summary", options.summaryFile},
@@ -119,7 +119,7 @@ bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jo
             if (target.name != standardOutputName && !AddClaim(&claims, target.name, job.scene))
                 return false;
     for (const SceneJob &job : jobs) {
-        if (jobs.size() == 1) // whatever it writes over is found when its files are planned
+        if (jobs.size() == 1) // PlanOutput checks a single scene
             break;
         for (const std::string &input : {job.scene, VuePath(job.scene)}) {
             const auto claim = claims.byKey.find(KeyOf(&claims, input));
