@@ -1,4 +1,4 @@
-// The model of a direct build as binary glTF 2.0.
+// Writes the model of a direct build as binary glTF 2.0.
 #include "glb.h"
 
 #include <algorithm>
@@ -40,15 +40,15 @@ static std::string NameOf(const Mc3dsFile *scene, const PlacedMesh &mesh)
 {
     if (mesh.instance)
         return mesh.instance->name;
-    // Tag 1 is the clump around the scene; an object has its index + 2.
+    // Tag 1 is the clump around the scene; an object's tag is its index + 2.
     const auto object = static_cast<uint32_t>(mesh.clump->tag) - 2;
     return object < scene->objectCount ? scene->objects[object].safeName : "model";
 }
 
-// The nodes and their places, from a model without geometry.
+// Adds the nodes and their placements, from a model without geometry.
 static void AddNodes(Glb *glb, const Mc3dsFile *scene, const McClump *clump)
 {
-    std::vector<int> clumpAt; // the node of the clump at each depth
+    std::vector<int> clumpAt; // by depth: the index of the clump's node
     VisitMeshes(clump, [&](const PlacedMesh &mesh) {
         const auto index = static_cast<int>(glb->nodes.size());
         const auto depth = static_cast<size_t>(mesh.depth);
@@ -65,7 +65,7 @@ static void AddNodes(Glb *glb, const Mc3dsFile *scene, const McClump *clump)
     });
 }
 
-// Nodes of one prototype share a mesh, but for those that put something of their placement into it.
+// Instances of a prototype share a mesh, except those with a residual placement.
 static void AddMeshes(Glb *glb)
 {
     std::map<int, size_t> shared;
@@ -81,7 +81,7 @@ static void AddMeshes(Glb *glb)
     }
 }
 
-// Builds the model in parts: whole, it would take more memory than the scene.
+// Builds the model in parts, as the whole model would take more memory than the scene.
 static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked)
 {
     constexpr uint64_t partMost = 500000; // vertices and faces
@@ -97,7 +97,7 @@ static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &as
         size_t at = 0;
         VisitMeshes(model.get(), [&](const PlacedMesh &mesh) {
             if (at >= glb->nodes.size())
-                return; // memory ran out, which is told elsewhere
+                return; // out of memory, which WriteGlb reports
             const GlbNode &node = glb->nodes[at++];
             if (!done[node.mesh] && mesh.geometry.faceCount != 0)
                 AddGlbGeometry(glb, &glb->meshes[node.mesh], mesh.geometry, view.surfaces, node.residual);
@@ -107,7 +107,7 @@ static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &as
     }
 }
 
-// The document, without what would be empty: the format allows no empty lists.
+// The document. Empty lists are omitted, as the format doesn't allow them.
 static Json DocumentOf(Glb *glb)
 {
     Json nodes = Json::array(), meshes = Json::array(), roots = Json::array();
@@ -158,7 +158,8 @@ static void PutNumber(std::string *bytes, uint64_t number)
         *bytes += static_cast<char>(number >> shift & 0xFF);
 }
 
-// The head of the file up to the binary part. Empty when the format's 32 bits can't count the bytes of it.
+// The bytes of the file before the binary data. Empty if the file's size exceeds the 32 bits that the format
+// has for it.
 static std::string HeadOf(const Glb &glb, std::string json)
 {
     json.pop_back(); // a line end
@@ -222,7 +223,7 @@ std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const st
     glb.binary = binary.get();
     glb.scenePath = scenePath;
     float scale = 1.0f;
-    MuteLibrary(true); // what it has to say of the hierarchy is said for the other parts
+    MuteLibrary(true); // AddGeometry reports on the hierarchy too
     AddNodes(&glb, scene, BuildModel(scene, asked, -1, 0, 0, &scale).get());
     PlaceGlbNodes(&glb, scene, asked);
     AddMeshes(&glb);

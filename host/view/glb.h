@@ -1,4 +1,4 @@
-// What the parts of a binary glTF file share while it's made.
+// State shared by the parts that write a binary glTF file.
 #ifndef MC3DS_HOST_GLB_H
 #define MC3DS_HOST_GLB_H
 
@@ -11,9 +11,9 @@
 #include "model.h"
 #include "view.h"
 
-// Numbers of the format.
-constexpr int glbByte = 5121, glbShort = 5123, glbInt = 5125, glbFloat = 5126; // types of a component
-constexpr int glbVertices = 34962, glbIndices = 34963; // what a view of the buffer is for
+// Constants of the format.
+constexpr int glbByte = 5121, glbShort = 5123, glbInt = 5125, glbFloat = 5126; // types of components
+constexpr int glbVertices = 34962, glbIndices = 34963;                         // targets of buffer views
 constexpr int glbLines = 1, glbTriangles = 4;
 
 struct GlbMesh {
@@ -22,38 +22,38 @@ struct GlbMesh {
     Bounds bounds = NoBounds(); // of its vertices
 };
 
-// A clump, or an instance in one.
+// A clump or an instance.
 struct GlbNode {
-    Json json;       // all but mesh and children
-    int parent;      // -1: none
-    Matrix world;    // where the model has it
-    Matrix used;     // where its mesh is put by the nodes down to it
-    Matrix residual; // from the model's mesh to that of the node; what nodes can't say is in it
+    Json json;       // without mesh and children
+    int parent;      // index; -1: none
+    Matrix world;    // absolute, in the model
+    Matrix used;     // absolute, from the glTF nodes down to this one
+    Matrix residual; // applied to its vertices; the part of world that glTF nodes can't express
     bool isResidual; // residual isn't the identity
-    bool moves;      // in the animation
-    int prototype;   // that it shares the mesh of, by order of its first instance; -1: its mesh is its own
+    bool moves;      // its placement changes in the animation
+    int prototype;   // index of the prototype whose mesh it shares; -1: its mesh is its own
     size_t mesh;     // index into Glb.meshes
 };
 
 struct Glb {
-    FILE *binary;  // grows as views are added
-    uint64_t size; // of what is in it; bytes
-    bool failed;   // a write
+    FILE *binary;  // the data of all views
+    uint64_t size; // bytes in binary
+    bool failed;   // a write failed
     std::string scenePath;
     std::vector<GlbNode> nodes;
     std::vector<GlbMesh> meshes;
     Json accessors = Json::array(), views = Json::array(), materials = Json::array();
     Json textures = Json::array(), images = Json::array(), animations = Json::array();
-    std::map<std::string, int> materialIndices; // by what is in a surface
-    std::map<std::string, int> textureIndices;  // by name; -1: not beside the scene
-    uint64_t lostFaces;                         // with corners that are no finite numbers
-    double worstError;                          // of a place in the animation, in the model's units
+    std::map<std::string, int> materialIndices; // by the values of a surface
+    std::map<std::string, int> textureIndices;  // by name; -1: no picture beside the scene
+    uint64_t lostFaces;                         // left out, as a corner isn't finite
+    double worstError; // largest error of a position in the animation, in the model's units
 };
 
 // ---- glb.cpp
 
-// Adds bytes to the buffer. Returns the index of the view of them. stride: bytes from one vertex to the next,
-// 0 for none; target: 0 for none.
+// Adds bytes to the buffer. Returns the index of their view. stride: bytes per vertex, 0 for none; target: 0
+// for none.
 size_t AddGlbView(Glb *glb, const void *bytes, size_t size, size_t stride, int target);
 // Returns the index of the new accessor.
 size_t AddGlbAccessor(Glb *glb, size_t view, size_t offset, int componentType, size_t count,
@@ -61,7 +61,7 @@ size_t AddGlbAccessor(Glb *glb, size_t view, size_t offset, int componentType, s
 
 // ---- glb_mesh.cpp
 
-// Adds a mesh of the model, with its vertices moved by residual. surfaces are those of the model.
+// Adds geometry to mesh, with its vertices transformed by residual. surfaces: those of the model.
 void AddGlbGeometry(Glb *glb, GlbMesh *mesh, const McGeometryView &geometry, const McSurface *surfaces,
                     const Matrix &residual);
 
@@ -69,14 +69,14 @@ void AddGlbGeometry(Glb *glb, GlbMesh *mesh, const McGeometryView &geometry, con
 
 // Returns the index of the material.
 int AddGlbSurface(Glb *glb, const McSurface &surface);
-// What is said of textures that the file doesn't hold; empty when it holds all.
+// The report on textures that the file lacks; empty if it has all.
 std::string MissingGlbTextures(const Glb &glb);
 
 // ---- glb_motion.cpp
 
-// Finds the nodes that move, and what each node can say of its placement.
+// Finds the moving nodes, and sets each node's placement as far as glTF can express it.
 void PlaceGlbNodes(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked);
-// Samples the animation. The meshes are there by then.
+// Samples the animation. Call it after AddGlbGeometry, as it uses the bounds of the meshes.
 void AddGlbAnimation(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked);
 
 #endif

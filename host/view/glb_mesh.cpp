@@ -1,10 +1,10 @@
-// Meshes of a model as primitives: one for each surface.
+// Converts the meshes of a model to primitives, one for each surface.
 #include <algorithm>
 #include <cmath>
 
 #include "glb.h"
 
-using Point = std::array<float, 3>; // products of differences of floats stay in the range of a double
+using Point = std::array<float, 3>; // float, so that products of differences can't overflow a double
 
 static Vector Minus(const Point &a, const Point &b)
 {
@@ -22,7 +22,7 @@ static Vector Cross(const Vector &p, const Vector &q)
     return {p[1] * q[2] - p[2] * q[1], p[2] * q[0] - p[0] * q[2], p[0] * q[1] - p[1] * q[0]};
 }
 
-// Upwards for what has no direction: the format wants a length of 1 in any case.
+// Returns the up direction for a null vector, as the format requires a length of 1.
 static Point Normalised(const Vector &v)
 {
     const double length = std::sqrt(Dot(v, v));
@@ -36,10 +36,10 @@ static Point Normalised(const Vector &v)
 struct Shape {
     const McGeometryView &geometry;
     std::vector<Point> places;
-    std::vector<Vector> normals;    // of the vertices, not yet of length 1; empty until they are asked for
-    std::vector<uint32_t> newIndex; // of a vertex in the primitive that is made
-    std::vector<uint32_t> usedBy;   // the primitive that newIndex is about
-    uint32_t primitive;             // its number, from 1
+    std::vector<Vector> normals;    // of the vertices, not normalised; empty before FindNormals
+    std::vector<uint32_t> newIndex; // by vertex: its index in the current primitive
+    std::vector<uint32_t> usedBy;   // by vertex: the primitive that newIndex belongs to
+    uint32_t primitive;             // number of the current one, from 1
 };
 
 static const Point &CornerOf(const Shape &shape, const McFace &face, int corner)
@@ -60,8 +60,8 @@ static bool IsFinite(const Shape &shape, const McFace &face)
 
 constexpr double pi = 3.14159265358979;
 
-// The angle between two vectors whose lengths multiply to that, to 0.0001: a weight needs no more, and the
-// library's own function takes a tenth of the whole work.
+// The angle between two vectors; lengths: the product of their lengths. The error of 0.0001 doesn't matter
+// for a weight, and std::acos would take a tenth of the whole time.
 static double Angle(const Vector &a, const Vector &b, double lengths)
 {
     const double cosine = std::clamp(Dot(a, b) / lengths, -1.0, 1.0), x = std::abs(cosine);
@@ -70,7 +70,7 @@ static double Angle(const Vector &a, const Vector &b, double lengths)
     return cosine < 0.0 ? pi - angle : angle;
 }
 
-// The wider a face's angle at a vertex, the more it counts there, however the surface is cut into faces.
+// Weights each face by its angle at the vertex, so that the division of a surface into faces doesn't matter.
 static void FindNormals(Shape *shape)
 {
     if (!shape->normals.empty())
@@ -95,10 +95,9 @@ static void FindNormals(Shape *shape)
     }
 }
 
-// The vertices and indices of one primitive.
 struct Primitive {
     bool hasNormals, hasUVs;
-    size_t width; // floats of a vertex
+    size_t width; // floats per vertex
     std::vector<float> vertices;
     std::vector<uint32_t> indices;
     Point least, most;
@@ -125,7 +124,7 @@ static void AddVertex(Primitive *primitive, const Shape &shape, size_t vertex, c
     }
 }
 
-// A vertex that faces share.
+// Adds the vertex once for each primitive; further faces reuse its index.
 static void AddSharedVertex(Primitive *primitive, Shape *shape, size_t vertex)
 {
     if (shape->usedBy[vertex] == shape->primitive) {
@@ -176,7 +175,7 @@ static void AddFaces(Primitive *primitive, Shape *shape, const std::vector<uint3
 
 static size_t AddIndices(Glb *glb, const std::vector<uint32_t> &indices, size_t vertexCount)
 {
-    constexpr size_t shortMost = 65535; // the last number has a meaning of its own
+    constexpr size_t shortMost = 65535; // the format reserves index 65535
     if (vertexCount > shortMost) {
         const size_t view = AddGlbView(glb, indices.data(), indices.size() * 4, 0, glbIndices);
         return AddGlbAccessor(glb, view, 0, glbInt, indices.size(), "SCALAR");
@@ -203,7 +202,7 @@ static Json AddPrimitive(Glb *glb, const Primitive &primitive)
     return {{"attributes", attributes}, {"indices", AddIndices(glb, primitive.indices, count)}};
 }
 
-// The faces of each surface, without those that a reader of the format can't take.
+// Groups the faces by surface, without those that the format doesn't allow.
 static std::map<int, std::vector<uint32_t>> SortFaces(Glb *glb, const Shape &shape)
 {
     std::map<int, std::vector<uint32_t>> sorted;

@@ -1,5 +1,4 @@
-// Placements as the format has them: a translation, a rotation and factors along three axes, and nothing
-// else.
+// Placements in the format's form (TRS): translation, rotation and scale along three axes, but no shear.
 #include <algorithm>
 #include <cmath>
 
@@ -41,7 +40,7 @@ static double Furthest(const Matrix &a, const Matrix &b)
     return most;
 }
 
-// Whether the axes are still at right angles, and none is lost.
+// Whether the axes are perpendicular and none has length 0.
 static bool IsTrs(const Matrix &m)
 {
     constexpr double tolerance = 1e-6;
@@ -54,7 +53,7 @@ static bool IsTrs(const Matrix &m)
     return IsFinite(m);
 }
 
-// The axes of the rotation that is nearest to those of a placement, which may be bent, and lost in part.
+// Finds the rotation nearest to a placement, which may have shear and axes of length 0.
 static void FindRotation(const Matrix &m, Vector axes[3])
 {
     Matrix rotation = identityMatrix;
@@ -72,11 +71,11 @@ static void FindRotation(const Matrix &m, Vector axes[3])
             for (size_t i = 0; i < 3; ++i)
                 rotation[row * 4 + i] = cross[i] / length;
     }
-    // A mirror is a factor below 0 along the first axis.
+    // A reflection becomes a negative scale along the first axis.
     if (Dot(RowOf(rotation, 0), Cross(RowOf(rotation, 1), RowOf(rotation, 2))) < 0.0)
         for (size_t i = 0; i < 3; ++i)
             rotation[i] = -rotation[i];
-    // The mean of a matrix and the transpose of its inverse, again and again, comes to the nearest rotation.
+    // Repeatedly averaging a matrix with its inverse transpose converges to the nearest rotation.
     for (int step = 0; step < 32; ++step) {
         Matrix inverse;
         if (!Invert(rotation, &inverse)) {
@@ -127,7 +126,7 @@ static Trs NearestTrs(const Matrix &m)
     return trs;
 }
 
-// What a viewer makes of it.
+// The matrix that a viewer computes from these rounded values.
 static Matrix MatrixOf(const Trs &trs)
 {
     double q[4], length = 0.0;
@@ -148,7 +147,7 @@ static Matrix MatrixOf(const Trs &trs)
     return m;
 }
 
-// The placement of a node in its parent, as far as nodes can say it, and where it then is.
+// The placement of a node relative to its parent's used placement.
 static Matrix LocalOf(const Matrix &world, const Matrix *parentUsed)
 {
     Matrix inverse = identityMatrix;
@@ -157,7 +156,7 @@ static Matrix LocalOf(const Matrix &world, const Matrix *parentUsed)
     return Multiply(world, inverse);
 }
 
-// Where the model has each node in a frame.
+// The absolute placement of each node in a frame.
 static std::vector<Matrix> WorldsIn(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame)
 {
     std::vector<Matrix> worlds;
@@ -225,7 +224,7 @@ void PlaceGlbNodes(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked)
     }
 }
 
-// How far the corners of a mesh's bounds are from where they belong.
+// The largest distance of a corner of the bounds from its correct position.
 static double ErrorOf(const Bounds &bounds, const Matrix &wanted, const Matrix &used)
 {
     double most = 0.0;
@@ -240,8 +239,7 @@ static double ErrorOf(const Bounds &bounds, const Matrix &wanted, const Matrix &
     return most;
 }
 
-// Of one frame: what each node says, and how far off that is. A node whose rest has a residual leaves that in
-// its mesh.
+// Samples one frame and updates worstError. A residual placement is in the mesh's vertices already.
 static void SampleFrame(Glb *glb, const std::vector<Matrix> &worlds, std::vector<std::vector<Trs>> *samples)
 {
     std::vector<Matrix> used;
@@ -256,7 +254,7 @@ static void SampleFrame(Glb *glb, const std::vector<Matrix> &worlds, std::vector
             const Matrix exact = LocalOf(wanted, above);
             Trs trs = NearestTrs(IsFinite(exact) ? exact : identityMatrix);
             std::vector<Trs> &all = (*samples)[i];
-            float turn = 0.0f; // of two quaternions for one rotation, the one on the side of the last
+            float turn = 0.0f; // below 0: -q, the same rotation, is nearer to the last sample
             for (int part = 0; part < 4 && !all.empty(); ++part)
                 turn += trs.rotation[part] * all.back().rotation[part];
             for (float &part : trs.rotation)
@@ -302,7 +300,7 @@ void AddGlbAnimation(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked
     for (uint32_t frame = 0; frame < scene->frameCount; ++frame) {
         const std::vector<Matrix> worlds = WorldsIn(scene, asked, frame);
         if (worlds.size() != glb->nodes.size())
-            return; // memory ran out, which is told elsewhere
+            return; // out of memory, which WriteGlb reports
         SampleFrame(glb, worlds, &samples);
         times.push_back(static_cast<float>(frame / framesPerSecond));
     }

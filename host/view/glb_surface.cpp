@@ -1,4 +1,4 @@
-// Surfaces of a model as materials, and the pictures that they name.
+// Converts the surfaces of a model to materials, with the pictures that they name.
 #include <algorithm>
 #include <cmath>
 #include <fstream>
@@ -9,10 +9,10 @@
 
 namespace fs = std::filesystem;
 
-// Neither has a place in a surface: the look of paint that isn't polished.
+// Surfaces don't have these values, which give the look of matt paint.
 constexpr double metallic = 0.0, roughness = 0.8;
 
-// Colours of a scene are meant for a screen, those of the format are amounts of light.
+// Colours of a scene are sRGB, those of the format are linear.
 static double Linear(float level)
 {
     const double value = std::clamp(static_cast<double>(level), 0.0, 1.0);
@@ -24,8 +24,7 @@ static bool StartsWith(const std::string &bytes, std::string_view start)
     return bytes.starts_with(start);
 }
 
-// The type of a picture that the format takes; null for others. The beginning of the file tells, not its
-// name.
+// The type of a picture in a supported format, from its first bytes; null for others.
 static const char *PictureType(const std::string &bytes)
 {
     if (StartsWith(bytes, std::string_view("\x89PNG\r\n\x1a\n", 8)) && bytes.size() > 32)
@@ -35,8 +34,8 @@ static const char *PictureType(const std::string &bytes)
     return nullptr;
 }
 
-// The bytes of a picture beside the scene; empty when it isn't one. A link may lead out of a folder that a
-// stranger packed, and is not followed.
+// The bytes of a picture beside the scene; empty if it isn't one. Links aren't followed: in a folder from
+// someone else they may point to other folders.
 static std::string ReadPicture(const fs::path &path)
 {
     constexpr uintmax_t most = 256u << 20;
@@ -48,7 +47,7 @@ static std::string ReadPicture(const fs::path &path)
     return PictureType(bytes) ? bytes : "";
 }
 
-// A picture that has the texture's name, or that name with the extension of a picture.
+// Finds a picture by the texture's name, or by that name with the extension of a picture.
 static std::string FindPicture(const std::string &scenePath, const std::string &texture)
 {
     const std::string stem = PathOf(texture).stem().string();
@@ -62,7 +61,7 @@ static std::string FindPicture(const std::string &scenePath, const std::string &
     return "";
 }
 
-// The index of the texture; -1 when its picture isn't to be had.
+// The index of the texture; -1 if its picture isn't available.
 static int AddTexture(Glb *glb, const std::string &name)
 {
     const auto [known, isNew] = glb->textureIndices.try_emplace(name, -1);
@@ -107,7 +106,7 @@ int AddGlbSurface(Glb *glb, const McSurface &surface)
         return known->second;
     const int texture = surface.texture ? AddTexture(glb, surface.texture) : -1;
     const double opacity = std::clamp(static_cast<double>(surface.opacity), 0.0, 1.0);
-    // A picture takes the place of the colour; the format would multiply them.
+    // A picture replaces the colour, so the colour is white: the format multiplies them.
     Json colour = {1.0, 1.0, 1.0, opacity};
     for (size_t i = 0; i < 3 && texture < 0; ++i)
         colour[i] = Linear(surface.color[i]);

@@ -15,13 +15,13 @@ const char *ShadingName(int32_t shading)
     return shading >= 1 && shading <= 5 ? names[shading - 1] : "unknown shading";
 }
 
-// A node number belongs to one object at most, so that no object comes twice, and one whose parents run in a
-// circle never comes.
+// Node numbers are unique, so no object is listed twice. Objects whose parents form a cycle are never
+// reached.
 std::vector<TreeRow> FindTree(const Mc3dsFile *scene, std::vector<uint32_t> *unreached)
 {
     const uint32_t none = scene->objectCount;
     const uint32_t nodes =
-        std::min(scene->nodeCounter, 0x8000u); // outputs compare parent numbers as signed ones
+        std::min(scene->nodeCounter, 0x8000u); // outputs compare parent numbers as signed 16-bit numbers
     std::vector<uint32_t> firstChild(nodes, none), nextSibling(scene->objectCount, none);
     uint32_t firstRoot = none;
     for (uint32_t i = scene->objectCount; i-- > 0;) {
@@ -45,7 +45,7 @@ std::vector<TreeRow> FindTree(const Mc3dsFile *scene, std::vector<uint32_t> *unr
         tree.push_back(row);
         reached[row.object] = true;
         wait(nextSibling[row.object], row.depth);
-        const auto node = static_cast<uint32_t>(scene->objects[row.object].nodeId); // -1 is above all
+        const auto node = static_cast<uint32_t>(scene->objects[row.object].nodeId); // -1 becomes the largest
         if (node < nodes)
             wait(firstChild[node], row.depth + 1);
     }

@@ -1,4 +1,4 @@
-// The overview of a scene for programs.
+// --info for programs.
 #include <cstdio>
 
 #include "info.h"
@@ -33,11 +33,11 @@ static Json ObjectJson(const Mc3dsFile *scene, const SceneSummary &summary, uint
             {"animated", scene->hasAnimation && object.hasFrames}};
 }
 
-// In the order of the scene's records, so that an index here is the tag of the object's clump less 2.
+// In the order of the scene's records: the tag of an object's clump is its index here + 2.
 static Json ObjectsJson(const Mc3dsFile *scene, const SceneSummary &summary)
 {
     std::vector<Json> parents(scene->objectCount), depths(scene->objectCount), objects;
-    std::vector<uint32_t> ancestors; // the row of the tree for each depth
+    std::vector<uint32_t> ancestors; // by depth: the index of the object
     for (const TreeRow &row : summary.tree) {
         ancestors.resize(row.depth);
         if (row.depth > 0)
@@ -68,7 +68,7 @@ static Json MaterialJson(const Mc3dsMaterial &material, uint64_t faces)
 static void AddScene(const Mc3dsFile *scene, const SceneSummary &summary, Json *json)
 {
     Json materials = Json::array(), textures = Json::array(), bounds;
-    // Entry 0 is the library's own default, of faces without a known material.
+    // Entry 0 is the library's default material, for faces without a known one.
     for (int32_t i = 0; i < scene->materialCount; ++i)
         materials.push_back(MaterialJson(scene->materials[i], summary.facesOf[static_cast<size_t>(i)]));
     for (const TextureFile &file : summary.textures)

@@ -1,16 +1,16 @@
-// The overview of a scene for people.
+// --info for people.
 #include <cstdio>
 #include <cstdlib>
 
 #include "info.h"
 
-// Objects that lie deeper are indented no further, and say how deep they are: a scene can be 32,769 deep.
+// Deeper objects aren't indented further, but show their depth: a scene can have 32,769 levels.
 constexpr uint32_t indentMost = 12;
-constexpr size_t listedMost = 4; // materials named with an object
+constexpr size_t listedMost = 4; // materials shown with an object
 
 enum class Colours { None, Table, All };
 
-// What stdout can show.
+// What the terminal supports.
 struct Look {
     bool boxes;
     Colours colours;
@@ -100,7 +100,7 @@ static void AddTree(const Look &look, const Mc3dsFile *scene, const SceneSummary
 {
     const char *const through = look.boxes ? "│  " : "|  ", *const fork = look.boxes ? "├─ " : "|- ",
                       *const corner = look.boxes ? "└─ " : "`- ";
-    bool ended[indentMost + 1] = {}; // for each depth: whether the last child was seen there
+    bool ended[indentMost + 1] = {}; // by depth: whether the last child was shown
     *text += "\nObjects\n";
     for (const TreeRow &row : summary.tree) {
         *text += "  ";
@@ -151,7 +151,7 @@ static void AddMaterials(const Look &look, const Mc3dsFile *scene, const SceneSu
         const Mc3dsMaterial &material = scene->materials[i];
         const uint64_t faces = summary.facesOf[static_cast<size_t>(i)];
         if (i == 0 && faces == 0)
-            continue; // the library's own default
+            continue; // the library's default material
         *text += "  " + Colour(look, material.diffuse) + ' ' + Visible(material.name) + "  " +
                  ShadingName(material.shading) + ", " + Counted(faces, "face");
         if (material.shininess != 0.0f)
@@ -208,7 +208,7 @@ void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath, const Scene
     AddCounts("", notes.unsupported, &left);
     AddCounts("unknown chunk ", notes.chunks, &left);
     for (const std::string &loss : FindAllLosses(scene))
-        if (loss != LostKeysText(scene)) // stands at the top
+        if (loss != LostKeysText(scene)) // already shown at the top
             left += "  " + Visible(loss) + '\n';
     if (!left.empty())
         text += "\nLeft behind\n" + left;

@@ -21,7 +21,7 @@ static void AddText(std::string_view text, std::string *json)
         constexpr char digits[] = "0123456789abcdef";
         if (isUtf8)
             StartsWithUtf8(text, &length);
-        const auto last = static_cast<unsigned char>(text[length - 1]); // of a control, its number as well
+        const auto last = static_cast<unsigned char>(text[length - 1]); // for a control, also its code
         if (IsControl(text.substr(0, length)) || (!isUtf8 && last > 0x7F))
             *json += {'\\', 'u', '0', '0', digits[last >> 4], digits[last & 15]};
         else if (last == '"' || last == '\\')
@@ -35,7 +35,7 @@ static void AddText(std::string_view text, std::string *json)
 static void AddNumber(double number, std::string *json)
 {
     char digits[40], *end = digits;
-    if (!std::isfinite(number)) { // JSON has no word for it
+    if (!std::isfinite(number)) { // JSON has neither NaN nor infinity
         *json += "null";
         return;
     }

@@ -1,4 +1,4 @@
-// JSON text, one way for all that the program writes.
+// JSON text in the form of all JSON output of the program.
 #ifndef MC3DS_HOST_JSON_H
 #define MC3DS_HOST_JSON_H
 
@@ -8,10 +8,10 @@
 
 using Json = nlohmann::ordered_json;
 
-// On one line without blanks where indent is 0, else each item on a line of its own, indented by so many
-// blanks for each level. A text that isn't UTF-8 becomes one character for each byte, U+0000 to U+00FF.
-// Controls are spelt out, U+007F to U+009F among them. Numbers take the fewest digits that bring the same
-// float or double back; null stands for those that aren't finite.
+// indent 0: one line without blanks; else a line for each item, indented by that many blanks per level. In
+// text that isn't UTF-8 each byte becomes a character, U+0000 to U+00FF. Control characters are escaped,
+// including U+007F to U+009F. Numbers have the fewest digits that give the same float or double; those that
+// aren't finite become null.
 std::string JsonText(const Json &json, size_t indent);
 
 #endif

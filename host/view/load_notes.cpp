@@ -1,4 +1,4 @@
-// What the library says while it reads a scene, kept for --info.
+// Collects the library's reports on a scene while it loads, for --info.
 #include <cerrno>
 
 #include "view.h"
@@ -6,7 +6,8 @@
 static SceneNotes *sceneNotes;
 static Mc3dsCallback errorsBefore, messagesBefore;
 
-// The text between the ends; false when it doesn't begin like that. A text that the library cut has no end.
+// middle gets the text between begin and end. False if the text doesn't start with begin. A text truncated by
+// the library lacks end.
 static bool Between(std::string_view text, std::string_view begin, std::string_view end, std::string *middle)
 {
     if (!text.starts_with(begin))
@@ -37,8 +38,8 @@ static void NoteMessage(std::string_view text)
                 ++sceneNotes->unsupported[name];
 }
 
-// The callbacks from before go first: what they have to tell about lack of memory mustn't get lost when there
-// is none to note it in. Both leave errno to whoever called the library.
+// The previous callbacks are called first: they must notice a lack of memory even if the note can't be
+// stored. Both keep errno for the library's caller.
 static void OnNotedMessage(int32_t level, const char *text)
 {
     const int before = errno;

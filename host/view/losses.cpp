@@ -1,4 +1,4 @@
-// What of a scene an output can't have, told to those who convert it and to those who ask what it holds.
+// Finds the parts of a scene that an output lacks, for conversions and for --info.
 #include <algorithm>
 #include <string_view>
 #include <unordered_map>
@@ -25,7 +25,7 @@ static void AddLostObjects(const Mc3dsFile *scene, std::vector<std::string> *los
             "; --flat writes them; the first: " + InQuotes(scene->objects[lost.front()].safeName));
 }
 
-// A mesh has one place: that of the last node that named it.
+// A mesh has one placement: that of the last node that names it.
 static void AddLostPlacements(const Mc3dsFile *scene, std::vector<std::string> *losses)
 {
     uint64_t meshes = 0, placements = 0;
@@ -44,7 +44,7 @@ static void AddLostPlacements(const Mc3dsFile *scene, std::vector<std::string> *
                           (placements == 1 ? " is" : " are") + " lost; the first: " + first);
 }
 
-// For each lost material, the faces that name it and got no other.
+// For each lost material: how many faces name it and have no other one.
 static std::vector<uint64_t> CountFacesOfLost(const Mc3dsFile *scene)
 {
     std::vector<uint64_t> faces(scene->lostMaterialCount);
@@ -59,7 +59,7 @@ static std::vector<uint64_t> CountFacesOfLost(const Mc3dsFile *scene)
     return faces;
 }
 
-// The names that faces have for materials that aren't there, some of them.
+// Some names of missing materials that faces use.
 static std::string MissingNames(const Mc3dsFile *scene, const std::vector<uint64_t> &facesOf)
 {
     constexpr size_t namedMost = 3;
@@ -150,7 +150,7 @@ std::vector<std::string> FindAllLosses(const Mc3dsFile *scene)
     return losses;
 }
 
-// Faces that name vertices which aren't there are not written.
+// Faces with a vertex number out of range aren't written.
 static void AddCounts(const Mc3dsObject &object, GeometryCounts *counts)
 {
     const auto limit = static_cast<uint32_t>(object.vertexCount);

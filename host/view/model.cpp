@@ -68,7 +68,7 @@ bool Invert(const Matrix &m, Matrix *inverse)
     return true;
 }
 
-// A direct build knows frame 0 alone, so it gets a scene whose frames begin later.
+// A direct build uses frame 0 only, so other frames get a copy of the scene with shifted frame pointers.
 Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame, uint32_t first,
                  uint32_t end, float *scale)
 {

@@ -1,4 +1,4 @@
-// The model of a direct build, as pictures and files are made of it.
+// The model of a direct build, for pictures and .glb files.
 #ifndef MC3DS_HOST_MODEL_H
 #define MC3DS_HOST_MODEL_H
 
@@ -11,7 +11,7 @@
 #include "mclmodel.h"
 
 using Vector = std::array<double, 3>;
-// A placement: rows of 4, the shift in the last; p' = p * M.
+// A placement, row by row, with the translation in the last row; p' = p * M.
 using Matrix = std::array<double, 16>;
 
 constexpr Matrix identityMatrix = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -21,7 +21,7 @@ struct Bounds {
 };
 
 Bounds NoBounds();
-// Takes in a place; co-ordinates that are no numbers change nothing.
+// Extends the bounds to include place. Co-ordinates that are NaN are ignored.
 void Grow(Bounds *bounds, const Vector &place);
 Vector Place(const Vector &point, const Matrix &placement);
 inline Vector Place(const McPoint &point, const Matrix &placement)
@@ -29,30 +29,30 @@ inline Vector Place(const McPoint &point, const Matrix &placement)
     return Place(Vector{point.x, point.y, point.z}, placement);
 }
 Matrix Multiply(const Matrix &a, const Matrix &b);
-// Of a placement, whose last column is 0 0 0 1. False, with inverse the identity, where there is none.
+// The last column of placement must be 0 0 0 1. Without an inverse returns false and sets it to the identity.
 bool Invert(const Matrix &placement, Matrix *inverse);
 
 using Model = std::unique_ptr<McClump, void (*)(McClump *)>;
 
-// The model that asked leads to, as it stands in a frame, or as asked says for frame -1. Objects outside
-// first to end have no geometry in it. scale gets the factor from the file's units. McClearErrors comes
+// Builds the model that asked describes, in a frame, or as asked places it for frame -1. Only the objects
+// from first to end - 1 have geometry. scale gets the factor from the file's units. Calls McClearErrors
 // first.
 Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame, uint32_t first = 0,
                  uint32_t end = UINT32_MAX, float *scale = nullptr);
-// Warns of the errors that the Meshcaster library has counted, and has it count anew.
+// Reports the errors counted by the Meshcaster library as a warning, and resets the count.
 void ReportModelErrors();
 
-// A mesh at its place: that of a clump, or that of a prototype where an instance in the clump puts it.
+// A placed mesh: a clump's own, or that of a prototype, placed by an instance in the clump.
 struct PlacedMesh {
     const McClumpView *clump;
     int depth;                      // of the clump; 0 at the top
     const McInstanceView *instance; // null: the clump's own mesh
-    McGeometryView geometry;        // empty where the instance names no prototype
+    McGeometryView geometry;        // empty if the instance has no prototype
     Matrix world;
 };
 
-// Every clump's mesh, an empty one too, followed by those of its instances, and each clump ahead of those in
-// it. What the meshes point to holds during the visit.
+// Visits the mesh of each clump, even an empty one, then those of its instances, then the clumps in it. clump
+// and instance in a mesh are only valid during its visit.
 void VisitMeshes(const McClump *clump, const std::function<void(const PlacedMesh &)> &visit);
 
 #endif

@@ -1,4 +1,4 @@
-// Names that do well in a 3D Studio file and badly in an output.
+// Reports names that are valid in a 3D Studio file but cause faults in an output.
 #include <cstring>
 #include <memory>
 #include <new>
@@ -8,14 +8,14 @@
 #include "output/output.h"
 #include "view.h"
 
-// A name of the scene and where outputs have it.
+// A name of the scene and where outputs use it.
 struct PlacedName {
-    const char *what, *name; // as the scene has it
-    std::string_view text;   // as outputs have it
+    const char *what, *name; // as in the scene
+    std::string_view text;   // as in outputs
     bool inComment, inStatement, inTag;
 };
 
-// What is wrong with some names: how many there are, and the first.
+// A fault of names: how many have it, and the first of them.
 struct Fault {
     size_t count;
     std::string first;
@@ -41,15 +41,15 @@ static bool HasAny(std::string_view name, std::string_view bytes)
     return false;
 }
 
-// What follows a name that breaks out is read as if its maker had written it into the text. Compilers join a
-// line to the next also where blanks stand behind the backslash, and take ??/ for one.
+// A name that breaks out can insert code of its author into the output. Compilers join lines also if blanks
+// follow the backslash, and treat ??/ as a backslash.
 static bool BreaksOut(const PlacedName &name, bool source)
 {
     const std::string_view text = name.text;
     const auto has = [&text](std::string_view part) { return text.find(part) != std::string_view::npos; };
     if (has("\r") || has("\n"))
         return true;
-    if (name.inTag && (has("/*") || has("("))) // swallows other lines, calls a function
+    if (name.inTag && (has("/*") || has("("))) // hides other lines, calls a function
         return true;
     if (source && name.inStatement && (has("\"") || has("\\") || has("?\?/")))
         return true;
@@ -72,7 +72,7 @@ static bool IsIdentifierEnd(std::string_view name)
     return !name.empty();
 }
 
-// The names of the maps that a surface is written with: a reflection map stands in for a texture map.
+// Visits the map names that are written for a surface. A reflection map replaces a missing texture map.
 template <class Visit>
 static void VisitMapNames(const Mc3dsOptions &options, const Mc3dsMaterial &material, const Visit &visit)
 {
@@ -88,8 +88,8 @@ static void VisitMapNames(const Mc3dsOptions &options, const Mc3dsMaterial &mate
     }
 }
 
-// All names that outputs have of the scene. That of the C function and those of files are no concern: the
-// first is made to fit, and a file whose name has a line break is neither read nor written.
+// Visits all names of the scene that outputs contain. The C function's name is always made valid, and files
+// with a line break in their names are refused, so neither needs a check.
 template <class Visit>
 static void VisitNames(const Mc3dsOptions &options, const Mc3dsFile *scene, const Visit &visit)
 {
@@ -106,7 +106,7 @@ static void VisitNames(const Mc3dsOptions &options, const Mc3dsFile *scene, cons
             VisitMapNames(options, scene->materials[i], visit);
 }
 
-// Names in the header file, which has ROOT anyway.
+// Reports faults of the names in the header file, which always defines ROOT.
 static void ReportTags(const Mc3dsFile *scene)
 {
     std::unordered_set<std::string_view> names = {"ROOT"};

@@ -1,4 +1,4 @@
-// A picture of the model that a direct build makes.
+// Draws a picture of the model of a direct build.
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -12,25 +12,25 @@
 
 constexpr uint32_t stripFrames = 5;
 constexpr int stripGap = 4;         // pixels between two frames
-constexpr double samplesMost = 4e7; // of a picture: some tenths of a second, twenty times an ordinary scene's
+constexpr double samplesMost = 4e7; // for a picture; some tenths of a second, 20 times an ordinary scene's
 constexpr uint8_t gapLevel = 255;
-// Light enough for thin dark parts to show, dark enough for white ones.
+// Contrasts with thin dark parts and with white ones.
 constexpr uint8_t background[3] = {160, 170, 182};
 
-// All is drawn in the space of the eye: x to the right, y up, z towards it. The model is seen from far above
-// its right front corner. Unit vectors of that space: up in the model, and towards the lamp.
+// Drawing uses eye space: x right, y up, z towards the viewer, who is far above the model's right front
+// corner. upwards (the model's up) and toLamp are unit vectors in eye space.
 static const Matrix modelToEye = {0.8192,  -0.2424, 0.5198, 0, 0, 0.9063, 0.4226, 0,
                                   -0.5736, -0.3462, 0.7424, 0, 0, 0,      0,      1};
-constexpr float fullLight = 0.97f; // below 1, so that white parts keep their shades
+constexpr float fullLight = 0.97f; // below 1, so that white parts show shading
 constexpr Vector upwards = {0.0, 0.9063, 0.4226}, toLamp = {-0.4851, 0.7276, 0.4851};
 
-// A mesh in the space of the eye.
+// A mesh placed in eye space.
 struct SeenMesh {
     McGeometryView geometry;
     Matrix placement;
 };
 
-// Faces that let something through wait for the end, to be drawn from back to front.
+// Transparent faces are drawn last, from back to front.
 struct WaitingFace {
     RasterCorner corners[3];
     int surface;
@@ -39,7 +39,7 @@ struct WaitingFace {
 struct Canvas {
     Raster raster;
     Bounds bounds;
-    double zoom; // samples for a unit of the model
+    double zoom; // samples per unit of the model
     const McSurface *surfaces;
     std::vector<WaitingFace> waiting;
 };
@@ -83,8 +83,7 @@ static RasterCorner Project(const Canvas &canvas, const Vector &place)
             fullLight};
 }
 
-// At most fullLight. The coefficients of surfaces play no part: they come from the colours that are there
-// anyway, and would darken them once more.
+// At most fullLight. Ignores the surface's coefficients: they come from its colour and would darken it again.
 static float Light(Vector normal, bool turned)
 {
     const double length = std::sqrt(Dot(normal, normal)) * (turned ? -1.0 : 1.0);
@@ -98,7 +97,7 @@ static float Light(Vector normal, bool turned)
 
 static void DrawFace(Canvas *canvas, const RasterCorner corners[3], const McSurface &surface)
 {
-    constexpr float least = 0.08f; // so that the shape of black things shows
+    constexpr float least = 0.08f; // so that black parts show shading
     RasterColour colour = {{}, surface.opacity};
     for (int i = 0; i < 3; ++i)
         colour.rgb[i] = least + surface.color[i] * (1.0f - least);
@@ -131,7 +130,7 @@ static void DrawMesh(Canvas *canvas, const SeenMesh &mesh)
         for (int at = 0; at < 3; ++at) {
             const auto vertex = static_cast<size_t>(face.vertices[at] - 1);
             drawn.corners[at] = Project(*canvas, places[vertex]);
-            // Both sides of a face show, whichever way its corners run.
+            // Both sides of a face are lit, whatever the order of its corners.
             if (surface.geometrySampling != mcWIREFRAME)
                 drawn.corners[at].light = Light(
                     surface.lightSampling == mcFACET ? normals[i] : smooth[vertex], normals[i][2] < 0.0);
@@ -152,7 +151,7 @@ static void DrawModel(Canvas *canvas, const McClump *clump)
         DrawMesh(canvas, mesh);
     const auto depth = [](const WaitingFace &face) {
         const float sum = face.corners[0].depth + face.corners[1].depth + face.corners[2].depth;
-        return std::isfinite(sum) ? sum : 0.0f; // such a face isn't drawn, but mustn't upset the order
+        return std::isfinite(sum) ? sum : 0.0f; // such a face isn't drawn, but NaN would break the sort
     };
     std::stable_sort(canvas->waiting.begin(), canvas->waiting.end(),
                      [&](const WaitingFace &a, const WaitingFace &b) { return depth(a) < depth(b); });
@@ -160,7 +159,7 @@ static void DrawModel(Canvas *canvas, const McClump *clump)
         DrawFace(canvas, face.corners, canvas->surfaces[face.surface]);
 }
 
-// Nothing, with its report, when the animation hasn't got the frame that was asked for.
+// Empty after a report if the animation lacks the requested frame.
 static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOptions &preview)
 {
     if (preview.strip && scene->hasAnimation) {
@@ -187,7 +186,7 @@ struct Picture {
     std::vector<uint8_t> rgb; // three bytes for each pixel, row by row
 };
 
-// A picture of that many frames, all gap.
+// A picture for that many frames, filled with the gap's colour.
 static Picture MakePicture(const PreviewOptions &preview, int frames)
 {
     const int width = preview.width ? preview.width : frames > 1 ? 320 : 800;
@@ -197,7 +196,7 @@ static Picture MakePicture(const PreviewOptions &preview, int frames)
     return picture;
 }
 
-// The picture as the bytes of a PNG file; empty, with its report, when there is no memory for them.
+// The bytes of a PNG file; empty after a report if memory runs out.
 static std::string PngBytes(const Picture &picture)
 {
     png_image image = {};
@@ -215,7 +214,7 @@ static std::string PngBytes(const Picture &picture)
     return bytes;
 }
 
-// The bounds of the model in all those frames; model is left with the last of them.
+// The bounds of the model over all frames. Leaves the last frame's model in model.
 static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
                          const std::vector<int64_t> &frames, Model *model)
 {
@@ -223,7 +222,7 @@ static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     for (const int64_t frame : frames) {
         model->reset();
         *model = BuildModel(scene, asked, frame);
-        MuteLibrary(true); // what it has to say is the same for each build
+        MuteLibrary(true); // later builds would repeat the same reports
         for (const SeenMesh &mesh : FindMeshes(model->get()))
             GrowByFaces(&bounds, mesh);
     }
@@ -231,7 +230,7 @@ static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     return bounds;
 }
 
-// Why next to nothing of the model shows.
+// Returns why hardly anything of the model is visible.
 static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const Mc3dsOptions &asked)
 {
     McModelView model = {};
@@ -262,7 +261,7 @@ static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const 
     return "its faces are too small or thin for the size of the whole, as with one part far away";
 }
 
-// How many samples the faces of a mesh are going to take, about, at the canvas's full resolution.
+// Estimates how many samples the faces of a mesh take at the canvas's full resolution.
 static double EstimateSamples(const Canvas &canvas, const SeenMesh &mesh)
 {
     const double width = canvas.raster.width, height = canvas.raster.height;
@@ -285,7 +284,7 @@ static double EstimateSamples(const Canvas &canvas, const SeenMesh &mesh)
     return samples;
 }
 
-// A canvas of that many pixels, or of fewer where faces that lie over each other would take too long.
+// A canvas of that many pixels, or of fewer if overlapping faces would take too long.
 static Canvas MakeCanvas(int width, int height, const Bounds &bounds, const McClump *clump, double most)
 {
     const auto make = [&bounds](int across, int down) {
@@ -306,8 +305,8 @@ static Canvas MakeCanvas(int width, int height, const Bounds &bounds, const McCl
                 std::max(1, static_cast<int>(height * shrink)));
 }
 
-// Frame by frame from left to right. Returns how many samples were painted; model is left with the last
-// frame.
+// Draws the frames from left to right. Returns the number of painted samples. Leaves the last frame's model
+// in model.
 static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
                            const std::vector<int64_t> &frames, const Bounds &bounds, Model *model,
                            Picture *picture)
@@ -337,7 +336,7 @@ static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
 
 std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview)
 {
-    constexpr uint64_t leastPainted = 16; // samples; four pixels are easily overlooked
+    constexpr uint64_t leastPainted = 16; // samples; four pixels are hard to see
     const std::vector<int64_t> frames = PickFrames(scene, preview);
     if (frames.empty())
         return "";

@@ -35,14 +35,14 @@ static bool IsFinite(const RasterCorner &corner)
            std::isfinite(corner.light);
 }
 
-// The first of size samples whose middle is at or behind a place.
+// The first of size samples whose centre is at or after place.
 static int FirstSample(double place, int size)
 {
     return static_cast<int>(std::ceil(std::clamp(place, 0.0, static_cast<double>(size)) - 0.5));
 }
 
-// Where the edge from a down to b crosses a row. Both triangles at an edge go along it in the same direction,
-// so that they share no sample and leave none between them.
+// The x where the edge from a down to b crosses y. Two triangles with a common edge compute the same x, so
+// they share no sample and leave no gap.
 static double Cross(const RasterCorner &a, const RasterCorner &b, double y)
 {
     const double ax = a.x, ay = a.y;
@@ -63,7 +63,7 @@ static Slope MakeSlope(const RasterCorner *const c[3], double area, float Raster
             std::min({a, b, d}), std::max({a, b, d})};
 }
 
-// Narrow triangles have steep slopes, on which rounding goes far astray.
+// Clamped, as rounding errors are large on the steep slopes of narrow triangles.
 static double At(const Slope &slope, double x, double y)
 {
     return std::clamp(slope.start + x * slope.alongX + y * slope.alongY, slope.least, slope.most);

@@ -1,4 +1,4 @@
-// A small rasteriser: triangles and lines with depth into a picture, four samples to a pixel.
+// A small rasteriser for triangles and lines, with a depth buffer and four samples per pixel.
 #ifndef MC3DS_HOST_RASTER_H
 #define MC3DS_HOST_RASTER_H
 
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-// Samples lie row by row from the top left, two in a row and two in a column for each pixel.
+// Samples are stored row by row from the top left. A pixel has two samples in each direction.
 struct Raster {
     int width, height;        // in samples
     std::vector<float> depth; // the nearest so far; greater is nearer
@@ -14,27 +14,27 @@ struct Raster {
     uint64_t painted;         // how often a sample got a colour
 };
 
-// A corner on its way into the raster. x and y count samples, and may lie outside the raster; depth has to be
-// linear over the raster, and above 0, which is the background; light is a factor of the colour.
+// x and y are in samples and may be outside the raster. depth must be linear over the raster and above 0, the
+// background's depth. light is a factor of the colour.
 struct RasterCorner {
     float x, y, depth, light;
 };
 
 struct RasterColour {
     float rgb[3];  // 0 to 1
-    float opacity; // above 0; below 1 leaves the raster's depth as it is
+    float opacity; // above 0; below 1: the raster's depth doesn't change
 };
 
-// The raster of a picture of that many pixels, in the background's colour.
+// A raster for a picture of that many pixels, filled with background.
 Raster MakeRaster(int width, int height, const uint8_t background[3]);
 
-// Neither draws anything for corners that aren't finite.
+// Both draw nothing if a corner isn't finite.
 void DrawTriangle(Raster *raster, const RasterCorner corners[3], const RasterColour &colour);
-// A line one pixel wide, a little nearer than it says, so that it shows on the faces that it borders.
+// Draws a line one pixel wide, slightly nearer than its depth, so that it is visible on adjacent faces.
 void DrawLine(Raster *raster, const RasterCorner &from, const RasterCorner &to, const RasterColour &colour);
 
-// Brings the raster's pixels, three bytes each, into a picture whose rows are stride bytes long. One of more
-// pixels than the raster has gets some of them several times.
+// Averages the samples of each pixel into a picture of 3 bytes per pixel and stride bytes per row. A picture
+// larger than the raster repeats pixels.
 void ReduceRaster(const Raster *raster, uint8_t *picture, int width, int height, size_t stride);
 
 #endif

@@ -10,24 +10,24 @@ static int reportVerbosity;
 static bool showsOneLineEach;
 static bool reportsAreKept;
 static bool libraryIsMuted;
-static bool linesAreLeftOut;                    // of the subject
-static thread_local SceneResult *reportSubject; // not that of the thread that cleans up after an interrupt
+static bool linesAreLeftOut;                                // of the subject
+static thread_local SceneResult *reportSubject;             // null in the clean-up thread after an interrupt
 static std::unordered_map<std::string, size_t> kindIndices; // into the subject's warnings
-static size_t kindsShown;                                   // of the subject's warnings, from the first
-static std::string heldErrors;                              // lines that wait for the warnings of the subject
+static size_t kindsShown;                                   // how many of the subject's warnings are shown
+static std::string heldErrors;                              // shown after the subject's warnings
 static std::string lastWarning;
-static size_t lastKind; // its index
+static size_t lastKind; // index of its kind
 static std::string lastLibraryError;
 static bool memoryRanOut;
 static std::string statusLine;
-static size_t statusWidth; // of what stands on the terminal
+static size_t statusWidth; // of the line on the terminal
 static void (*messageWatcher)(const char *text);
 
 void SetStatusLine(const std::string &line)
 {
     if (line == statusLine && statusWidth != 0)
         return;
-    // Blanks wipe a line on every terminal, which its own commands don't.
+    // Blanks clear a line on every terminal; escape sequences don't.
     std::string text = '\r' + line;
     if (line.size() < statusWidth)
         text += std::string(statusWidth - line.size(), ' ') + '\r';
@@ -36,7 +36,7 @@ void SetStatusLine(const std::string &line)
     statusWidth = line.size();
 }
 
-// Damage can bring a line for each vertex. What is kept of them is bounded, but for errors.
+// A damaged scene can cause a line for each vertex, so the kept lines are limited, except for errors.
 static void KeepLines(const std::string &lines, bool isError)
 {
     constexpr size_t most = size_t{4} << 20;
@@ -84,8 +84,8 @@ static std::string Subject()
     return reportSubject ? reportSubject->scene : "";
 }
 
-// Names stand between <> or quotes, but for those of objects in three texts of the library. A digit within a
-// word is part of it.
+// Replaces names and numbers by '*'. Names are in <> or quotes, except for objects in three texts of the
+// library. A digit inside a word isn't replaced.
 static std::string KindOf(std::string text)
 {
     static const char *const bareNames[][2] = {
@@ -96,7 +96,7 @@ static std::string KindOf(std::string text)
             text.replace(start, end - start, "*");
     }
     if (const size_t open = text.find('<'); open != std::string::npos) {
-        const size_t close = text.rfind('>'); // a text that the library cut has none
+        const size_t close = text.rfind('>'); // npos if the library truncated the text
         text.replace(open + 1, close == std::string::npos ? close : close - open - 1, "*");
     }
     std::string kind;
@@ -106,7 +106,7 @@ static std::string KindOf(std::string text)
         const bool digit = c >= '0' && c <= '9';
         const char before = i > 0 ? text[i - 1] : ' ', behind = i + 1 < text.size() ? text[i + 1] : ' ';
         const bool startsWord = before == ' ' || before == '(' || before == '-';
-        const bool endsWord = behind < 'A'; // a letter isn't
+        const bool endsWord = behind < 'A'; // letters come after that
         if (quoted && c != '"')
             continue;
         if (c == '"') {
@@ -116,7 +116,7 @@ static std::string KindOf(std::string text)
             inNumber = true;
             kind += '*';
         } else if (c == ';') {
-            break; // what comes of it, or the first instance
+            break; // a consequence or the first instance follows
         } else if (!inNumber || !(digit || (c == '.' && behind >= '0' && behind <= '9'))) {
             inNumber = false;
             kind += c;
@@ -132,7 +132,7 @@ static void AddWarning(const std::string &text, Weight weight)
     if (!reportSubject)
         return;
     std::vector<WarningKind> &warnings = reportSubject->warnings;
-    // One damaged mesh can say the same of each of its vertices.
+    // A damaged mesh can repeat a text for each of its vertices, so KindOf is skipped for repeats.
     if (text != lastWarning) {
         const std::string kind = KindOf(text);
         const auto [known, isNew] = kindIndices.try_emplace(kind, warnings.size());
@@ -158,7 +158,7 @@ void ReportNote(const std::string &text)
         PrintReport(Subject(), "note: ", text);
 }
 
-// A batch says of a scene what it lost ahead of why it failed, and so has to wait for all of that.
+// With one line for each scene, the warnings come before the errors, so errors are held until the scene ends.
 void ReportError(const std::string &text)
 {
     if (reportSubject && reportSubject->error.empty())
@@ -261,27 +261,25 @@ static void EndSubject()
                      [](const WarningKind &a, const WarningKind &b) { return a.weight < b.weight; });
 }
 
-// Both callbacks hand errno on as it was: whoever called the library looks at it afterwards, and a stderr
-// that is full or closed would leave its own mark there.
+// Both callbacks keep errno for the library's caller, as a write to a full or closed stderr changes it.
 static void OnLibraryError(int32_t level, const char *text)
 {
     const int before = errno;
-    // errno alone may be left over: malloc sets it when it looks for memory in a second place, and finds it.
+    // errno alone is no proof: malloc sets it when its first attempt fails, even if the second one succeeds.
     const std::string_view report = text;
     if (before == ENOMEM && (report.starts_with("malloc failed") || report.starts_with("Out of memory")))
         memoryRanOut = true;
     if (!libraryIsMuted) {
         if (level <= 1)
             lastLibraryError = text;
-        // The program tells of these with the material's name and what it costs.
+        // FindLosses reports these with the material's name and its number of faces.
         if (!report.starts_with("Invalid Material "))
             AddWarning(text, level <= 1 ? Weight::Damage : Weight::Doubt);
     }
     errno = before;
 }
 
-// Tabs set off columns, and stand ahead of the first blank and the first name; behind these they are a
-// name's.
+// Tabs before the first blank and the first name separate columns and are kept. Later tabs belong to a name.
 static std::string VisibleMessage(std::string_view text)
 {
     const size_t columns = std::min(text.find_first_of(" <"), text.size());
@@ -292,7 +290,7 @@ static void OnLibraryMessage(int32_t level, const char *text)
 {
     StopIfInterrupted();
     const int before = errno;
-    // A line feed ahead of some texts sets them off from what went before; a line of its own does so too.
+    // Some texts start with a line feed to separate them, which a line for each text does as well.
     if (reportVerbosity > (level <= 1 ? 0 : 1) && !libraryIsMuted)
         ShowLines(VisibleMessage(*text == '\n' ? text + 1 : text) + '\n');
     if (messageWatcher)
@@ -300,7 +298,7 @@ static void OnLibraryMessage(int32_t level, const char *text)
     errno = before;
 }
 
-// Nobody listens where nobody looks: a scene of many objects has ten messages for each.
+// Without use for messages no callback is set: the library sends ten for each object.
 static void ListenToMessages()
 {
     Mc3dsSetMessageCallback(reportVerbosity >= 1 || messageWatcher ? OnLibraryMessage : nullptr);

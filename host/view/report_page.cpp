@@ -1,4 +1,4 @@
-// What a run did, as a page for a browser.
+// The report of a run as an HTML page.
 #include <algorithm>
 #include <cmath>
 #include <system_error>
@@ -33,7 +33,7 @@ ul { padding-left: 1.2em; }
 <h1>3ds2mcx report</h1>
 )";
 
-// In bdi, so that a name whose letters run from right to left leaves the text around it in place.
+// In bdi, so that a right-to-left name doesn't reorder the text around it.
 static std::string Escaped(const std::string &text)
 {
     std::string html;
@@ -62,7 +62,7 @@ static std::string InBase64(const std::string &bytes)
     return text;
 }
 
-// Every byte that isn't plain in a URL is spelt out.
+// Escapes every byte that isn't plain in a URL.
 static std::string UrlOf(const fs::path &path)
 {
     constexpr char digits[] = "0123456789ABCDEF";
@@ -118,7 +118,7 @@ static std::string Losses(const SceneResult &result)
     return html + "</ul>\n";
 }
 
-// Of a model that lacks something, what the scene has stands beside it.
+// If the model's count differs from the scene's, shows both.
 static std::string CountsOf(const SceneResult &result)
 {
     const struct {

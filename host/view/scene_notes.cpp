@@ -6,7 +6,7 @@
 
 namespace fs = std::filesystem;
 
-// Why the scene has no animation, if it has none.
+// Reports why the scene has no animation, if it has none.
 static void ReportMissingAnimation(const Mc3dsFile *scene, const std::string &scenePath)
 {
     const std::string vue = VuePath(scenePath);
@@ -43,7 +43,7 @@ static bool IsFinite(const Mc3dsTransform &transform)
     return true;
 }
 
-// Returns the largest of all finite co-ordinates.
+// Reports non-finite vertices and placements. Returns the largest absolute value of all finite co-ordinates.
 static double ReportNoNumbers(const Mc3dsOptions &options, const Mc3dsFile *scene)
 {
     double largest = 0.0;
@@ -79,7 +79,6 @@ static double ReportNoNumbers(const Mc3dsOptions &options, const Mc3dsFile *scen
     return largest;
 }
 
-// The bounds are those that the library takes: of what the file has, before anything is placed.
 static void ReportBadSize(const Mc3dsOptions &options, const Mc3dsFile *scene, double largest)
 {
     float extent = -Mc3dsLargest, least[3], most[3];

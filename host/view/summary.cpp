@@ -49,7 +49,7 @@ struct RunTotals {
     size_t failed = 0, warned = 0, kept = 0; // warned: of those that didn't fail
     uint64_t bytes = 0;
     GeometryCounts read, model;
-    std::vector<RunKind> kinds; // that of most scenes first
+    std::vector<RunKind> kinds; // the one of most scenes first
 };
 
 static void AddTo(GeometryCounts *sum, const GeometryCounts &counts)
@@ -101,18 +101,18 @@ static std::string Grouped(uint64_t count, const char *what)
     return text;
 }
 
-// The end of a text that has to fit; what is cut shows.
+// The end of a text, with at most that many bytes; "..." replaces the rest.
 static std::string Tail(const std::string &text, size_t most)
 {
     if (text.size() <= most)
         return text;
     size_t cut = text.size() - (most < 3 ? 0 : most - 3);
     while (cut < text.size() && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
-        ++cut; // not into the middle of a letter
+        ++cut; // not inside a UTF-8 character
     return "..." + text.substr(cut);
 }
 
-// What a kind of warning is about, in few words.
+// The subject of a kind of warning, without counts and details.
 static std::string ShortKind(const RunKind &kind)
 {
     std::string text = kind.kind;
@@ -150,7 +150,7 @@ std::string TotalsText(const std::vector<SceneResult> &results, double seconds, 
     if (totals.kept != 0)
         line += ", " + Counted(totals.kept, "file") + " left alone";
     char time[64];
-    // The program never takes on the locale of its user, so that points are points.
+    // The program never sets a locale, so the decimal separator is a point.
     std::snprintf(time, sizeof time, "%.1f s", seconds);
     const std::string sizes = Grouped(totals.model.objects, "object") + ", " +
                               Grouped(totals.model.triangles, "triangle") + ", " + time;
