@@ -1,9 +1,9 @@
 #!/usr/bin/env -S python3 -B
 """Loads files that are made to cost time or memory, and prints what each cost.
 
-A file of 64 KiB has 0.1 s and 64 MiB, one of 1 MiB has 1.6 s and 512 MiB; the .vue file beside a scene
-counts with it. Frames are apart: they may take 4,194,304 entries of 96 bytes and 1.5 s. Ends with 1 when a
-load takes more. Reports go to callbacks that do nothing.
+Limits: 0.1 s and 64 MiB for a file of 64 KiB, 1.6 s and 512 MiB for one of 1 MiB, including the .vue file
+beside the scene. Frames have a separate limit: 4,194,304 entries of 96 bytes, and 1.5 s. Exits with 1 if a
+load exceeds a limit. The report callbacks do nothing.
 """
 import argparse
 import os
@@ -24,7 +24,7 @@ def chunk_of_length(tag, length, *pieces):
 
 
 def fill(size, piece):
-    """As many of the pieces as fit, each made from its number or all alike."""
+    """Pieces up to the size: the same bytes each time, or made from the number of the piece."""
     if isinstance(piece, bytes):
         return piece * (size // len(piece))
     pieces, length, i = [], 0, 0
@@ -44,7 +44,7 @@ def plain_material(i):
 
 
 def objects(size):
-    """Objects at six bytes each, all of the same name, and one more that only a full search finds."""
+    """Objects of six bytes each with the same name, and one more that only a full search finds."""
     return named_object("a", mesh() * ((size - 30) // 6)) + named_object("z", mesh())
 
 
@@ -53,19 +53,19 @@ def transform(of, number="1"):
 
 
 def claims(piece):
-    """A mesh of pieces, and as many meshes of one piece."""
+    """Two cases: all pieces in one mesh, and a mesh for each piece."""
     return (lambda n: scene(named_object("a", mesh(fill(n, piece)))),
             lambda n: scene(fill(n, named_object("a", mesh(piece)))))
 
 
 def pivots(n, one_node):
-    """On a mesh that counts what follows it as its vertices. A pivot, too, may be what follows it."""
+    """Pivots on a mesh whose vertices are the bytes after it. Empty pivot chunks read what follows them."""
     nodes = node("a", CLAIM, fill(n, chunk(0xB013))) if one_node else fill(n, node("a", CLAIM, chunk(0xB013)))
     return scene(named_object("a", mesh(POINTS)), nodes)
 
 
 def far_maps(n):
-    """Each map has a percentage whose end lies elsewhere in the file, where its name is looked for."""
+    """Each map has a percentage that ends elsewhere in the file, and its name is searched there."""
     return scene(chunk(0xAFFF, fill(n, lambda i: chunk(0xA200, chunk_of_length(0x0030, far(12 * i, n))))))
 
 
@@ -154,7 +154,7 @@ FRAME_CASES = {
 
 
 def cost(program, path, most_seconds):
-    """Seconds and MiB of a load, of at most three if other work on the machine may have been in the way."""
+    """Seconds and MiB of a load. A slow one is run up to three times, as other work may delay it."""
     seconds, mib = [], 0.0
     while len(seconds) < 3 and min(seconds, default=61) > most_seconds and max(seconds, default=0) < 60:
         try:
@@ -169,7 +169,7 @@ def cost(program, path, most_seconds):
 
 
 def load(program, case, data, most_seconds, most_mib):
-    """Prints the row of a file. True when its load stays within its bounds."""
+    """Prints the row of a file. True if its load is within the bounds."""
     data, vue = data if isinstance(data, tuple) else (data, b"")
     with tempfile.TemporaryDirectory() as folder:
         path = os.path.join(folder, "bad.3DS")
@@ -194,7 +194,7 @@ def main():
     failed = False
     print("| File | Size | Time | Memory | |\n| --- | --- | --- | --- | --- |")
     for size, most_seconds, most_mib in ((1 << 16, 0.1, 64), (1 << 20, 1.6, 512)):
-        room = size - 256  # for the chunks around
+        room = size - 256  # for the enclosing chunks
         for case, make in CASES.items():
             if options.only in case:
                 failed |= not load(program, case, make(room), most_seconds, most_mib)

@@ -1,10 +1,10 @@
 #!/bin/sh
-# Counts the instructions that a load and a conversion of a scene of 10 MB take, and the same conversion by the
-# program 3ds2mcx, by valgrind's callgrind. The counts don't waver with other work on a machine; they depend on
-# compiler and C library (Debian 12, gcc).
+# Counts the instructions of a load and a conversion of a 10 MB scene, and of the same conversion by the
+# program 3ds2mcx, with valgrind's callgrind. Other work on the machine doesn't change the counts; the
+# compiler and the C library do (Debian 12, gcc).
 #   instructions.sh BUILD            prints the counts beside the recorded ones
-#   instructions.sh BUILD --check    fails when one has grown by more than a tenth
-#   instructions.sh BUILD --record   records them, and those of the plain way to compare with
+#   instructions.sh BUILD --check    also fails if one has grown by more than a tenth
+#   instructions.sh BUILD --record   records them, and those of the plain way for comparison
 set -eu
 here=$(dirname "$0")
 folder=${1:?the folder of an optimised build}
@@ -13,14 +13,14 @@ recorded=$here/instructions.txt
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 
-# A program and its arguments.
+# count_of PROGRAM ARGUMENT...
 count_of()
 {
     valgrind --tool=callgrind --callgrind-out-file=/dev/null "$@" 2>&1 >/dev/null |
         sed -n 's/.*Collected : \([0-9]*\).*/\1/p'
 }
 
-# The usage message of mc3ds_measure costs what its start costs.
+# Subtracts the cost of starting mc3ds_measure: that of printing its usage message.
 count()
 {
     case $1 in

@@ -1,7 +1,7 @@
 #!/usr/bin/env -S python3 -B
 """Writes a scene for the timings: the same bytes for the same arguments.
 
-With FRAMES the .vue file beside the scene is written as well. VERTICES and FACES are those of each mesh.
+With FRAMES it also writes the .vue file beside the scene. VERTICES and FACES are counts per mesh.
 """
 import argparse
 import sys
@@ -12,7 +12,7 @@ from random import Random
 from chunks import (chunk, floats, frame_count, material, mesh, named_object, node, scene, text, u16, u32)
 
 NO_PARENT = 0xFFFF
-MOST_PARENTS = 0x8000  # node numbers above don't work as parents
+MOST_PARENTS = 0x8000  # higher node numbers don't work as parents
 
 
 def native(numbers):
@@ -22,7 +22,7 @@ def native(numbers):
 
 
 def walk(random, count, axes, start, step):
-    """Steps away from a start, so that no number has fewer digits than those of a modelled surface."""
+    """A random walk, so that numbers have as many digits as those of a modelled surface."""
     numbers = array("f", bytes(4 * count * axes))
     for axis in range(axes):
         steps = (step * (random.random() - 0.5) for _ in range(count - 1))
@@ -31,7 +31,7 @@ def walk(random, count, axes, start, step):
 
 
 def faces_in_groups(random, vertices, faces):
-    """Nearly all faces belong to one of three groups; the rest wears the default material."""
+    """Nearly all faces belong to one of three groups; the rest have the default material."""
     corners = array("H", bytes(8 * faces))
     corners[0::4] = array("H", (i % vertices for i in range(faces)))
     corners[1::4] = array("H", ((i + 1) % vertices for i in range(faces)))
@@ -47,7 +47,7 @@ def faces_in_groups(random, vertices, faces):
 
 
 def placement(random):
-    """A slanted system of axes somewhere in the scene."""
+    """Random axes that aren't quite perpendicular, and a random position."""
     axes = [float(i % 4 == 0) + random.uniform(-0.2, 0.2) for i in range(9)]
     return axes + [random.uniform(-300, 300) for _ in range(3)]
 
@@ -62,7 +62,7 @@ def track(random, tag, values, spread):
 
 
 def nodes(random, meshes):
-    """Every node hangs below an earlier one. Files have nodes in the order of their meshes but for a few."""
+    """Each node has an earlier one as its parent. As in real files, most are in the order of the meshes."""
     order = list(range(meshes))
     for i in range(meshes // 16):
         j, k = int(meshes * random.random()), int(meshes * random.random())

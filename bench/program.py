@@ -1,8 +1,8 @@
 #!/usr/bin/env -S python3 -B
 """Times the program beside the library, one worker beside two, and a picture that costs as much as it can.
 
-Wants about 3 GB in FOLDER, which should be in memory, strace, and two idle cores. Prints a table; ends with 1
-with --strict when a limit isn't kept.
+Needs about 3 GB in FOLDER, which should be in memory, strace, and two idle cores. Prints a table. With
+--strict exits with 1 if a limit is exceeded.
 """
 import argparse
 import os
@@ -29,7 +29,7 @@ class Program(Timings):
         self.program = os.path.join(options.build, "host", "3ds2mcx")
 
     def once(self, *words):
-        """Seconds of one run on the wall, and of processor time. What an earlier run wrote is gone before."""
+        """Wall-clock and processor seconds of one run. Outputs of earlier runs are deleted first."""
         for name in ("program.mcx", "out.mcx", "out.png"):
             pathlib.Path(self.path(name)).unlink(missing_ok=True)
         shutil.rmtree(self.path("converted"), ignore_errors=True)
@@ -39,7 +39,7 @@ class Program(Timings):
         return wall, after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
 
     def medians(self, *commands):
-        """Of each command, run in turns; one turn more comes first, to warm up."""
+        """The medians of each command. The commands run in turns; the first turn isn't counted."""
         turns = [[self.once(*words) for words in commands] for _ in range(self.runs + 1)][1:]
         return [tuple(map(statistics.median, zip(*runs))) for runs in zip(*turns)]
 
@@ -60,7 +60,7 @@ class Program(Timings):
     def workers_rows(self):
         folder = self.path("small")
         os.mkdir(folder)
-        self.scene("one", 5, 392, "--nodes")  # what the real scenes of an archive came to, on average
+        self.scene("one", 5, 392, "--nodes")  # the average of the real scenes of an archive
         for i in range(SMALL_SCENES):
             os.link(self.path("one.3DS"), os.path.join(folder, "scene%d.3ds" % i))
         words = ("-q", "--recursive", "--output-dir", "converted", "small")
@@ -69,7 +69,7 @@ class Program(Timings):
         self.times("the same, processor time", 1.2, 1.1, two_cpu, one_cpu, True)
 
     def preview_row(self):
-        """Faces that each cover the picture: opaque ones, the farthest first, and transparent ones."""
+        """Faces that each cover the picture: opaque ones from back to front, and transparent ones."""
         glass = material("GLASS", 1, [(9, 9, 9)] * 3, 99)
         near = [(2 * (i % 3) - 2.0, i / 9e4, float(i % 3 == 1)) for i in range(3000)]
         corners = [(i, i + 1, i + 2) for i in range(len(near) - 2)]

@@ -1,9 +1,9 @@
 #!/usr/bin/env -S python3 -B
 """Times the library on large scenes, side by side with the plain way, and prints a table of ratios.
 
-Wants about 3 GB in FOLDER, which should be in memory. A ratio is one of two medians of runs that took turns
-in one process. Ends with 1 when the library's files aren't those of the plain writer, byte for byte, and
-with --strict also when a limit isn't kept.
+Needs about 3 GB in FOLDER, which should be in memory. A ratio compares the medians of runs that take turns in
+one process. Exits with 1 if the library's files differ from those of the plain writer, and with --strict also
+if a limit is exceeded.
 """
 import argparse
 import filecmp
@@ -26,14 +26,14 @@ class Timings:
         return os.path.join(self.folder, name)
 
     def scene(self, name, meshes, vertices, *more):
-        """Makes NAME.3DS, and with frames NAME.vue and the same scene without it as still_NAME.3DS."""
+        """Makes NAME.3DS, with frames also NAME.vue, and still_NAME.3DS: the same without .vue file."""
         subprocess.run([sys.executable, "-B", os.path.join(HERE, "make_scene.py"), self.path(name + ".3DS"),
                         str(meshes), str(vertices), str(vertices // 2 if vertices < 100 else vertices),
                         *more], check=True)
         os.link(self.path(name + ".3DS"), self.path("still_" + name + ".3DS"))
 
     def measure(self, *jobs, runs=None):
-        """Seconds and growth of the peak in KiB of jobs (action, file), in turns."""
+        """Seconds and growth of peak memory in KiB for each job (action, file). The jobs run in turns."""
         words = [word for action, file in jobs for word in (action, self.path(file))]
         lines = subprocess.run([self.measure_program, str(runs or self.runs), self.path("out"), *words],
                                check=True, capture_output=True, text=True).stdout.splitlines()
