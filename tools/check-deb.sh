@@ -1,8 +1,8 @@
 #!/bin/sh
-# Makes the Debian package, and installs, runs and removes it in a Debian of its own:
+# Builds the Debian package, then installs, runs and removes it in a separate Debian system:
 #   tools/check-deb.sh FOLDER [PACKAGE.deb]
-# FOLDER holds that Debian, and is bootstrapped if there is none; PACKAGE.deb is built if none is given, into
-# build/deb. Wants root, and the network for what the package depends on.
+# FOLDER has that system, which is bootstrapped if missing. Without PACKAGE.deb the package is built in
+# build/deb. Needs root, and the network for the package's dependencies.
 set -eu
 
 if [ $# -lt 1 ] || [ $# -gt 2 ]; then

@@ -1,9 +1,9 @@
 #!/bin/sh
-# Walks a newcomer's whole road in a Debian of its own: tools/check-install.sh FOLDER
-# README's two commands, cpack, the package in, the guide's hosts built in every way and started, the package out.
-# FOLDER is bootstrapped if there is no Debian in it; a bare one shows whether the road needs what it doesn't
-# install. Wants root, debootstrap and the network.
-# Texts in single quotes are for the shell inside.
+# Runs all steps of a new user in a separate Debian system: tools/check-install.sh FOLDER
+# Runs README's two commands and cpack, installs the package, builds and starts the guide's hosts in every
+# way, and removes the package. FOLDER is bootstrapped if it has no Debian; a bare one shows missing
+# dependencies. Needs root, debootstrap and the network.
+# The shell in that system expands texts in single quotes.
 # shellcheck disable=SC2016
 set -eu
 
@@ -15,14 +15,14 @@ cd "$(dirname "$0")/.."
 root=$(realpath -m "$1")
 [ -e "$root/etc/debian_version" ] || debootstrap --variant=minbase bookworm "$root"
 
-# The sources as they stand, without what was built from them.
+# The sources as they are now, without build results.
 rm -rf "$root/srv/mcl3ds20" "$root/opt/mcl3ds20" "$root/srv/hosts"
 mkdir -p "$root/srv/mcl3ds20"
 git ls-files -z | tar --null -T - -cf - | tar -C "$root/srv/mcl3ds20" --no-same-owner -xf -
 
 within()
 {
-    # The namespaces give the tests a /proc and end with the command.
+    # The namespaces provide /proc for the tests and end with the command.
     unshare --mount --pid --fork --kill-child --root="$root" --mount-proc \
         /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C \
         DEBIAN_FRONTEND=noninteractive sh -euc "$*"
@@ -49,7 +49,7 @@ step "cpack without dpkg-shlibdeps" '
     mv /usr/bin/dpkg-shlibdeps.away /usr/bin/dpkg-shlibdeps
     if [ $failed = 0 ] || ls build/release/unwanted/*.deb; then exit 1; fi'
 
-# For the steps below: start HOST converts a sample into a whole script; refused HOST can't even start.
+# For the steps below: start HOST must write a sample's whole script; refused HOST must fail to start.
 start='start() { rm -f /tmp/host.mcx; "$@" samples/windmill.3DS /tmp/host.mcx; [ "$(tail -n 1 /tmp/host.mcx)" = ModelEnd ]; }
     refused() { if "$@" samples/windmill.3DS /tmp/host.mcx; then echo "$1 must not start" >&2; exit 1; fi; }
     uses() { ldd "$1" | grep "libMCL3DS20.so.3 => $2"; }

@@ -1,6 +1,7 @@
 #!/bin/sh
-# Measures how much of src/ the tests reach: tools/coverage.sh. Ends with 1 below 97 % of lines or 92 % of branches.
-# What no test can reach is marked GCOVR_EXCL_LINE where it stands.
+# Measures the tests' coverage of src/: tools/coverage.sh
+# Exits with 1 below 97 % of lines or 92 % of branches.
+# Lines that no test can reach are marked GCOVR_EXCL_LINE.
 set -eu
 cd "$(dirname "$0")/.."
 tools/setup.sh build test coverage

@@ -1,6 +1,6 @@
 #!/bin/sh
-# The test suite on other compilers, optimisations and machines, a row for each: tools/matrix.sh [ROW...]
-# The golden documents are the same everywhere, and so the bytes of the outputs are. Builds go to build/matrix/.
+# Runs the tests with other compilers, optimisations and architectures, a row each: tools/matrix.sh [ROW...]
+# All rows have the same golden documents, so all must write the same bytes. Builds go to build/matrix/.
 set -u
 cd "$(dirname "$0")/.."
 tools/setup.sh build test ci matrix || exit 1
@@ -31,10 +31,10 @@ row()
 run()
 {
     case $1 in
-    */valgrind) # what is slow in itself is left out, and what starts compilers or the program
+    */valgrind) # without slow tests and those that start compilers or the program
         valgrind -q --error-exitcode=9 --leak-check=full "$1/tests/mcl3ds20_tests" \
             --gtest_filter='Reader*:*Items*:Golden*:*Memory*:FileFailure*:Output*:*Replay*' ;;
-    */windows) # now and then wine itself fails to start
+    */windows) # wine sometimes fails to start
         ctest --test-dir "$1" -j "$jobs" --repeat until-pass:3 ;;
     *) ctest --test-dir "$1" -j "$jobs" ;;
     esac
@@ -42,7 +42,7 @@ run()
 
 wanted=${*:-gcc-O0 gcc-O3 clang-O0 clang-O3 unsigned-char valgrind x86-32 s390x windows}
 clang='-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++'
-# Other machines have nothing that the program needs, and GoogleTest comes from its sources.
+# Other architectures lack the program's dependencies, and build GoogleTest from its sources.
 library='-DMC3DS_BUILD_PROGRAM=OFF -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON'
 x86='-m32 -idirafter /usr/include/x86_64-linux-gnu'
 

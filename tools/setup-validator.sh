@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs Khronos' glTF validator for the tests, and node if the machine lacks it. Goes to build/node.
+# Installs Khronos' glTF validator for the tests in build/node, and node if it is missing.
 set -eu
 cd "$(dirname "$0")/.."
 if ! command -v npm >/dev/null; then

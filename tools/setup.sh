@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs what the named groups need and the machine lacks: tools/setup.sh GROUP...
-# Where nothing is lacking, nothing is fetched and no rights are needed.
+# Installs the missing packages of the named groups: tools/setup.sh GROUP...
+# If none is missing, it downloads nothing and needs no root rights.
 set -eu
 
 wanted=
@@ -29,7 +29,7 @@ fi
 
 missing=
 for package in $wanted; do
-    # A package installed for two architectures answers twice.
+    # A package installed for two architectures has two status words.
     case $(dpkg-query -W -f '${db:Status-Status} ' "$package" 2>/dev/null || true) in
     "installed "*) ;;
     *) missing="$missing $package" ;;

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Sets up, builds, and runs every test. The last lines and the exit status are those of ctest.
+# Installs packages, builds, and runs all tests. The last lines and the exit status are those of ctest.
 set -eu
 cd "$(dirname "$0")/.."
 

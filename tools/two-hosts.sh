@@ -1,8 +1,8 @@
 #!/bin/sh
 # Spreads a tree of scenes over two hosts with GNU parallel: tools/two-hosts.sh [PROGRAM]
-# The hosts are network namespaces of this machine with an ssh server each, joined by a cable of their own; nothing
-# goes out. The tree has scenes of one name in several folders, and the result must be that of one machine. Wants
-# root. PROGRAM is build/release/host/3ds2mcx if none is given.
+# The hosts are network namespaces with an ssh server each, joined by a virtual cable; nothing leaves the
+# machine. The tree has scenes with the same name in several folders. The result must be the same as on one
+# machine. Needs root. The default PROGRAM is build/release/host/3ds2mcx.
 set -eu
 cd "$(dirname "$0")/.."
 program=$(realpath "${1:-build/release/host/3ds2mcx}")
@@ -18,7 +18,7 @@ clean()
     for host in a b; do
         [ ! -f "$work/$host.pid" ] || kill "$(cat "$work/$host.pid")" || true
     done
-    ip netns delete $a 2>/dev/null || true # the cable goes with it
+    ip netns delete $a 2>/dev/null || true # also deletes the cable
     ip netns delete $b 2>/dev/null || true
     rm -rf "$work"
 }
@@ -67,7 +67,7 @@ exec ssh -F none -i $work/user_key -o IdentitiesOnly=yes -o UserKnownHostsFile=$
 END
 chmod +x "$work/ssh"
 
-# The servers may take a moment to listen.
+# The servers may need a moment to start.
 for address in 192.0.2.1 192.0.2.2; do
     for try in 1 2 3 4 5 6 7 8 9 10; do
         ip netns exec $a "$work/ssh" $address true 2>"$work/ssh_log" && break
@@ -89,7 +89,7 @@ cd "$tree"
 
 scenes=$(find archive -iname '*.3ds' | wc -l)
 
-# check NAME: every scene has its job, both hosts had some, and the result is that of one machine.
+# check NAME: each scene had a job, both hosts had jobs, and the result is the same as on one machine.
 check()
 {
     [ "$(($(wc -l <"$work/$1.log") - 1))" -eq "$scenes" ] || fail "$1: not every scene had its job"
@@ -101,7 +101,7 @@ check()
     rm -rf models
 }
 
-# spread NAME OPTION... : runs parallel on host a, with jobs for a and b.
+# spread NAME OPTION...: runs parallel on host a, with jobs for a and b.
 spread()
 {
     name=$1
@@ -112,7 +112,7 @@ spread()
     check "$name"
 }
 
-# one OPTION...: what one machine makes of the tree
+# one OPTION...: converts the tree on one machine, to compare with
 one()
 {
     rm -rf "$work/one"
