@@ -1,4 +1,4 @@
-# cpack reads this for each generator. Without dpkg-shlibdeps it would make a package without dependencies.
+# cpack runs this for each generator. Without dpkg-shlibdeps the package would have no dependencies.
 if(CPACK_GENERATOR STREQUAL "DEB")
     find_program(SHLIBDEPS_EXECUTABLE dpkg-shlibdeps)
     if(NOT SHLIBDEPS_EXECUTABLE)

@@ -1,6 +1,6 @@
-# find_header_package(NAME TARGET HEADER): a package of headers alone, as its imported target, if there is one.
-# In a cross build its own files won't do: with its folder all headers of the build system would come. A folder
-# that holds a link to the package's headers and nothing else takes its place.
+# find_header_package(NAME TARGET HEADER): finds a header-only package and defines its imported target.
+# A cross build must not use the package's own include folder, which has all headers of the build system. It
+# uses a folder that only has a link to the package's headers.
 function(find_header_package name target header)
     if(NOT CMAKE_CROSSCOMPILING)
         find_package(${name} CONFIG QUIET)

@@ -1,5 +1,5 @@
-# What an installation holds, and the Debian package of it. All paths in installed files are relative, so that
-# the folder may be moved as a whole.
+# The installed files and the Debian package. All paths in installed files are relative, so that the folder
+# can be moved as a whole.
 include(CMakePackageConfigHelpers)
 
 set(installed_targets MCL3DS20)
@@ -24,7 +24,7 @@ install(FILES LICENSE README.md DESTINATION ${doc_dir})
 install(DIRECTORY docs DESTINATION ${doc_dir})
 install(DIRECTORY samples/hosts DESTINATION ${doc_dir}/samples)
 
-# The libraries stand side by side. A Meshcaster library from elsewhere is looked for where it was linked.
+# The libraries are installed in one folder. Another Meshcaster library is loaded from where it was linked.
 set_target_properties(${installed_targets} PROPERTIES
     INSTALL_RPATH "$ORIGIN" INSTALL_RPATH_USE_LINK_PATH ON)
 if(TARGET 3ds2mcx)
@@ -68,7 +68,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-# This also runs ldconfig when the package comes and goes.
+# This also runs ldconfig when the package is installed or removed.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_LIST_DIR}/CheckPackaging.cmake)
