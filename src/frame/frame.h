@@ -53,8 +53,7 @@ struct Mc3dsObject {
     int32_t hasTexture; // 1 if TEX_VERTS has u and v for every vertex
     int32_t vertexCount;
     Mc3dsVertex *vertices;
-    float
-        boundsMin[5]; // x, y, z, u, v as stored in the file, not in object space; FLT_MAX while none was read
+    float boundsMin[5]; // x, y, z, u, v as in the file, not in object space; FLT_MAX while none was read
     float boundsMax[5]; // likewise; -FLT_MAX while none was read
     int32_t faceCount;
     Mc3dsFace *faces;
