@@ -89,8 +89,7 @@ struct Mc3dsMaterial {
 // A material that faces may name but the scene lacks.
 struct Mc3dsLostMaterial {
     char name[20];
-    const char
-        *fault; // the report when it was discarded; null: the file had not defined it when faces named it
+    const char *fault; // the report when it was discarded; null: not defined when faces named it
 };
 
 struct Mc3dsLoad;
