@@ -284,25 +284,54 @@ TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
     EXPECT_NEAR(grey[0].get<double>(), 0.21404, 1e-4) << "0.5 on a screen";
 }
 
-// A triangle in the plane y = 0 and one at right angles to it. On their common edge, smooth normals are
-// weighted by the angle of each face.
+// Two triangles at right angles share the edge from vertex 0 to 2, where the second has the wider angles; the
+// third is a line, which has no normal.
 TEST_F(GlbTest, NormalsAreThoseOfTheFaceOrOfTheAnglesAround)
 {
-    for (const uint32_t shading : {1u, 2u}) {
-        const Bytes mesh = Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1}),
-                                 Faces({0, 1, 2, 0, 2, 3}, {MaterialGroup("GLASS", {0, 1})})});
+    const Bytes mesh = Mesh({Points({0, 0, 0, 1, 0.5f, 0, 0, 1, 0, 0, -1, 3}),
+                             Faces({0, 1, 2, 0, 2, 3, 0, 0, 2}, {MaterialGroup("GLASS", {0, 1, 2})})});
+    const auto normalsOf = [&mesh](uint32_t shading) {
         WriteFile("s.3ds", Scene({Glass(shading), NamedObject("A", {mesh})}));
-        ASSERT_EQ(Start("s.3ds --glb m.glb -o m.mcx").status, 0);
+        EXPECT_EQ(Start("s.3ds --glb m.glb -o m.mcx").status, 0);
         const GlbFile file = ReadGlb("m.glb");
-        const Json &attributes = file.json["meshes"][0]["primitives"][0]["attributes"];
-        const std::vector<double> normals = NumbersOf(file, attributes["NORMAL"]);
-        ASSERT_EQ(normals.size(), shading == 1 ? 18u : 12u);
-        const double half = std::sqrt(0.5);
-        const std::vector<double> wanted =
-            shading == 1 ? std::vector<double>{0, 1, 0} : std::vector<double>{half, half, 0};
-        for (size_t i = 0; i < 3; ++i)
-            EXPECT_NEAR(normals[i], wanted[i], 1e-6) << shading << ' ' << i;
-    }
+        return NumbersOf(file, file.json["meshes"][0]["primitives"][0]["attributes"]["NORMAL"]);
+    };
+    const std::vector<double> flat = normalsOf(1), smooth = normalsOf(2);
+    ASSERT_EQ(flat.size(), 27u);
+    ASSERT_EQ(smooth.size(), 12u);
+    // Of the first face upwards, of the second to the right; the file's z is y, its y is -z.
+    const double first[3] = {0, 1, 0}, second[3] = {1, 0, 0};
+    const double angles[3][2] = {{std::atan2(1, 0.5), std::atan2(3, -1)},
+                                 {std::atan2(1, 0.5), std::atan2(3, 2)},
+                                 {0, 3.14159265 - std::atan2(3, -1) - std::atan2(3, 2)}};
+    for (size_t vertex = 0; vertex < 3; ++vertex)
+        for (size_t axis = 0; axis < 3; ++axis) {
+            const double *of = angles[vertex], length = std::hypot(of[0], of[1]);
+            const size_t index = vertex == 0 ? 0 : vertex + 1; // 1 is in the first face alone
+            EXPECT_NEAR(smooth[index * 3 + axis], (first[axis] * of[0] + second[axis] * of[1]) / length, 2e-4)
+                << index << ' ' << axis;
+            EXPECT_NEAR(flat[vertex * 3 + axis], first[axis], 1e-6);
+            EXPECT_NEAR(flat[9 + vertex * 3 + axis], second[axis], 1e-6);
+        }
+    EXPECT_NEAR(smooth[3 * 1 + 1], 1, 1e-6);
+}
+
+// Faces that a reader of the format can't take are left out, and counted.
+TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    WriteFile("hole.3ds", Scene({NamedObject("HOLE", {Mesh({Points({0, 0, 0, nan, 0, 0, 0, 1, 0, 0, 0, 1}),
+                                                            Faces({0, 1, 2, 0, 2, 3, 3, 2, 1})})})}));
+    const Outcome run = Start("hole.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
+    EXPECT_NE(run.said.find("note: faces that the .glb lacks, as their corners are no finite numbers: 2\n"),
+              std::string::npos)
+        << run.said;
+    EXPECT_EQ(TrianglesOf(ReadGlb("m.glb")).size(), 1u);
+    Start("worked.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
+    size_t modes = 0;
+    for (const Json &material : ReadGlb("m.glb").json["materials"])
+        modes += material["extras"]["textureModes"] == Json::array({"Lit", "Foreshorten"}) ? 1 : 0;
+    EXPECT_EQ(modes, 3u);
 }
 
 // The world matrices of the nodes in each frame of an animation file.

@@ -171,11 +171,16 @@ TEST_F(InfoPreviewTest, WhatIsInFrontCoversWhatIsBehind)
             {Mesh({Points({at, -at, at, at + size, -at, at, at + size, -at, at + size, at, -at, at + size}),
                    Faces({0, 1, 2, 0, 2, 3}, {MaterialGroup(material, {0, 1})})})});
     };
+    // A tent through the solid one in front, whose ridge is round.
+    const Bytes tent = NamedObject(
+        "TENT", {Mesh({Points({-4, -6, 0, 0, -6, 3, 4, -6, 0, -4, -1, 0, 0, -1, 3, 4, -1, 0}),
+                       Faces({0, 1, 4, 0, 4, 3, 1, 2, 5, 1, 5, 4}, {MaterialGroup("CLAY", {0, 1, 2, 3})})})});
     const Bytes red = Colour24(255, 40, 0), blue = Colour24(0, 40, 255), white = Colour24(255, 255, 255);
     const Bytes materials = Join({Material("RED", {Finish(red, red, red, 1, 0, 50)}),
                                   Material("BLUE", {Finish(blue, blue, blue, 2, 0, 50)}),
+                                  Material("CLAY", {Finish(white, white, white, 2)}),
                                   Material("WHITE", {Finish(white, white, white, 1)})});
-    WriteFile("scene.3ds", Scene({materials, square("FRONT", "WHITE", 3, 1), square("R", "RED", 2, 4),
+    WriteFile("scene.3ds", Scene({materials, tent, square("FRONT", "WHITE", 3, 1), square("R", "RED", 2, 4),
                                   square("BACK", "WHITE", 0, 6), square("B", "BLUE", 1, 5)}));
     for (const char *form : {"", "--protos", "--merged"}) {
         MustRun(program + "--info --preview p.png --preview-size 64x48 " + form + " >shown");
@@ -248,6 +253,8 @@ TEST_F(InfoPreviewTest, AStripShowsTheFramesOfTheAnimationSideBySide)
             EXPECT_EQ(Redness(strip, x, 0.31 + part * 0.19) > 0, frame == part) << frame << part;
         }
     EXPECT_TRUE(Draw(1, 0, "--preview-frame 2").rgb == Draw(1, 0, "").rgb); // each is framed separately
+    WriteFile("scene.vue", "frame 0 transform CUBE 3 0 0 0 1 0 0 0 1 0 0 0");
+    EXPECT_FALSE(Draw(1, 0, "--preview-frame 0").rgb == Draw(1, 0, "").rgb); // stretched
     EXPECT_NE(RunCommand(program + "-o out.mcx --preview x.png --preview-frame 3").status, 0);
 }
 #endif

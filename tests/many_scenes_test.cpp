@@ -51,6 +51,7 @@ TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
         EXPECT_EQ(run.status, 1);
         EXPECT_EQ(std::regex_replace(run.files, std::regex(" ?sum.json"), ""),
                   "out out/a.mcx out/sub out/sub/B.mcx out/sub/c.mcx out/sub/d.mcx");
+        EXPECT_EQ(CountOf(run.said, "wrote"), 0u);
         EXPECT_TRUE(Says(run.said, "sub.bad.3Ds: error: File is not a 3DS file; nothing is written"));
         EXPECT_EQ(CountOf(run.said, ": warning: objects without a parent in the scene"), 2u) << run.said;
         EXPECT_TRUE(Says(run.said,
@@ -66,6 +67,22 @@ TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
             Says(summary, "c.3ds\",\"done\":true,[^{}]*\\{\"file\":\"out[^\"]*c.mcx\",\"bytes\":[0-9]+"));
         EXPECT_TRUE(bytes.empty() || bytes == ReadText("out/sub/B.mcx"));
         bytes = ReadText("out/sub/B.mcx");
+    }
+}
+
+TEST_F(ManyScenesTest, TheLastLinesOfARunTakeEightyColumnsAtMost)
+{
+    const std::string start = "  1 scene   objects without a parent in the scene (first: ";
+    for (const size_t length : {size_t{9}, 80 - start.size() - 1, 80 - start.size(), size_t{70}}) {
+        const std::string name = std::string(length - 4, 'n') + ".3ds";
+        fs::copy_file("lost.3ds", name);
+        std::istringstream lines(Start("two.3ds " + name).said);
+        std::string line, last;
+        while (std::getline(lines, line))
+            last = line.starts_with(start) ? line : last;
+        EXPECT_LE(last.size(), 80u);
+        EXPECT_EQ(last.ends_with(": " + name + ')'), start.size() + length + 1 <= 80) << last;
+        EXPECT_TRUE(last.ends_with("n.3ds)")) << last;
     }
 }
 
@@ -104,6 +121,9 @@ TEST_F(ManyScenesTest, FilesThatExistAreLeftAloneOnRequest)
     EXPECT_TRUE(Says(run.said, "left two.mcx alone: it exists already\n.*wrote two.h "));
     EXPECT_EQ(run.files, "two.h");
     EXPECT_EQ(ReadFile("two.mcx"), "old");
+    EXPECT_TRUE(Says(Start("two.3ds --per-object").said, "wrote two0.mcx to two1.mcx, 2 files, "));
+    EXPECT_TRUE(Says(Start("two.3ds --per-object --no-clobber").said,
+                     "left two0.mcx to two1.mcx alone, 2 files: they exist already\n"));
     run = Start("two.3ds lost.3ds --no-clobber");
     EXPECT_TRUE(Says(run.said, " 1 file left alone;\n  1 object, "));
     EXPECT_EQ(run.files, "lost.mcx");
@@ -212,6 +232,33 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
     EXPECT_EQ(gone.files, "gone.mcx sum.json");
     EXPECT_TRUE(Says(ReadFile("sum.json"), "\"triangles\": 0,[^}]*\"sceneTriangles\": 1,"));
     EXPECT_EQ(Start("gone.3ds --flat").status, 0);
+    // A face without all its vertices is no triangle of the model, whether a material claims it or not.
+    const auto mesh = [](const Bytes &groups) {
+        return NamedObject(
+            "A", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), Faces({0, 1, 2, 0, 1, 9, 2, 1, 0}, {groups})})});
+    };
+    for (const Bytes &groups : {MaterialGroup("GLASS", {0, 1, 2}), MaterialGroup("GLASS", {0}), Bytes()}) {
+        WriteFile("cut.3ds", Scene({Glass(), mesh(groups)}));
+        Start("cut.3ds --summary sum.json");
+        EXPECT_TRUE(Says(ReadFile("sum.json"), "\"triangles\": 2,[^}]*\"sceneTriangles\": 3,"));
+    }
+    // What the library says is counted once, however often a model is built of the scene.
+    const Bytes wide =
+        Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), TexVerts({0, 0, 99, 0, 0, 1}), Faces({0, 1, 2})});
+    WriteFile("wide.3ds", Scene({NamedObject("WIDE", {wide})}));
+    std::string counts;
+    for (const char *arguments :
+         {"", "--preview p.png", "--glb g.glb", "--preview p.png --glb g.glb", "--info --glb g.glb"}) {
+        if (Start("--help").said.find("--preview") == std::string::npos)
+            continue;
+        Start(std::string("wide.3ds --summary sum.json ") + arguments);
+        const std::string summary = ReadFile("sum.json");
+        std::smatch found;
+        ASSERT_TRUE(std::regex_search(
+            summary, found, std::regex("Texture co-ordinate range larger than \\*[^}]*\"count\": [0-9]+")));
+        EXPECT_TRUE(counts.empty() || counts == found.str()) << arguments << counts << found.str();
+        counts = found.str();
+    }
 }
 
 // Each row is one name in one place. breaksOut: the output would contain it as code or as a statement.

@@ -66,7 +66,11 @@ static const Row rows[] = {
     {"two.3ds -o x.mcx --scale 2 -o y.mcx --scale 1", 0, "wrote y.mcx", "y.mcx"},
     {"two.3ds --scale 1 --size 1", 2, "--scale can't be combined with --size"},
     {"two.3ds --clump-name x", 2, "--clump-name needs --source"},
-    {"two.3ds --clump-name a-b --source", 2, "--clump-name: \"a-b\""},
+    {"two.3ds --clump-name a-b --source", 2, "--clump-name: \"a-b\" can't be part of a C name"},
+    {"lost.3ds --strict", 1, "1 warning counts as failure", "lost.mcx"},
+    {"two.3ds --texture-extension a.b", 2, "--texture-extension: \"a.b\" is no extension"},
+    {"two.3ds --preview-size 15x16 --preview p.png", 2, "is no size WxH with sides of 16 to 4096 pixels"},
+    {"two.3ds --preview-frame x --preview p.png", 2, "\"x\" is neither the number of a frame nor \"strip\""},
     {"two.3ds --scale 1,5", 2, "--scale: \"1,5\" is no number"},
     {"two.3ds --scale 0", 2, "--scale: 0 is out of range: above 0"},
     {"two.3ds --size 1e99", 2, "--size: 1e99 is out of range"},
@@ -119,6 +123,18 @@ TEST_F(ProgramTest, EachOptionOfTheLibraryReachesTheOutput)
         ASSERT_EQ(Start(std::string("two.3ds -o out ") + arguments).status, 0);
         EXPECT_TRUE(std::regex_search(ReadText("out"), std::regex(fragment))) << ReadText("out");
         EXPECT_FALSE(std::regex_search(plain, std::regex(fragment)));
+    }
+}
+
+TEST_F(ProgramTest, TheFunctionOfASceneIsCalledAsTheSceneWithoutWhatCDoesNotTake)
+{
+    MakeInputs();
+    const std::pair<const char *, const char *> names[] = {
+        {"0a", "_0a"}, {"9", "_9"}, {"aZ-z.A", "aZ_z_A"}, {"a9", "a9"}};
+    for (const auto &[file, name] : names) {
+        fs::copy_file("two.3ds", std::string(file) + ".3ds");
+        ASSERT_EQ(Start(std::string(file) + ".3ds --source -o f.c").status, 0);
+        EXPECT_NE(ReadFile("f.c").find("McBuild" + std::string(name) + "("), std::string::npos) << name;
     }
 }
 
