@@ -329,7 +329,8 @@ TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
     EXPECT_EQ(TrianglesOf(ReadGlb("m.glb")).size(), 1u);
     Start("worked.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
     size_t modes = 0;
-    for (const Json &material : ReadGlb("m.glb").json["materials"])
+    const GlbFile lit = ReadGlb("m.glb");
+    for (const Json &material : lit.json["materials"])
         modes += material["extras"]["textureModes"] == Json::array({"Lit", "Foreshorten"}) ? 1 : 0;
     EXPECT_EQ(modes, 3u);
 }
