@@ -181,11 +181,11 @@ def hand_written():
 
 
 def judged():
-    """Lines of FILE | RULE | LINE OF CODE | REASON."""
+    """Lines of FILE | RULE | LINE OF CODE | CHANGE | REASON, the first four as survivors are printed."""
     path = HERE / "judged-faults.txt"
     entries = [line.split(" | ") for line in (path.read_text().splitlines() if path.exists() else [])
                if line.strip() and not line.startswith("#")]
-    return {(file.strip(), rule.strip(), text.strip()) for file, rule, text, _ in entries}
+    return {" | ".join(parts[:-1]) for parts in entries}
 
 
 def plant(faults, copy):
@@ -319,11 +319,12 @@ def main():
         results = pool.map(lambda number: (number, survives(copy, number, timeout)), faults)
         for number, lives in results:
             fault = faults[number]
-            equivalent = (fault.file, fault.rule, fault.shown) in known
+            words = " | ".join([fault.file, fault.rule, fault.shown, fault.new % 0])
+            equivalent = words in known
             table[fault.file.split("/")[0]]["faults"] += 1
             table[fault.file.split("/")[0]]["equivalent" if lives and equivalent else "survived" if lives else "found"] += 1
             if lives and not equivalent:
-                print("%s:%d | %s | %s | %s" % (fault.file, fault.line + 1, fault.rule, fault.shown, fault.new % number), flush=True)
+                print("%s (line %d)" % (words, fault.line + 1), flush=True)
     print("\n| Folder | Faults | Found | Equivalent | Survived |\n| --- | --- | --- | --- | --- |")
     for folder in sorted(table):
         row = table[folder]

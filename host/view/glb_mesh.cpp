@@ -12,16 +12,6 @@ static Vector Minus(const Point &a, const Point &b)
             static_cast<double>(a[2]) - b[2]};
 }
 
-static double Dot(const Vector &a, const Vector &b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-static Vector Cross(const Vector &p, const Vector &q)
-{
-    return {p[1] * q[2] - p[2] * q[1], p[2] * q[0] - p[0] * q[2], p[0] * q[1] - p[1] * q[0]};
-}
-
 // Returns the up direction for a null vector, as the format requires a length of 1.
 static Point Normalised(const Vector &v)
 {

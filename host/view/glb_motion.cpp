@@ -17,16 +17,6 @@ static Vector RowOf(const Matrix &m, size_t row)
     return {m[row * 4], m[row * 4 + 1], m[row * 4 + 2]};
 }
 
-static double Dot(const Vector &a, const Vector &b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-static Vector Cross(const Vector &a, const Vector &b)
-{
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 static bool IsFinite(const Matrix &m)
 {
     return std::all_of(m.begin(), m.end(), [](double part) { return std::isfinite(part); });

@@ -19,10 +19,9 @@ static void AddLostObjects(const Mc3dsFile *scene, std::vector<std::string> *los
     std::vector<uint32_t> lost;
     FindTree(scene, &lost);
     if (!lost.empty())
-        losses->push_back(
-            "objects without a parent in the scene, left out: " + std::to_string(lost.size()) + " of " +
-            std::to_string(scene->objectCount) +
-            "; --flat writes them; the first: " + InQuotes(scene->objects[lost.front()].safeName));
+        losses->push_back("objects without a parent in the scene, left out: " + std::to_string(lost.size()) +
+                          " of " + std::to_string(scene->objectCount) + "; --flat writes them; the first: " +
+                          InQuotes(scene->objects[lost.front()].safeName));
 }
 
 // A mesh has one placement: that of the last node that names it.

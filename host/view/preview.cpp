@@ -46,13 +46,7 @@ struct Canvas {
 
 static Vector Normal(const Vector &a, const Vector &b, const Vector &c)
 {
-    const Vector p = {b[0] - a[0], b[1] - a[1], b[2] - a[2]}, q = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
-    return {p[1] * q[2] - p[2] * q[1], p[2] * q[0] - p[0] * q[2], p[0] * q[1] - p[1] * q[0]};
-}
-
-static double Dot(const Vector &a, const Vector &b)
-{
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+    return Cross({b[0] - a[0], b[1] - a[1], b[2] - a[2]}, {c[0] - a[0], c[1] - a[1], c[2] - a[2]});
 }
 
 static std::vector<SeenMesh> FindMeshes(const McClump *clump)
