@@ -70,6 +70,16 @@ TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
     }
 }
 
+#if !defined(_WIN32)
+// Where more workers can't be started, those that could do all the work.
+TEST_F(ManyScenesTest, WorkersMakeDoWithTheDescriptorsThatThereAre)
+{
+    const Outcome run = Start("--recursive tree --output-dir out -j 8", "ulimit -n 12; ");
+    EXPECT_EQ(run.files, "out out/a.mcx out/sub out/sub/B.mcx out/sub/c.mcx out/sub/d.mcx");
+    EXPECT_EQ(CountOf(run.said, ": error: "), 1u) << run.said;
+}
+#endif
+
 TEST_F(ManyScenesTest, TheLastLinesOfARunTakeEightyColumnsAtMost)
 {
     const std::string start = "  1 scene   objects without a parent in the scene (first: ";

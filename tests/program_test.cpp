@@ -189,6 +189,8 @@ TEST_F(ProgramTest, TargetsThatAreNoPlainFilesStayWhatTheyAre)
     EXPECT_NE(full.said.find("cannot write \"/dev/full\": No space left on device"), std::string::npos);
     EXPECT_EQ(full.files, "");
     EXPECT_EQ(Start("--info two.3ds >/dev/full").status, 1);
+    EXPECT_EQ(Start("two.3ds -o good.mcx 2>/dev/full").status, 0) << "nobody reads the reports";
+    EXPECT_TRUE(fs::exists("good.mcx"));
     EXPECT_EQ(Start("two.3ds -o /dev/null --header").status, 1); // not /dev/null.h
 
     fs::create_symlink("dir/seen.mcx", "link");
