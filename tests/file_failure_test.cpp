@@ -88,6 +88,44 @@ TEST_F(FileFailureTest, AFileThatFailsInAnyReadEndsTheLoadAndHarmsNoOther)
     }
 }
 
+// The number in which the file fails keeps the bytes that came and is filled up with 0xFF. Those after it are
+// 0, each with a report.
+TEST_F(FileFailureTest, AnArrayThatIsCutKeepsWhatCame)
+{
+    using namespace chunks;
+    const std::vector<float> box = {1.5f, 2.5f, 3.5f, 4.5f, 5.5f, 6.5f};
+    const Bytes bounds = Chunk(0xB014, {F32s(box)});
+    const Bytes bytes =
+        Scene({NamedObject("A", {Mesh({})})}, {Kfhdr(1), ObjectNode("A", noParent, {bounds})});
+    const size_t start = bytes.find(bounds) + 6;
+    size_t cuts = 0;
+    for (int failing = 1; failing < 200; ++failing) {
+        disk = {"3ds", bytes, 0, 0, failing, false};
+        const LoadedScene scene = Load("scene.3ds");
+        const std::string reports = TakeReportLines("E");
+        if (disk.position <= start || disk.position >= start + 12)
+            continue;
+        ++cuts;
+        ASSERT_TRUE(scene && scene->objectCount == 1);
+        const size_t came = disk.position - start;
+        for (size_t i = 0; i < 6; ++i) {
+            const float got =
+                i < 3 ? scene->objects[0].nodeBoundMin[i] : scene->objects[0].nodeBoundMax[i - 3];
+            float wanted = i <= came / 4 ? box[i] : 0.0f;
+            if (i == came / 4)
+                std::memset(reinterpret_cast<char *>(&wanted) + came % 4, 0xFF, 4 - came % 4);
+            EXPECT_EQ(std::memcmp(&got, &wanted, 4), 0) << came << ' ' << i << ' ' << got;
+        }
+        size_t told = 0;
+        for (size_t at = reports.find("E0 File Error"); at != std::string::npos;
+             at = reports.find("E0 File Error", at + 1))
+            ++told;
+        EXPECT_GE(told, 5 - came / 4);
+    }
+    EXPECT_GE(cuts, 4u);
+    disk.suffix.clear();
+}
+
 TEST_F(FileFailureTest, AFolderIsNoSceneAndAPipeIsRefused)
 {
     EXPECT_EQ(Load("."), nullptr);

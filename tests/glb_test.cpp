@@ -394,6 +394,7 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
     WriteFile("bent.vue",
               "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 0 0 0 frame 1 transform BOX 1 1 0 0 1 0 0 0 1 5 0 0");
     const Outcome run = Start("bent.3ds --glb b.glb -o b.mcx");
+    EXPECT_EQ(ReadGlb("b.glb").json["animations"][0]["channels"].size(), 3u);
     EXPECT_NE(run.said.find("note: placements of the animation that a .glb can't say"), std::string::npos)
         << run.said;
 }

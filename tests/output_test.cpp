@@ -69,6 +69,8 @@ TEST_F(OutputTest, TextureCoordinatesAreShiftedTurnedOverAndFolded)
         {{-0.25f, 32.25f}, "0.75 0.75 ", 0},
         {{-1, 33}, "1 1 ", 0},
         {{-2.5f, 34.5f}, "0.5 0.5 ", 0},
+        {{0, 1e-9f}, "1 1 ", 0}, // 32 less this is below 32 in 64 bits alone
+        {{-2147483648.0f, 0}, "0 0 ", 0},
         {{0, 0, 1, 1, 0.25f, 0.75f}, "1 1 2 0 1.25 0.25 ", 0},
         {{0, 0, 31, 0, 40, 0}, "1 0 32 0 9 0 ", 1},
         {{0, 0, 69, -40}, "1 0 6 8 ", 3},
@@ -150,6 +152,7 @@ TEST_F(OutputTest, PerObjectFilesKeepSixCharactersOfTheNameAtMost)
         {"scene1.mcx", "scene10.mcx scene11.mcx "},
         {"scene.mcx", "scene0.mcx scene1.mcx "},
         {"abcdefghij.c", "abcdef0.mcx abcdef1.mcx "},
+        {"abcdefg.mcx", "abcdef0.mcx abcdef1.mcx "},
         {"abcd", "0.mcx 1.mcx "},
         {"abc", "abc0.mcx abc1.mcx "},
         {"", "0.mcx 1.mcx "},
@@ -277,6 +280,25 @@ TEST_F(OutputTest, ACallbackMayChangeTheOptions)
         EXPECT_NE(Output(scene, changing).find(longExtension), std::string::npos);
     }
     Mc3dsSetMessageCallback(nullptr);
+}
+
+TEST_F(OutputTest, AmbientCoefficientsHaveAFloorAndCentresTwiceTheRange)
+{
+    for (const auto &[level, written] : {std::pair<uint8_t, const char *>{0, "0.100000"},
+                                         {25, "0.100000"},
+                                         {26, "0.101961"},
+                                         {38, "0.149020"}}) {
+        const Bytes dark = Colour24(level, level, level),
+                    material = Material("M", {Finish(dark, grey, grey, 1)});
+        const Bytes faces = Faces({0, 1, 2}, {MaterialGroup("M", {0})});
+        EXPECT_NE(Written(Scene({material, Object("A", corners, faces)}))
+                      .find(std::string("Surface ") + written + ' '),
+                  std::string::npos)
+            << written;
+    }
+    const std::string far =
+        Written(Scene({Object("A", {3e38f, 0, 0, 3.2e38f, 0, 0, 3e38f, 1, 0})}), MC3DS_CENTRE);
+    EXPECT_EQ(far.find("inf"), std::string::npos) << "the sum of two bounds is taken in 64 bits";
 }
 
 TEST_F(OutputTest, FacesThatCannotBeDrawnAreLeftOutAndNothingElse)

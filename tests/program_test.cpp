@@ -201,6 +201,13 @@ TEST_F(ProgramTest, TargetsThatAreNoPlainFilesStayWhatTheyAre)
     EXPECT_NE(ReadFile("dir/seen.mcx"), "old");
     EXPECT_EQ(fs::status("link").permissions(), fs::perms::owner_read | fs::perms::owner_write);
 
+    for (int i = 1; i < 40; ++i)
+        fs::create_symlink(i == 1 ? "link" : "link" + std::to_string(i - 1), "link" + std::to_string(i));
+    WriteFile("dir/seen.mcx", "old");
+    EXPECT_EQ(Start("two.3ds -q -o link39").status, 0) << "40 links, as many as the system follows";
+    EXPECT_TRUE(fs::is_symlink("link39"));
+    EXPECT_NE(ReadFile("dir/seen.mcx"), "old");
+
     ASSERT_EQ(std::system("mkfifo pipe && { cat pipe >got & }"), 0);
     EXPECT_EQ(Start("two.3ds -q -o pipe; wait").status, 0);
     EXPECT_TRUE(fs::is_fifo("pipe"));

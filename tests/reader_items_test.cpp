@@ -129,6 +129,34 @@ TEST_F(ItemTest, UnusableSidesOfAMaterialAreTold)
                   "E1 Invalid Material Name\n");
 }
 
+TEST_F(ItemTest, FractionsAreProductsOf64BitsWithA32BitFactor)
+{
+    const LoadedScene scene = LoadBytes(Scene(
+        {Material("M", {Finish(Colour24(1, 127, 255), Colour24(2, 3, 5), Colour24(7, 11, 13), 1, 5, 99)})}));
+    ASSERT_EQ(scene->materialCount, 2);
+    const Mc3dsMaterial &material = scene->materials[1];
+    EXPECT_EQ(material.shininess, static_cast<float>(5 * static_cast<double>(0.01f)));
+    EXPECT_NE(material.shininess, 0.05f);
+    EXPECT_EQ(material.transparency, static_cast<float>(99 * static_cast<double>(0.01f)));
+    for (const int level : {1, 127, 255})
+        EXPECT_EQ(material.ambient[level / 127],
+                  static_cast<float>(level * static_cast<double>(0.003921569f)));
+}
+
+// Such a text ends after 129 bytes, and the fields after it begin there.
+TEST_F(ItemTest, ATextWithoutAnEndIsReadToItsLimit)
+{
+    const std::string name(129, 'N');
+    for (const size_t padding : {size_t{0}, size_t{65536 - 200}}) { // in the buffer, and across its end
+        const Bytes node = Chunk(0xB002, {Chunk(0xB010, {name, U32(0), U16(7)})});
+        const LoadedScene scene = LoadBytes(
+            Scene({NamedObject(std::string(11, 'N'), {Mesh({})}), Chunk(0x1100, {Bytes(padding, 'x')})},
+                  {Kfhdr(1), node}));
+        ASSERT_EQ(scene->objectCount, 1u);
+        EXPECT_EQ(scene->objects[0].parentNode, 7);
+    }
+}
+
 TEST_F(ItemTest, AMapWithoutANameTakesTheLastOneRead)
 {
     LoadBytes(Scene({Grey("A", {Map(0xA200, "LAST.CEL")})}));

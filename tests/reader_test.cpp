@@ -54,6 +54,8 @@ TEST_F(ReaderTest, EveryFileEndsInASceneOrInNothing)
         {"a child of length 5", Scene({a, ChunkOfLength(0x1100, 5, {}), b}), 1, "E1 *\n"},
         {"a child of length 6", Scene({a, unknown, b}), 2, ""},
         {"a child that ends behind 4 GiB", Scene({a, ChunkOfLength(0x1100, 0xFFFFFFFF, {}), b}), 1, "E1 *\n"},
+        {"a child that ends at 4 GiB",
+         Scene({a, ChunkOfLength(0x1100, static_cast<uint32_t>(0xFFFFFFFF - 12 - a.size()), {}), b}), 1, ""},
         {"a child as long as can be", Scene({a, ChunkOfLength(0x1100, 0x7FFFFFFF, {}), b}), 1, ""},
         {"half a header", ChunkOfLength(0x4D4D, 96, {ChunkOfLength(0x3D3D, 90, {a, "123"})}), 1, "E1 *\n"},
         {"a face beyond the vertices", Scene({NamedObject("A", {Mesh({triangle, Faces({0, 1, 3})})})}), 1,

@@ -48,6 +48,8 @@ TEST_F(VueTest, RecordsAreFoundAmongWhateverElseIsThere)
          ""},
         {"comments and words",
          "# frame 2\nframe # frame 3\n1x\ntransform BOX" + turned + "x= 5 #\n0 # 0\n0 \n", moved, ""},
+        {"a comment of 256 bytes", "frame # " + std::string(254, 'y') + "1 transform BOX" + turned + "5 0 0",
+         moved, ""},
         {"lines dropped whole", "light frame 2\ncamera \"\n frame 1 transform BOX" + turned + "5 0 0\n",
          moved, ""},
         {"the later of two", "frame 1 transform BOX" + turned + "7 0 0 transform BOX" + turned + "5 0 0",
@@ -80,12 +82,43 @@ TEST_F(VueTest, RecordsAreFoundAmongWhateverElseIsThere)
 
 TEST_F(VueTest, FramesThatTheSceneHasNotAreDroppedWithAWarning)
 {
-    for (const char *frame : {"", "frame -1", "frame 4", "frame 99999999999", "frame -99999999999"}) {
+    const std::pair<const char *, const char *> rows[] = {{"", " -1,"},
+                                                          {"frame -1", " -1,"},
+                                                          {"frame 4", " 4,"},
+                                                          {"frame 99999999999", " 2147483647,"},
+                                                          {"frame 2147483650", " 2147483647,"},
+                                                          {"frame -99999999999", " -2147483648,"},
+                                                          {"frame -2147483647", " -2147483647,"}};
+    for (const auto &[frame, told] : rows) {
         SCOPED_TRACE(frame);
         const LoadedScene scene = Load(std::string(frame) + " transform BOX" + turned + "5 0 0");
         EXPECT_EQ(scene->objects[0].hasFrames, 0u);
-        EXPECT_EQ(TakeReportLines("E").substr(0, 3), "E2 ");
+        const std::string reports = TakeReportLines("E");
+        EXPECT_EQ(reports.substr(0, 3), "E2 ");
+        EXPECT_NE(reports.find(told), std::string::npos) << reports;
     }
+}
+
+// The record of the scene keeps 255 characters of its path. A longer one would lead to another .vue file.
+TEST_F(VueTest, APathOf255CharactersStillLeadsToTheFile)
+{
+    const std::string folder(120, 'd');
+    std::filesystem::create_directory(folder);
+    for (const size_t length : {size_t{254}, size_t{255}, size_t{256}}) {
+        const std::string stem = folder + '/' + std::string(length - folder.size() - 5, 'n') + '.';
+        WriteFile(stem + "3ds", Scene({NamedObject("BOX", {Mesh({})})}, {Kfhdr(3)}));
+        WriteFile(stem + "vue", "frame 0 transform BOX" + turned + "5 0 0");
+        const LoadedScene scene = ::Load(stem + "3ds");
+        EXPECT_EQ(scene->hasAnimation, length < 256 ? 1u : 0u);
+        EXPECT_EQ(TakeReportLines("E").empty(), length < 256);
+    }
+}
+
+TEST_F(VueTest, TheFrameAfterTheLastIsAcceptedToo)
+{
+    const LoadedScene scene = Load("frame 3 transform BOX" + turned + "5 0 0");
+    EXPECT_EQ(scene->objects[0].frames[3].m[3][0], 5);
+    EXPECT_EQ(TakeReportLines("E"), "");
 }
 
 TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
@@ -120,6 +153,11 @@ TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
         {"inf", infinite},
         {"-INFINITYx", -infinite},
         {"9007199254740993", 9007199254740992.0},
+        {"6617737266.2379442", 6617737266.2379442}, // 17 digits: their quotient is rounded twice
+        {"0xFEDCBA98", 4275878552.0},
+        {"0x.0G", 0},
+        {"0xa", 10},
+        {"0xF", 15},
         {"0.1000000000000000055511151231257827", 0.1},
         {"- + +-1 --1 .e1 e1 1", 1},      // only the last word is a number
         {std::string(250, 'x') + "7", 7}, // after 250 characters a new word begins
