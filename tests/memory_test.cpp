@@ -6,6 +6,7 @@
 #include <set>
 
 #include "check_scene.h"
+#include "frame/load_state.h"
 #include "harness.h"
 #include "seeds.h"
 
@@ -102,6 +103,17 @@ static std::string Describe(const LoadedScene &scene)
         keys += scene->objects[i].positionKeyCount + scene->objects[i].rotationKeyCount +
                 scene->objects[i].scaleKeyCount;
     return WriteAll(scene, MC3DS_ANIMATION) + std::to_string(keys) + " keys";
+}
+
+TEST(NamesWithoutMemory, AreComparedOneByOne)
+{
+    const char records[3][4] = {"A", "B", "B"};
+    for (const auto &[name, index] : {std::pair<const char *, uint32_t>{"A", 0}, {"B", 1}, {"C", 3}}) {
+        Mc3dsNames names = {};
+        uint32_t found = UINT32_MAX;
+        EXPECT_TRUE(RunShortOfMemory(1, true, [&] { found = Mc3dsFindName(&names, records, 4, 3, name); }));
+        EXPECT_EQ(found, index) << name;
+    }
 }
 
 TEST_P(MemoryTest, ALoadIsWholeOrTellsOnceWhatHasNoMemory)

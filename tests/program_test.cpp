@@ -21,6 +21,7 @@ struct Row {
 static const Row rows[] = {
     {"two.3ds", 0, "two.3ds: wrote two.mcx \\([0-9]+ bytes\\)", "two.mcx"},
     {"-q two.3ds", 0, "^$", "two.mcx"},
+    {"-v two.3ds -o v.mcx", 0, "^(.*\n)?Reading File <two.3ds>\n", "v.mcx"},
     {"-v two.3ds", 0, "Object <BOX>\nObject <LID>\n", "two.mcx"},
     {"-vv two.3ds -o dir/x.y", 0, "Reading 3 vertices", "dir/x.y"},
     {"two.3ds --source --header --animation", 0, "wrote two.mca", "two.c two.h two.mca"},
@@ -62,6 +63,8 @@ static const Row rows[] = {
     {"two.3ds --per-object --center", 2, "--per-object can't be combined with --centre"},
     {"two.3ds --flot", 2, "--flot; did you mean --flat\\?"},
     {"two.3ds --sourcing", 2, "--sourcing\n"},
+    {"two.3ds --ames", 2, "--ames\n"},
+    {"two.3ds --hedaer", 2, "did you mean --header\\?"},
     {"two.3ds -o x.C", 2, "\"x.C\" would hold a script: --source writes C, or call it \"x.mcx\""},
     {"two.3ds -o x.mcx --scale 2 -o y.mcx --scale 1", 0, "wrote y.mcx", "y.mcx"},
     {"two.3ds --scale 1 --size 1", 2, "--scale can't be combined with --size"},

@@ -157,6 +157,18 @@ TEST_F(ItemTest, ATextWithoutAnEndIsReadToItsLimit)
     }
 }
 
+// A map without children takes the chunks after it for its own, up to the end of the file here. What is there
+// is read again in its turn.
+TEST_F(ItemTest, ChunksThatWereReadAheadComeAgain)
+{
+    const Bytes material =
+        Material("M", {Finish(grey, grey, grey, 1), Chunk(0xA200), Chunk(0x1100, {Bytes(66000, 'x')})});
+    const LoadedScene scene = LoadBytes(Scene({material, NamedObject("A", {Mesh({Points({1, 2, 3})})})}));
+    ASSERT_EQ(scene->objectCount, 1u);
+    EXPECT_EQ(scene->objects[0].vertexCount, 1);
+    EXPECT_EQ(scene->materialCount, 2);
+}
+
 TEST_F(ItemTest, AMapWithoutANameTakesTheLastOneRead)
 {
     LoadBytes(Scene({Grey("A", {Map(0xA200, "LAST.CEL")})}));
