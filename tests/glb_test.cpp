@@ -408,6 +408,46 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
         << run.said;
 }
 
+// What stands still between a root and a part that moves keeps its place.
+TEST_F(GlbTest, ObjectsAtRestCarryThoseThatMove)
+{
+    WriteFile("still.3ds",
+              Scene({Glass(), Triangle("A", 0), Triangle("B", 0), Triangle("C", 0)},
+                    {Kfhdr(2), ObjectNode("A", noParent), ObjectNode("B", 0), ObjectNode("C", 1)}));
+    const std::string place = " 1 0 0 0 1 0 0 0 1 ";
+    WriteFile("still.vue", "frame 0 transform A" + place + "10 0 0 transform B" + place +
+                               "20 0 0 transform C" + place + "30 0 0 frame 1 transform A" + place +
+                               "10 0 0 transform B" + place + "20 0 0 transform C" + place + "37 0 0");
+    ASSERT_EQ(Start("still.3ds --animation --glb m.glb -o m.mcx").status, 0);
+    GlbFile file = ReadGlb("m.glb");
+    const Json &animation = file.json["animations"][0];
+    ASSERT_EQ(animation["channels"].size(), 3u);
+    for (const Json &channel : animation["channels"]) {
+        const std::vector<double> values =
+            NumbersOf(file, animation["samplers"][channel["sampler"].get<size_t>()]["output"]);
+        const size_t parts = values.size() / 2;
+        file.json["nodes"][channel["target"]["node"].get<size_t>()]
+                 [channel["target"]["path"].get<std::string>()] =
+            std::vector<double>(values.end() - static_cast<ptrdiff_t>(parts), values.end());
+    }
+    EXPECT_NEAR(WorldsOf(file.json).back()[12], 37, 1e-5);
+}
+
+TEST_F(GlbTest, MoreVerticesThan16BitsCountHaveWiderIndices)
+{
+    WriteFile("many.3ds", Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), Faces([] {
+                                                             std::vector<uint16_t> corners;
+                                                             for (int face = 0; face < 22000; ++face)
+                                                                 corners.insert(corners.end(), {0, 1, 2});
+                                                             return corners;
+                                                         }())})})}));
+    ASSERT_EQ(Start("many.3ds --glb m.glb -o m.mcx").status, 0);
+    const GlbFile file = ReadGlb("m.glb");
+    const std::vector<double> indices = NumbersOf(file, file.json["meshes"][0]["primitives"][0]["indices"]);
+    ASSERT_EQ(indices.size(), 66000u);
+    EXPECT_EQ(indices.back(), 65999);
+}
+
 TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)
 {
     MakeInputs();

@@ -73,7 +73,16 @@ TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
     EXPECT_NE(json.find("\"A\\u009b\\u007f\xC3\xA4\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"pivot\":[null,null,1]"), std::string::npos) << json;
     EXPECT_NE(text.find("  \"\\x1b[\\xe4\\  1 vertex"), std::string::npos) << text;
+    EXPECT_NE(text.find("  size 0 x 0 x 0, from 0 0 0 to 0 0 0 (z taken as up)\n"), std::string::npos)
+        << text;
     EXPECT_TRUE(std::regex_search(text, std::regex("only --flat writes them\n  LOST"))) << text;
+}
+
+TEST_F(InfoPreviewTest, AnEmptySceneHasNoSize)
+{
+    WriteFile("scene.3ds", Scene({NamedObject("A", {Mesh({})})}));
+    EXPECT_EQ(Info().find("size"), std::string::npos);
+    EXPECT_NE(Info("--json").find("\"bounds\":null"), std::string::npos);
 }
 
 #if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)

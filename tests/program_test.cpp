@@ -54,6 +54,11 @@ static const Row rows[] = {
     {"two.3ds --json", 2, "--json needs --info"},
     {"two.3ds --preview x.gif", 2, "\"x.gif\" doesn't end in .png"},
     {"two.3ds -j 0", 2, "--jobs: \"0\" is no number from 1 to 256"},
+    {"two.3ds --summary s.json", 0,
+     "^3ds2mcx: two.3ds: wrote two.mcx [^\n]*\n3ds2mcx: wrote s.json \\([0-9]+ bytes\\)\n$",
+     "s.json two.mcx"},
+    {"two.3ds --summary lost/s.json", 1,
+     "^3ds2mcx: error: cannot write \"lost/s.json\": folder \"lost\": No such file"},
     {"two.3ds --summary two.mcx", 2, "the summary and the output of \"two.3ds\" would both be"},
     {"two.3ds --summary two.vue", 2, "the summary would take the place of \"two.vue\""},
     {"--info --json two.3ds", 0, "^\\{\"scene\":\"two.3ds\""},
@@ -191,7 +196,9 @@ TEST_F(ProgramTest, TargetsThatAreNoPlainFilesStayWhatTheyAre)
     EXPECT_EQ(full.status, 1);
     EXPECT_NE(full.said.find("cannot write \"/dev/full\": No space left on device"), std::string::npos);
     EXPECT_EQ(full.files, "");
-    EXPECT_EQ(Start("--info two.3ds >/dev/full").status, 1);
+    const Outcome unread = Start("--info two.3ds >/dev/full");
+    EXPECT_EQ(unread.status, 1);
+    EXPECT_NE(unread.said.find("cannot write to the standard output: No space left"), std::string::npos);
     EXPECT_EQ(Start("two.3ds -o good.mcx 2>/dev/full").status, 0) << "nobody reads the reports";
     EXPECT_TRUE(fs::exists("good.mcx"));
     EXPECT_EQ(Start("two.3ds -o /dev/null --header").status, 1); // not /dev/null.h
