@@ -43,6 +43,11 @@ TEST_F(InfoPreviewTest, TheOverviewTellsWhatIsThereAndWhatStaysBehind)
     WriteFile("BRICK.GIF", "");
     const std::string json = Info("--json"), text = Info();
     EXPECT_TRUE(IsJson(json)) << json;
+    size_t materials = 0;
+    for (size_t at = json.find("\"shading\":"); at != std::string::npos;
+         at = json.find("\"shading\":", at + 1))
+        ++materials;
+    EXPECT_EQ(materials, 6u) << "the default one, and five of the file";
     for (const char *part :
          {"\"vertices\":11,\"faces\":8,\"dummies\":1,\"frames\":2,\"animation\":false",
           "\"name\":\"BASE PLATE\",\"outputName\":\"BASE_PLATE\"[^{}]*\"parent\":null,\"depth\":0,",
