@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <map>
+#include <numeric>
 #include <regex>
 #include <sstream>
 
@@ -253,6 +254,17 @@ TEST_F(GlbTest, ItsTrianglesAreWhereTheScriptPutsThem)
         }
 }
 
+// What a matrix can say stays out of the vertices.
+TEST_F(GlbTest, NodesHaveTheirPlacements)
+{
+    Start("worked.3ds -o m.mcx --glb m.glb");
+    size_t matrices = 0;
+    const GlbFile file = ReadGlb("m.glb");
+    for (const Json &node : file.json["nodes"])
+        matrices += node.contains("matrix") ? 1 : 0;
+    EXPECT_EQ(matrices, 4u);
+}
+
 TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
 {
     const Bytes png = Bytes("\x89PNG\r\n\x1a\n", 8) +
@@ -333,6 +345,7 @@ TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
     EXPECT_NE(run.said.find("note: faces that the .glb lacks, as their corners are no finite numbers: 2\n"),
               std::string::npos)
         << run.said;
+    EXPECT_EQ(run.said.find("textures"), std::string::npos) << run.said;
     EXPECT_EQ(TrianglesOf(ReadGlb("m.glb")).size(), 1u);
     Start("worked.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
     size_t modes = 0;
@@ -379,6 +392,14 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
     const std::vector<std::vector<Matrix>> frames = FramesOf(ReadText("m.mca"), nodes);
     ASSERT_EQ(frames.size(), 60u);
     const Json animation = file.json["animations"][0];
+    for (const Json &channel : animation["channels"]) {
+        if (channel["target"]["path"] != "rotation")
+            continue;
+        const Json &sampler = animation["samplers"][channel["sampler"].get<size_t>()];
+        const std::vector<double> turns = NumbersOf(file, sampler["output"]);
+        for (size_t at = 4; at < turns.size(); at += 4) // the short way round
+            EXPECT_GE(std::inner_product(&turns[at], &turns[at] + 4, &turns[at - 4], 0.0), 0.0);
+    }
     for (const size_t frame : {0u, 17u, 59u}) {
         for (const Json &channel : animation["channels"]) {
             const Json &sampler = animation["samplers"][channel["sampler"].get<size_t>()];

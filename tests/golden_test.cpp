@@ -1,5 +1,9 @@
 // Compares whole outputs of one scene byte by byte. MC3DS_UPDATE_GOLDEN=1 in the environment regenerates the
 // golden files: review the difference before you commit it.
+#include <cmath>
+#include <cstring>
+
+#include "frame/number_text.h"
 #include "harness.h"
 #include "worked_scene.h"
 
@@ -40,4 +44,29 @@ TEST_F(GoldenTest, TheWorkedSceneComesOutAsItAlwaysDid)
         EXPECT_TRUE(MatchesGolden(Output(scene, options), row.name));
     }
     EXPECT_TRUE(MatchesGolden(TakeReportLines(), "reports.txt"));
+}
+
+// Odd multiples of 1/128 are halfway between two numbers of six decimals; printf rounds to the even one.
+TEST_F(GoldenTest, NumbersAreThoseOfPrintf)
+{
+    uint64_t pattern = 88172645463325252;
+    for (int i = -20001; i < 20001; i += 2) {
+        pattern ^= pattern << 13, pattern ^= pattern >> 7, pattern ^= pattern << 17;
+        double any;
+        std::memcpy(&any, &pattern, sizeof any);
+        const double near = static_cast<double>(pattern >> 20) / 1e6; // about 2^24
+        for (const double number : {i / 128.0, near, std::nextafter(i / 128.0, 1e9), std::fmod(any, 1e12)}) {
+            if (!std::isfinite(number))
+                continue;
+            char ours[400], wide[400], theirs[800];
+            *Mc3dsPutFixed(ours, number) = *Mc3dsPutFixedWide(wide, number) = '\0';
+            std::snprintf(theirs, sizeof theirs, "%f %10.6f", number, number);
+            ASSERT_EQ(ours + (std::string(" ") + wide), theirs);
+            const auto narrow = static_cast<float>(number);
+            *Mc3dsPutFixed(ours, narrow) = *Mc3dsPutFixedWide(wide, narrow) = '\0';
+            std::snprintf(theirs, sizeof theirs, "%f %10.6f", static_cast<double>(narrow),
+                          static_cast<double>(narrow));
+            ASSERT_EQ(ours + (std::string(" ") + wide), theirs);
+        }
+    }
 }

@@ -154,6 +154,7 @@ TEST_F(HostileFolderTest, ARunThatEndsEarlyLeavesItsSummaryAndNoTemporaryFiles)
         RunCommand("{ " + start + jobs + begun + "kill -TERM $id; wait $id; }");
         const std::string summary = ReadFile("s.json");
         EXPECT_NE(summary.find("\"interrupted\": true"), std::string::npos);
+        EXPECT_EQ(summary.find("\"scene\": \"\""), std::string::npos) << "only scenes that were converted";
         EXPECT_NE(summary.find("\"done\": true"), std::string::npos);
         for (const fs::directory_entry &entry : fs::directory_iterator("out"))
             EXPECT_FALSE(entry.path().filename().string().starts_with(".")) << entry.path();

@@ -60,7 +60,8 @@ TEST_F(InfoPreviewTest, TheOverviewTellsWhatIsThereAndWhatStaysBehind)
     for (const char *part : {"\n  BASE PLATE  4 vertices, 3 faces; RED, GLASS, CLAY\n"
                              "  `- Dummy0  dummy; pivot 0 0 3\n     `- ARM  ",
                              "BRICK.GIF  lies beside the scene\n", "as mask.gif: only the case",
-                             "WOOD  is not beside", "#0000ff GLASS  Phong"})
+                             "WOOD  is not beside", "#0000ff GLASS  Phong", "\nMaterials\n", "  lights SUN\n",
+                             "  cameras EYE\n", "  hidden meshes GHOST\n"})
         EXPECT_NE(text.find(part), std::string::npos) << part << '\n' << text;
 }
 
@@ -202,6 +203,13 @@ TEST_F(InfoPreviewTest, WhatIsInFrontCoversWhatIsBehind)
             << form << '\n'
             << AsText(ReadPicture("p.png"));
     }
+}
+
+TEST_F(InfoPreviewTest, WiresAreDrawnFromCornerToCorner)
+{
+    Draw(0, 0, "--preview-size 64x48");
+    const std::string text = AsText(ReadPicture("out.png"));
+    EXPECT_LE(CountOfOthers(text, "picture_wires.txt"), 12u) << text;
 }
 
 // Nine frames, of which the strip has 0, 2, 4, 6 and 8.
