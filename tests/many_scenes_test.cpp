@@ -226,6 +226,8 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         {Scene({point}), "--size 3", "no extent that --size could be made of"},
         {Scene({point}), "--scale 3e38", "beyond what a number holds"},
         {Scene({hole}), "", "vertices that hold no finite numbers.*: 1; the first is in \"HOLE\""},
+        {Scene({NamedObject("FAR", {Mesh({MeshMatrix({1, 0, 0, 0, 1, 0, 0, 0, 1, nan, 0, 0})})})}), "",
+         "placements that hold no finite numbers.*: 1; the first is that of \"FAR\""},
         {Scene({point}), "", "warning: 1 of 1 faces have no material and are flat green\n[^\n]*\n$"},
     };
     for (const auto &row : rows) {
