@@ -278,6 +278,9 @@ TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
     const GlbFile file = ReadGlb("m.glb");
     EXPECT_NE(file.binary.find(png), std::string::npos);
     EXPECT_EQ(file.json["images"].size(), 2u);
+    EXPECT_EQ(run.said.find("note: faces"), std::string::npos) << run.said;
+    for (const Json &view : file.json["bufferViews"])
+        EXPECT_EQ(view["byteOffset"].get<size_t>() % 4, 0u);
     std::map<std::string, Json> byTexture;
     size_t lines = 0;
     for (const Json &mesh : file.json["meshes"])

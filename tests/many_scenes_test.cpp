@@ -80,6 +80,17 @@ TEST_F(ManyScenesTest, WorkersMakeDoWithTheDescriptorsThatThereAre)
 }
 #endif
 
+TEST_F(ManyScenesTest, ScenesOfOneNameInTwoFoldersDoNotMeet)
+{
+    fs::create_directories("twins/x");
+    fs::create_directories("twins/y");
+    fs::copy_file("two.3ds", "twins/x/a.3ds");
+    fs::copy_file("two.3ds", "twins/y/a.3ds");
+    const Outcome run = Start("--recursive twins --output-dir out");
+    EXPECT_EQ(run.status, 0) << run.said;
+    EXPECT_EQ(run.files, "out out/x out/x/a.mcx out/y out/y/a.mcx");
+}
+
 TEST_F(ManyScenesTest, TheLastLinesOfARunTakeEightyColumnsAtMost)
 {
     const std::string start = "  1 scene   objects without a parent in the scene (first: ";
