@@ -299,6 +299,7 @@ TEST_F(OutputTest, AmbientCoefficientsHaveAFloorAndCentresTwiceTheRange)
     const std::string far =
         Written(Scene({Object("A", {3e38f, 0, 0, 3.2e38f, 0, 0, 3e38f, 1, 0})}), MC3DS_CENTRE);
     EXPECT_EQ(far.find("inf"), std::string::npos) << "the sum of two bounds is taken in 64 bits";
+    EXPECT_EQ(far.find("nan"), std::string::npos) << far;
 }
 
 TEST_F(OutputTest, FacesThatCannotBeDrawnAreLeftOutAndNothingElse)

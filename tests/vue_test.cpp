@@ -108,6 +108,8 @@ TEST_F(VueTest, APathOf255CharactersStillLeadsToTheFile)
         const std::string stem = folder + '/' + std::string(length - folder.size() - 5, 'n') + '.';
         WriteFile(stem + "3ds", Scene({NamedObject("BOX", {Mesh({})})}, {Kfhdr(3)}));
         WriteFile(stem + "vue", "frame 0 transform BOX" + turned + "5 0 0");
+        // Where the path would lead if it were cut.
+        WriteFile((stem + "3ds").substr(0, 252) + "vue", "frame 0 transform BOX" + turned + "5 0 0");
         const LoadedScene scene = ::Load(stem + "3ds");
         EXPECT_EQ(scene->hasAnimation, length < 256 ? 1u : 0u);
         EXPECT_EQ(TakeReportLines("E").empty(), length < 256);
