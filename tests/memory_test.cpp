@@ -108,11 +108,13 @@ static std::string Describe(const LoadedScene &scene)
 TEST(NamesWithoutMemory, AreComparedOneByOne)
 {
     const char records[3][4] = {"A", "B", "B"};
-    for (const auto &[name, index] : {std::pair<const char *, uint32_t>{"A", 0}, {"B", 1}, {"C", 3}}) {
+    const std::pair<const char *, uint32_t> rows[] = {{"A", 0}, {"B", 1}, {"C", 3}};
+    for (const auto &row : rows) {
         Mc3dsNames names = {};
         uint32_t found = UINT32_MAX;
-        EXPECT_TRUE(RunShortOfMemory(1, true, [&] { found = Mc3dsFindName(&names, records, 4, 3, name); }));
-        EXPECT_EQ(found, index) << name;
+        EXPECT_TRUE(
+            RunShortOfMemory(1, true, [&] { found = Mc3dsFindName(&names, records, 4, 3, row.first); }));
+        EXPECT_EQ(found, row.second) << row.first;
     }
 }
 
