@@ -384,10 +384,10 @@ TEST_F(ItemTest, TracksAreReadWithTheirSplinesPassedOver)
     EXPECT_TRUE(LinesMatch(TakeLoadReports("E"), "E1 *\nE1 *\nE2 Object ? not found\nE1 *\nE1 *\n"));
 }
 
-// Ten million keys fit into the length that the chunks claim, and not into what the file may ask for.
+// Half a million keys fit into the length that the chunks claim, and not into what the file may ask for.
 TEST_F(ItemTest, KeysCountAgainstTheLimitOfTheLoad)
 {
-    const Bytes track = ChunkOfLength(0xB020, 0x7FFFFD00, {U16(0), U32(0), U32(0), U32(10000000)});
+    const Bytes track = ChunkOfLength(0xB020, 0x7FFFFD00, {U16(0), U32(0), U32(0), U32(500000)});
     const Bytes node =
         ChunkOfLength(0xB002, 0x7FFFFE00, {Chunk(0xB010, {Text("A"), U32(0), U16(noParent)}), track});
     const LoadedScene scene = LoadBytes(ChunkOfLength(0x4D4D, 0x7FFFFFF0,
