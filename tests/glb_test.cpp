@@ -284,8 +284,15 @@ TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
     std::map<std::string, Json> byTexture;
     size_t lines = 0;
     for (const Json &mesh : file.json["meshes"])
-        for (const Json &primitive : mesh["primitives"])
-            lines += primitive["mode"] == 1 ? 1 : 0;
+        for (const Json &primitive : mesh["primitives"]) {
+            if (primitive["mode"] != 1)
+                continue;
+            ++lines;
+            const std::vector<double> ends = NumbersOf(file, primitive["indices"]);
+            EXPECT_EQ(ends.size(), 6u);
+            for (size_t at = 0; at < ends.size(); at += 2)
+                EXPECT_NE(ends[at], ends[at + 1]);
+        }
     for (const Json &material : file.json["materials"])
         byTexture[material["extras"].value("texture", "") +
                   material["extras"]["lightSampling"].get<std::string>()] = material;

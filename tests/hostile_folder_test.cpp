@@ -45,7 +45,7 @@ TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
     fs::copy_file("two.3ds", "elsewhere/away.3ds");
     for (const char *name :
          {"archive/link.3ds", "archive/\x1B[2J.3ds", "archive/\xC2\x9B.3ds", "archive/q\"uote.3ds",
-          "archive/line\nbreak.3ds", "archive/latin\xE4.3ds", "archive/deep/two.3ds"})
+          "archive/line\nbreak.3ds", "archive/latin\xE4.3ds", "archive/deep/two.3ds", "archive/deep/b.3ds"})
         fs::copy_file("two.3ds", name);
     fs::create_symlink("../outside.mcx", "archive/link.mcx");
     fs::create_symlink("../outside.h", "archive/link.h");
@@ -70,7 +70,9 @@ TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
     // A link below --output-dir isn't followed; a link given with -o is.
     fs::create_directory("out");
     fs::create_symlink("../elsewhere", "out/deep");
-    EXPECT_EQ(Start("--recursive archive --output-dir out", "timeout 60 ").status, 1);
+    const Outcome away = Start("--recursive archive --output-dir out", "timeout 60 ");
+    EXPECT_EQ(away.status, 1);
+    EXPECT_NE(away.said.find("its folder \"out/deep\" is a link"), std::string::npos) << away.said;
     EXPECT_FALSE(fs::exists("elsewhere/two.mcx"));
     fs::create_symlink("outside.mcx", "named.mcx");
     EXPECT_EQ(Start("two.3ds -o named.mcx").status, 0);

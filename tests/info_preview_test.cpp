@@ -85,11 +85,13 @@ TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
     EXPECT_TRUE(std::regex_search(text, std::regex("only --flat writes them\n  LOST"))) << text;
 }
 
-TEST_F(InfoPreviewTest, AnEmptySceneHasNoSize)
+TEST_F(InfoPreviewTest, TheSizeIsThatOfTheVertices)
 {
     WriteFile("scene.3ds", Scene({NamedObject("A", {Mesh({})})}));
     EXPECT_EQ(Info().find("size"), std::string::npos);
     EXPECT_NE(Info("--json").find("\"bounds\":null"), std::string::npos);
+    WriteFile("scene.3ds", Scene({NamedObject("A", {Mesh({Points({1, 2, 3, 4, 6, 9})})})}));
+    EXPECT_NE(Info().find("  size 3 x 4 x 6, from 1 2 3 to 4 6 9 (z taken as up)\n"), std::string::npos);
 }
 
 #if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)

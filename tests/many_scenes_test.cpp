@@ -61,6 +61,7 @@ TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
         const std::string summary = std::regex_replace(ReadFile("sum.json"), std::regex("\\s+"), "");
         EXPECT_TRUE(Says(summary,
                          "\"total\":\\{.*\"objects\":6,\"vertices\":18,\"triangles\":6,\"sceneObjects\":8,"));
+        EXPECT_EQ(summary.find("interrupted"), std::string::npos);
         EXPECT_TRUE(Says(summary, "\"warnings\":\\[\\{[^{}]*\"scenes\":2,\"count\":2,"));
         EXPECT_TRUE(Says(summary, "bad.3Ds\",\"done\":false,\"error\":\"Fileisnot[^{}]*\"written\":\\[\\]"));
         EXPECT_TRUE(

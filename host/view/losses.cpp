@@ -131,7 +131,7 @@ std::string LostKeysText(const Mc3dsFile *scene)
     }
     if (moving == 0 || scene->hasAnimation || scene->vueError != 0)
         return "";
-    return "keys of " + Counted(moving, "object") + (moving == 1 ? " moves" : " move") +
+    return "keys of " + Counted(moving, "object") + " move" +
            (scene->frameCount == 0 ? "" : " over " + Counted(scene->frameCount, "frame")) +
            "; animation comes from a .vue file alone, and there is none";
 }
