@@ -419,27 +419,40 @@ void RunInProcesses(size_t count, size_t atOnce, const std::function<std::string
                     const Finished &finished)
 {
     TaskList *const tasks = MakeTaskList(count, atOnce);
-    std::string why;
-    for (size_t i = 0; i < std::min(atOnce, count) && (why = StartWorker(tasks, i, work)).empty(); ++i) {
+    // A worker may be killed after it has answered, or after it has taken an index that nobody knows of.
+    std::vector<bool> isFinished(count);
+    const Finished finish = [&](size_t index, const std::string &answer, const std::string &failure) {
+        if (!isFinished[index])
+            finished(index, answer, failure);
+        isFinished[index] = true;
+    };
+    std::string why = "its process is lost";
+    const auto start = [&](size_t place) {
+        const std::string failure = StartWorker(tasks, place, work);
+        if (!failure.empty())
+            why = "no process can be started: " + failure;
+        return failure.empty();
+    };
+    for (size_t i = 0; i < std::min(atOnce, count) && start(i); ++i) {
     }
     while (!workers.empty()) {
         const std::vector<pollfd> pipes = WaitForAnswers();
         for (size_t i = pipes.size(); i-- > 0;) {
             if (pipes[i].revents == 0 || ReadAnswers(&workers[i])) {
-                TakeAnswers(&workers[i], finished);
+                TakeAnswers(&workers[i], finish);
                 continue;
             }
             std::string failure;
             const Worker ended = EndWorker(i, &failure);
             const size_t index = tasks->busyWith[ended.place];
             if (index < count)
-                finished(index, "", failure);
+                finish(index, "", failure);
             if (index < count && tasks->next < count)
-                why = StartWorker(tasks, ended.place, work);
+                start(ended.place);
         }
     }
-    for (size_t index; (index = tasks->next++) < count;)
-        finished(index, "", "no process can be started: " + why);
+    for (size_t index = 0; index < count; ++index)
+        finish(index, "", why);
     munmap(static_cast<void *>(tasks), sizeof(TaskList) + atOnce * sizeof(std::atomic<size_t>));
 }
 
