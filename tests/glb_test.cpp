@@ -343,6 +343,7 @@ TEST_F(GlbTest, NormalsAreThoseOfTheFaceOrOfTheAnglesAround)
             EXPECT_NEAR(flat[9 + vertex * 3 + axis], second[axis], 1e-6);
         }
     EXPECT_NEAR(smooth[3 * 1 + 1], 1, 1e-6);
+    EXPECT_EQ(std::vector<double>(flat.begin() + 24, flat.end()), std::vector<double>({0, 1, 0}));
 }
 
 // Faces that a reader of the format can't take are left out, and counted.
@@ -394,14 +395,13 @@ static std::vector<std::vector<Matrix>> FramesOf(const std::string &text, const 
     return frames;
 }
 
-TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
+// Converts scene.3ds with its animation, and compares the placements of those frames with the animation file.
+static void ExpectFrames(const std::string &scene, const std::vector<size_t> &wanted)
 {
-    ASSERT_EQ(Start("orrery.3ds --animation --glb m.glb -o m.mcx").status, 0);
+    ASSERT_EQ(Start(scene + ".3ds --animation --glb m.glb -o m.mcx").status, 0);
     GlbFile file = ReadGlb("m.glb");
-    const Json nodes = file.json["nodes"];
+    const Json nodes = file.json["nodes"], animation = file.json["animations"][0];
     const std::vector<std::vector<Matrix>> frames = FramesOf(ReadText("m.mca"), nodes);
-    ASSERT_EQ(frames.size(), 60u);
-    const Json animation = file.json["animations"][0];
     for (const Json &channel : animation["channels"]) {
         if (channel["target"]["path"] != "rotation")
             continue;
@@ -410,7 +410,8 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
         for (size_t at = 4; at < turns.size(); at += 4) // the short way round
             EXPECT_GE(std::inner_product(&turns[at], &turns[at] + 4, &turns[at - 4], 0.0), 0.0);
     }
-    for (const size_t frame : {0u, 17u, 59u}) {
+    for (const size_t frame : wanted) {
+        ASSERT_LT(frame, frames.size());
         for (const Json &channel : animation["channels"]) {
             const Json &sampler = animation["samplers"][channel["sampler"].get<size_t>()];
             EXPECT_NEAR(NumbersOf(file, sampler["input"])[frame], static_cast<double>(frame) / 30, 1e-6);
@@ -425,8 +426,30 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
         for (size_t node = 0; node < worlds.size(); ++node)
             for (size_t i = 0; i < 16; ++i)
                 EXPECT_NEAR(worlds[node][i], frames[frame][node][i], 3e-4)
-                    << nodes[node]["name"] << ' ' << frame;
+                    << nodes[node]["name"] << ' ' << frame << ' ' << i;
     }
+}
+
+TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
+{
+    ExpectFrames("orrery", {0, 17, 59});
+    // Half and quarter turns, a mirror, lost axes.
+    const char *const turns[] = {
+        "1 0 0 0 1 0 0 0 1",          "1 0 0 0 -1 0 0 0 -1", "-1 0 0 0 1 0 0 0 -1",
+        "-1 0 0 0 -1 0 0 0 1",        "0 1 0 0 0 1 1 0 0",   "0 0 1 1 0 0 0 1 0",
+        "0 -3 0 2 0 0 0 0 1",         "1 0 0 0 1 0 0 0 -2",  "0 0 0 0 0.6 0.8 0 -0.8 0.6",
+        "0.6 0 0.8 0 0 0 -2.4 0 1.8", "-3 4 0 4 3 0 0 0 0"};
+    std::string vue;
+    std::vector<size_t> all;
+    for (size_t i = 0; i < std::size(turns); ++i) {
+        vue +=
+            "frame " + std::to_string(i) + " transform BOX " + turns[i] + " 1 2 " + std::to_string(i) + '\n';
+        all.push_back(i);
+    }
+    WriteFile("turns.vue", vue);
+    WriteFile("turns.3ds", Scene({Glass(), Triangle("BOX", 0)},
+                                 {Kfhdr(static_cast<uint32_t>(all.size())), ObjectNode("BOX", noParent)}));
+    ExpectFrames("turns", all);
     // An animation in glTF can't express shear: the nearest placement is written, with a note.
     WriteFile("bent.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", noParent)}));
     WriteFile("bent.vue",

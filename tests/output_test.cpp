@@ -226,6 +226,8 @@ TEST_F(OutputTest, TexturesFollowTheMapsOfTheMaterial)
         {texture + mask, MC3DS_TEXTURE_EXTENSION, "bmp", " NULL # Brick.bmp Mask MASK.bmp "},
         {texture + sky, keep, "", " Brick.GIF"},
         {sky + mask, keep, "", " SKY.CEL"},
+        {Map(0xA220, "S"), keep, "", " S"},
+        {Map(0xA200, "B") + Map(0xA210, "M"), keep, "", "Ext B Mask M"},
         {sky + mask, 0, "", " NULL # SKY.CEL"},
         {sky, replace, "", " SKY"},
         {sky, replace, nullptr, " SKY"},

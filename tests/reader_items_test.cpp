@@ -25,7 +25,7 @@ TEST_F(ItemTest, AMaterialIsStoredAndListed)
     // For the byte 60, the product with the stored constant and the quotient by 255 differ in the last bit.
     const LoadedScene scene = LoadBytes(Scene(
         {Material("OAK", {Finish(Chunk(0x0010, {F32s({0, 0.5f, 1})}), Colour24(255, 60, 0), grey, 4, 100, 7),
-                          Map(0xA220, "ROOM.CEL"), Map(0xA210, "HOLES.CEL"), Map(0xA200, "Oak.cel")})}));
+                          Map(0xA220, "R"), Map(0xA210, "HOLES.CEL"), Map(0xA200, "O")})}));
     EXPECT_EQ(TakeLoadReports(), "M1 Material <OAK>\n"
                                  "M2 \tAmbient\t\t(0.000000, 0.500000, 1.000000)\n"
                                  "M2 \tDiffuse\t\t(1.000000, 0.235294, 0.000000)\n"
@@ -33,8 +33,8 @@ TEST_F(ItemTest, AMaterialIsStoredAndListed)
                                  "M2 \tShading\t\tMetal\n"
                                  "M2 \tShininess\t1.000000\n"
                                  "M2 \tTransparency\t0.070000\n"
-                                 "M2 \tTexture\t\t<Oak.cel>\n"
-                                 "M2 \tEnvironment\t<ROOM.CEL>\n"
+                                 "M2 \tTexture\t\t<O>\n"
+                                 "M2 \tEnvironment\t<R>\n"
                                  "M2 \n");
     ASSERT_EQ(scene->materialCount, 2);
     const Mc3dsMaterial &material = scene->materials[1];

@@ -13,6 +13,8 @@ static std::string OnTerminal(const std::string &variables, const std::string &a
     return RunCommand("script -qec '" + line + "' /dev/null < /dev/null").output;
 }
 
+using namespace chunks;
+
 struct TerminalTest : SceneTest {};
 
 TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
@@ -21,6 +23,10 @@ TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
         GTEST_SKIP() << "no script";
     MakeInputs();
     std::filesystem::copy_file("two.3ds", "b.3ds");
+    const Bytes grey = Colour24(51, 51, 51);
+    // Levels beside the limits of the table of 256 colours.
+    WriteFile("edges.3ds", Scene({Chunk(0x2100, {Colour24(47, 48, 114)}),
+                                  Material("A", {Finish(grey, Colour24(115, 154, 155), grey, 2)})}));
     const struct {
         const char *variables, *arguments;
         std::vector<const char *> has, hasNot;
@@ -29,6 +35,7 @@ TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
          "--info two.3ds",
          {"\x1b[48;5;59m    \x1b[0m #333333 GLASS", "`- LID"},
          {"\x1b[48;2"}},
+        {"TERM=xterm-256color", "--info edges.3ds", {"\x1b[48;5;23m", "\x1b[48;5;103m"}, {}},
         {"TERM=xterm-256color COLORTERM=truecolor", "--info two.3ds", {"\x1b[48;2;51;51;51m"}, {"\x1b[48;5"}},
         {"TERM=xterm-direct LC_ALL=C.UTF-8", "--info two.3ds", {"\x1b[48;2;51;51;51m", "└─ LID"}, {}},
         {"TERM=xterm-256color NO_COLOR=1", "--info two.3ds", {"  #333333 GLASS"}, {"\x1b"}},

@@ -238,7 +238,7 @@ def build(faults, copy, sanitize):
         done = subprocess.run(["cmake", "--build", str(copy / "build"), "--", "-k", "0"], capture_output=True, text=True)
         if done.returncode == 0:
             return faults
-        places = re.findall(re.escape(str(copy)) + r"/((?:src|platform|host)/[\w/.]+):(\d+):\d+: (?:error|  required)", done.stdout)
+        places = re.findall(r"(?m)^\S*?\b((?:src|platform|host)/[\w/.]+):(\d+):\d+: (?:error|  required)", done.stdout)
         # The second try is for declarations that a fault has spoilt, and that the errors come after.
         for before in (0, 40):
             bad = {number for number, fault in faults.items() for file, line in places
