@@ -270,9 +270,9 @@ static double EstimateSamples(const Canvas &canvas, const SeenMesh &mesh)
         const double right = std::min(width, double{std::max({a.x, b.x, c.x})});
         const double top = std::max(0.0f, std::min({a.y, b.y, c.y}));
         const double bottom = std::min(height, double{std::max({a.y, b.y, c.y})});
-        if (!(left < right) || !(top < bottom))
-            continue;
         const double area = std::abs((b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y)) / 2;
+        if (!(left < right) || !(top < bottom) || !std::isfinite(area))
+            continue;
         samples += std::min(area, (right - left) * (bottom - top)) + (bottom - top);
     }
     return samples;
