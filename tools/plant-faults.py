@@ -239,10 +239,11 @@ def build(faults, copy, sanitize):
         if done.returncode == 0:
             return faults
         places = re.findall(r"(?m)^\S*?\b((?:src|platform|host)/[\w/.]+):(\d+):\d+: (?:error|  required)", done.stdout)
-        # The second try is for declarations that a fault has spoilt, and that the errors come after.
-        for before in (0, 40):
+        # The second try is for errors that are reported at the end of the line before, and for declarations that a
+        # fault has spoilt, and that the errors come after.
+        for least, most in ((0, 0), (-1, 40)):
             bad = {number for number, fault in faults.items() for file, line in places
-                   if fault.file == file and 0 <= int(line) - 1 - fault.line <= before}
+                   if fault.file == file and least <= int(line) - 1 - fault.line <= most}
             if bad:
                 break
         if not bad:
