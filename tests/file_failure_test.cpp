@@ -15,9 +15,10 @@ extern "C" FILE *__real_fopen64(const char *path, const char *mode);
 static struct {
     std::string suffix, bytes;
     size_t position;
-    int reads;   // so far; each returns at most seven bytes
-    int failing; // number of the first read that fails; all later ones fail too
-    bool atEnd;  // failing reads return end of file instead of an error
+    int reads;            // so far; each returns at most seven bytes
+    int failing;          // number of the first read that fails; all later ones fail too
+    bool atEnd;           // failing reads return end of file instead of an error
+    bool isStuck = false; // seeks fail once something has been read
 } disk;
 
 static ssize_t ReadPiece(void *, char *out, size_t size)
@@ -36,6 +37,10 @@ static ssize_t ReadPiece(void *, char *out, size_t size)
 static int MoveTo(void *, off64_t *offset, int whence)
 {
     const size_t from = whence == SEEK_CUR ? disk.position : whence == SEEK_END ? disk.bytes.size() : 0;
+    if (disk.isStuck && disk.reads > 0) {
+        errno = ESPIPE;
+        return -1;
+    }
     *offset += static_cast<off64_t>(from);
     disk.position = static_cast<size_t>(*offset);
     return 0;
@@ -86,6 +91,18 @@ TEST_F(FileFailureTest, AFileThatFailsInAnyReadEndsTheLoadAndHarmsNoOther)
                 EXPECT_EQ(loadFromDisk("", 0, false), whole);
             }
     }
+}
+
+TEST_F(FileFailureTest, AFileThatCannotBeSeekedIsReportedAsUnreadable)
+{
+    using namespace chunks;
+    const Bytes mesh = NamedObject("A", {Mesh({})});
+    disk = {"3ds", Scene({mesh, Chunk(0x1234, {Bytes(200000, ' ')}), mesh}), 0, 0, INT32_MAX, false, true};
+    const LoadedScene scene = Load("scene.3ds");
+    EXPECT_NE(TakeReportLines("E"), "");
+    ASSERT_TRUE(scene);
+    EXPECT_EQ(scene->readError, ESPIPE);
+    disk = {};
 }
 
 // The number in which the file fails keeps the bytes that came and is filled up with 0xFF. Those after it are

@@ -297,6 +297,9 @@ TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
         byTexture[material["extras"].value("texture", "") +
                   material["extras"]["lightSampling"].get<std::string>()] = material;
     EXPECT_EQ(lines, 1u);
+    for (const Json &mesh : file.json["meshes"])
+        for (const Json &primitive : mesh["primitives"])
+            EXPECT_EQ(primitive["attributes"].contains("TEXCOORD_0"), mesh["name"] == "BASE_PLATE") << mesh;
     const Json &glass = byTexture.at("BRICK.GIFVERTEX"), &green = byTexture.at("FACET");
     EXPECT_EQ(glass["alphaMode"], "BLEND");
     EXPECT_EQ(glass["extras"]["mask"], "MASK.GIF");
@@ -350,10 +353,11 @@ TEST_F(GlbTest, NormalsAreThoseOfTheFaceOrOfTheAnglesAround)
 TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    WriteFile("hole.3ds", Scene({NamedObject("HOLE", {Mesh({Points({0, 0, 0, nan, 0, 0, 0, 1, 0, 0, 0, 1}),
-                                                            Faces({0, 1, 2, 0, 2, 3, 3, 2, 1})})})}));
+    const Bytes hole = Mesh({Points({0, 0, 0, nan, 0, 0, 0, nan, 0, 0, 0, nan, 0, 1, 0, 0, 0, 1}),
+                             Faces({0, 4, 5, 1, 4, 5, 4, 2, 5, 5, 4, 3})});
+    WriteFile("hole.3ds", Scene({NamedObject("HOLE", {hole})}));
     const Outcome run = Start("hole.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
-    EXPECT_NE(run.said.find("note: faces that the .glb lacks, as their corners are no finite numbers: 2\n"),
+    EXPECT_NE(run.said.find("note: faces that the .glb lacks, as their corners are no finite numbers: 3\n"),
               std::string::npos)
         << run.said;
     EXPECT_EQ(run.said.find("textures"), std::string::npos) << run.said;
@@ -460,6 +464,30 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
         run.said, std::regex("note: placements of the animation that a .glb can't say are the "
                              "nearest that it can: up to [0-9.]+ units of the file away\n")))
         << run.said;
+}
+
+// The shear is in the vertices, and what remains is a motion that the format can say.
+TEST_F(GlbTest, ASlantedObjectKeepsItsShapeWhenItMoves)
+{
+    WriteFile("bent.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", noParent)}));
+    WriteFile("bent.vue",
+              "frame 0 transform BOX 1 1 0 0 1 0 0 0 1 0 0 0 frame 1 transform BOX 1 1 0 0 1 0 0 0 1 5 0 0");
+    const Outcome run = Start("bent.3ds --animation --glb b.glb -o b.mcx");
+    EXPECT_EQ(run.said.find("nearest"), std::string::npos) << run.said;
+    GlbFile file = ReadGlb("b.glb");
+    const std::vector<Triangle3> first = TrianglesOf(file);
+    for (const Json &channel : file.json["animations"][0]["channels"]) {
+        const Json &sampler = file.json["animations"][0]["samplers"][channel["sampler"].get<size_t>()];
+        const std::vector<double> values = NumbersOf(file, sampler["output"]);
+        file.json["nodes"][channel["target"]["node"].get<size_t>()]
+                 [channel["target"]["path"].get<std::string>()] =
+            std::vector<double>(values.begin() + static_cast<ptrdiff_t>(values.size() / 2), values.end());
+    }
+    ASSERT_EQ(first.size(), 1u);
+    for (size_t corner = 0; corner < 3; ++corner)
+        for (size_t axis = 0; axis < 3; ++axis)
+            EXPECT_NEAR(TrianglesOf(file)[0][corner][axis], first[0][corner][axis] + (axis == 0 ? 5 : 0),
+                        1e-5);
 }
 
 // What stands still between a root and a part that moves keeps its place.

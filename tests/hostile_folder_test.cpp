@@ -74,6 +74,9 @@ TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
     EXPECT_EQ(away.status, 1);
     EXPECT_NE(away.said.find("its folder \"out/deep\" is a link"), std::string::npos) << away.said;
     EXPECT_FALSE(fs::exists("elsewhere/two.mcx"));
+    EXPECT_NE(
+        Start("two.3ds -o /proc/x.mcx").said.find("\"/proc/x.mcx\": folder \"/proc\" can't be written to: "),
+        std::string::npos);
     fs::create_symlink("outside.mcx", "named.mcx");
     EXPECT_EQ(Start("two.3ds -o named.mcx").status, 0);
     EXPECT_TRUE(fs::is_symlink("named.mcx"));

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <numeric>
 #include <regex>
 #include <set>
 
@@ -71,6 +72,20 @@ TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
     }
 }
 
+TEST_F(ManyScenesTest, LinesWithoutEndAreCutAndErrorsAreNot)
+{
+    std::vector<uint16_t> corners(65535);
+    std::iota(corners.begin(), corners.end(), uint16_t{0});
+    std::vector<float> places(3 * 65535, 1.0f), uvs(2 * 65535, 99.0f);
+    uvs[0] = uvs[1] = 0.0f;
+    const Bytes wide = Mesh({Points(places), TexVerts(uvs), Faces(corners)});
+    WriteFile("wide.3ds", Scene({NamedObject("A", {wide})}));
+    const std::string said = Start("wide.3ds none.3ds -v -j 2").said;
+    EXPECT_EQ(CountOf(said, "3ds2mcx: wide.3ds: further lines left out\n"), 1u);
+    EXPECT_LT(said.size(), size_t{5} << 20);
+    EXPECT_TRUE(said.find("none.3ds: error: the scene has no objects") != std::string::npos);
+}
+
 #if !defined(_WIN32)
 // Where more workers can't be started, those that could do all the work.
 TEST_F(ManyScenesTest, WorkersMakeDoWithTheDescriptorsThatThereAre)
@@ -111,10 +126,11 @@ TEST_F(ManyScenesTest, TheLastLinesOfARunTakeEightyColumnsAtMost)
 TEST_F(ManyScenesTest, ScenesThatWouldMeetInOneFileAreRefusedBeforeAnyWork)
 {
     std::string objects;
-    for (int i = 0; i < 11; ++i)
+    for (int i = 0; i < 101; ++i)
         objects += Triangle("O" + std::to_string(i), 0);
     WriteFile("n.3ds", Scene({objects}));
     fs::copy_file("two.3ds", "n1.3ds");
+    fs::copy_file("two.3ds", "n10.3ds");
     fs::copy_file("two.3ds", "two.mcx");
     const struct {
         const char *arguments;
@@ -124,6 +140,7 @@ TEST_F(ManyScenesTest, ScenesThatWouldMeetInOneFileAreRefusedBeforeAnyWork)
         {"two.3ds tree/a.3ds dir/../two.3ds", 2, "\"two.3ds\" and \"dir.*two.3ds\" would both write"},
         {"tree/a.3ds two.mcx", 2, "\"two.mcx\" would be written to \"two.mcx\", a file of the scene"},
         {"n.3ds n1.3ds --per-object", 2, "\"n1?.3ds\" and \"n1?.3ds\" would both write \"n10.mcx\""},
+        {"n.3ds n10.3ds --per-object", 2, "\"n(10)?.3ds\" and \"n(10)?.3ds\" would both write \"n100.mcx\""},
         {"tree/a.3ds n1.3ds --per-object -q", 0, ""},
     };
     for (const auto &row : rows) {
@@ -207,6 +224,35 @@ TEST_F(ManyScenesTest, EachKindOfWarningIsShownOnceAndCanCountAsFailure)
     }
 }
 
+TEST_F(ManyScenesTest, WarningsThatDifferInNamesAndNumbersAreOfOneKind)
+{
+    const std::string place = " 1 0 0 0 1 0 0 0 1 0 0 0 ";
+    WriteFile("kinds.vue", "frame 0 transform A" + place + "transform \"X 12\"" + place + "transform Y<3" +
+                               place + "frame 7 transform A" + place + "frame 18 transform A" + place);
+    const Bytes wide =
+        Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), TexVerts({0, 0, 99, 0, 0, 1}), Faces({0, 1, 2})});
+    WriteFile("kinds.3ds",
+              Scene({NamedObject("A", {wide}), NamedObject("5 names < 6> of 7", {wide}),
+                     NamedObject("\"names\"; of B", {wide}), NamedObject("X2-3 4.5 (6)", {wide})},
+                    {Kfhdr(2), ObjectNode("A", noParent), ObjectNode("Q 1", noParent), ObjectNode("B", 77)}));
+    ASSERT_EQ(Start("kinds.3ds --animation --summary sum.json -q").status, 0);
+    const std::string summary = ReadFile("sum.json");
+    const std::regex kind("\"kind\": \"(.*)\",\n *\"scenes\": 1,\n *\"count\": ([0-9]+)");
+    std::string kinds;
+    for (std::sregex_iterator at(summary.begin(), summary.end(), kind), end; at != end; ++at)
+        kinds += at->str(2) + ' ' + at->str(1) + '\n';
+    const std::string said = Start("kinds.3ds two.3ds --animation").said;
+    EXPECT_TRUE(Says(said, "kinds.3ds: warning: [^\n]*; and 5 more kinds\n"));
+    EXPECT_TRUE(Says(
+        said, "  1 scene   Object name <\\*> is longer than \\* characters \\.\\.\\. \\(first: kinds.3ds"));
+    EXPECT_EQ(kinds, "1 * of * faces have no material and are flat green\n"
+                     "3 Object name <*> is longer than * characters and was cut\n"
+                     "2 Object * not found\n"
+                     "2 unable to find object *\n"
+                     "2 Transform of object * for frame *, which the scene hasn't got, dropped\n"
+                     "12 Texture co-ordinate range larger than *. Possible errors in output\n");
+}
+
 TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();
@@ -249,6 +295,13 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         EXPECT_EQ(run.status, 0);
         EXPECT_TRUE(Says(run.said, *row.says != '\0' ? row.says : "^3ds2mcx: odd.3ds: wrote [^\n]*\n$"));
     }
+    WriteFile("odd.3ds",
+              Scene({Glass(),
+                     NamedObject("A", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}),
+                                             Faces({0, 1, 2, 2, 1, 0}, {MaterialGroup("NOBODY'S", {0}),
+                                                                        MaterialGroup("GLASS", {0}),
+                                                                        MaterialGroup("LOST", {1})})})})}));
+    EXPECT_TRUE(Says(Start("odd.3ds").said, "flat green; they name \"LOST\", which the file lacks\n"));
     WriteFile("gone.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
     const Outcome gone = Start("gone.3ds --summary sum.json");
     EXPECT_EQ(gone.status, 1);
@@ -272,6 +325,11 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), TexVerts({0, 0, 99, 0, 0, 1}), Faces({0, 1, 2})});
     WriteFile("wide.3ds", Scene({NamedObject("WIDE", {wide})}));
     std::string counts;
+    if (Start("--help").said.find("--preview") != std::string::npos) {
+        WriteFile("odd.3ds", twice);
+        EXPECT_TRUE(
+            Says(Start("odd.3ds --protos --preview p.png").said, "library counted 1 error: McProtoBegin: "));
+    }
     for (const char *arguments :
          {"", "--preview p.png", "--glb g.glb", "--preview p.png --glb g.glb", "--info --glb g.glb"}) {
         if (Start("--help").said.find("--preview") == std::string::npos)

@@ -441,3 +441,23 @@ TEST_F(OutputTest, ADocumentOfManyBlocksHasEveryLineInItsPlace)
     // A per-object file has no placement, so no sum changes the numbers.
     EXPECT_EQ(Lines(Written(Scene({Object("A", xyz)}), MC3DS_PER_OBJECT), "Vertex "), expected);
 }
+
+TEST_F(OutputTest, EachLevelIsIndentedByTwoBlanks)
+{
+    Pieces nodes = {Kfhdr(1)};
+    for (int i = 0; i < 2100; ++i)
+        nodes.push_back(ObjectNode("$$$DUMMY", static_cast<uint16_t>(i - 1)));
+    std::istringstream script(Written(Scene({}, {Join(nodes)})));
+    size_t level = 0, deepest = 0, wrong = 0;
+    for (std::string line; std::getline(script, line);) {
+        const size_t blanks = std::min(line.find_first_not_of(' '), line.size());
+        const std::string word = line.substr(blanks, line.find(' ', blanks) - blanks);
+        level -= word.ends_with("End") ? 1 : 0;
+        wrong += line.empty() || blanks == 2 * level ? 0 : 1;
+        level += word.ends_with("Begin") ? 1 : 0;
+        deepest = std::max(deepest, blanks);
+    }
+    EXPECT_EQ(level, 0u);
+    EXPECT_EQ(wrong, 0u);
+    EXPECT_GT(deepest, 4200u);
+}

@@ -49,6 +49,9 @@ struct PlatformModel : testing::Test {
         case 'n': McSetSurfaceTexture(nullptr); break;
         case 'a': McSetSurfaceTexture((texture = "BRICK.GIF").c_str()); break;
         case 'b': McSetSurfaceTextureExt((texture = "BRICK.GIF").c_str(), "MASK.GIF"); break;
+        case '?': McProtoBegin(nullptr); break;
+        case 'g': McSetTag(3); break;
+        case 'h': McSetHints(mcHS); break;
         case '!': McProtoInstance(nullptr), McTransformCTM(nullptr), McClumpEnd(nullptr); break;
         default: McSetMatrixElement(matrix, 3, 0, static_cast<float>(call - '0')), McTransformCTM(matrix);
         }
@@ -180,6 +183,10 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
         {"[<(i)>]", 3, "McClumpBegin: a prototype is open"},
         {"[<<>>(<)>]", 4, "McProtoBegin: a clump or a prototype is open"},
         {"[(!]", 3, "McProtoInstance: name is null"},
+        {"[?]", 1, "McProtoBegin: name is null"},
+        {"[{]", 1, "McModelEnd: a saved placement wasn't brought back"},
+        {"[gh<>]", 2, "McSetTag: no clump is open"},
+        {"[<hg>]", 2, "McSetHints: a prototype is open"},
     };
     for (const auto &c : cases) {
         McClearErrors();
@@ -188,6 +195,26 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
         EXPECT_STREQ(McFirstError(), c.first) << c.calls;
         Free();
     }
+    const std::pair<void (*)(), const char *> setters[] = {
+        {[] { McSetSurface(1, 1, 1); }, "McSetSurface"},
+        {[] { McSetSurfaceColor(1, 1, 1); }, "McSetSurfaceColor"},
+        {[] { McSetSurfaceOpacity(1); }, "McSetSurfaceOpacity"},
+        {[] { McSetSurfaceGeometrySampling(mcSOLID); }, "McSetSurfaceGeometrySampling"},
+        {[] { McSetSurfaceLightSampling(mcFACET); }, "McSetSurfaceLightSampling"},
+        {[] { McSetSurfaceTextureModes(mcLIT); }, "McSetSurfaceTextureModes"},
+        {[] { McSetSurfaceTexture("A"); }, "McSetSurfaceTexture"},
+        {[] { McSetSurfaceTextureExt("A", "B"); }, "McSetSurfaceTextureExt"}};
+    for (const auto &[set, name] : setters) {
+        McClearErrors();
+        set();
+        EXPECT_EQ(McFirstError(), std::string(name) + ": no model is open");
+    }
+    McClearErrors();
+    Tell("[(");
+    McSetSurfaceGeometrySampling(77), McSetSurfaceLightSampling(77), McSetSurfaceTextureModes(~0);
+    McSetHints(~0);
+    Tell(")]");
+    EXPECT_EQ(McErrorCount(), 4u);
     McClearErrors();
     for (int outside : {-1, 4})
         McSetMatrixElement(matrix, outside, 0, 1), McSetMatrixElement(matrix, 0, outside, 1);

@@ -177,6 +177,13 @@ TEST_F(ReaderTest, VerticesComeToObjectSpaceAndBoundsStayInTheWorld)
     EXPECT_EQ(std::vector<float>(object.boundsMin, object.boundsMin + 3), (std::vector<float>{8, 20, 30}));
     EXPECT_EQ(std::vector<float>(object.boundsMax, object.boundsMax + 3), (std::vector<float>{10, 24, 31}));
     EXPECT_EQ(object.boundsMin[3], Mc3dsLargest);
+    const LoadedScene mapped = LoadBytes(
+        Scene({NamedObject("A", {Mesh({Points({1, 2, 3, 4, 5, 6}), TexVerts({-7, 0.25f, -8, 0.5f})})}),
+               NamedObject("B", {Mesh({TexVerts({})})})}));
+    const float *least = mapped->objects[0].boundsMin, *most = mapped->objects[0].boundsMax;
+    EXPECT_EQ(std::vector<float>(least, least + 5), (std::vector<float>{1, 2, 3, -8, 0.25f}));
+    EXPECT_EQ(std::vector<float>(most, most + 5), (std::vector<float>{4, 5, 6, -7, 0.5f}));
+    EXPECT_EQ(mapped->objects[1].hasTexture, 0);
 }
 
 TEST_F(ReaderTest, InvalidTextureCoordinatesBecomeZeroInPairs)

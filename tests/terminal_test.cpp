@@ -45,6 +45,7 @@ TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
          "two.3ds b.3ds",
          {"\r[1/2] two.3ds", "\r[2/2] b.3ds", "2 scenes: 2 converted; 4 objects"},
          {"[3/"}},
+        {"TERM=xterm", "-q two.3ds b.3ds", {"\r[2/2] b.3ds  \r\r           \r"}, {}},
         {"TERM=xterm", "two.3ds b.3ds -j 2", {"\r[0/2] two.3ds", "\r[2/2] "}, {}},
         {"TERM=dumb", "two.3ds b.3ds", {"2 scenes: 2 converted"}, {"\r["}},
         {"TERM=xterm", "two.3ds b.3ds -v", {"wrote b.mcx"}, {"\r["}},
@@ -61,6 +62,13 @@ TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
                                                            << part << '\n'
                                                            << shown;
     }
+    // Nobody reads the first scene's output for more than a second, after which there is a bar.
+    MustRun("mkfifo slow.mcx");
+    std::filesystem::copy_file("two.3ds", "slow.3ds");
+    const std::string slow =
+        OnTerminal("TERM=xterm", "slow.3ds b.3ds two.3ds & sleep 1.2; cat slow.mcx; wait");
+    EXPECT_NE(slow.find("\r[2/3] [######--------------] b.3ds"), std::string::npos) << slow;
+    EXPECT_NE(slow.find("\r[3/3] [#############-------] two.3ds"), std::string::npos) << slow;
     // What is shown of a long name is its end, and no more than 78 columns.
     const std::string folder = std::string(60, 'd') + '/' + std::string(60, 'e');
     std::filesystem::create_directories(folder);
