@@ -84,9 +84,9 @@ bool RemoveEmptyFolder(const std::filesystem::path &folder);
 bool CanSplitProcesses();
 // Calls work for each index below count, in up to atOnce worker processes. Calls finished in this process, in
 // the order of the answers, with what work returned. A worker that dies is replaced; its index gets an empty
-// answer and the reason in failure. Call CleanUpWhenInterrupted first; each worker cleans up after itself.
+// answer and the reason in failure. A worker calls cleanUp at its end and when it is interrupted.
 void RunInProcesses(
-    size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
+    size_t count, size_t atOnce, const std::function<std::string(size_t)> &work, void (*cleanUp)(),
     const std::function<void(size_t, const std::string &answer, const std::string &failure)> &finished);
 
 #endif

@@ -94,7 +94,7 @@ bool CanSplitProcesses()
     return false;
 }
 
-void RunInProcesses(size_t count, size_t, const std::function<std::string(size_t)> &work,
+void RunInProcesses(size_t count, size_t, const std::function<std::string(size_t)> &work, void (*)(),
                     const std::function<void(size_t, const std::string &, const std::string &)> &finished)
 {
     for (size_t i = 0; i < count; ++i)
@@ -298,13 +298,12 @@ static bool DoTasks(TaskList *tasks, const Worker &self, const std::function<std
 // fork copies only the calling thread, so the child starts its own interrupt thread. _Exit skips the exit
 // handlers of the parent.
 [[noreturn]] static void WorkAsChild(TaskList *tasks, const Worker &self,
-                                     const std::function<std::string(size_t)> &work)
+                                     const std::function<std::string(size_t)> &work, void (*cleanUp)())
 {
 #if defined(__linux__)
     prctl(PR_SET_PDEATHSIG, SIGTERM); // a killed parent can't end its workers
 #endif
     interrupted = false;
-    void (*const cleanUp)() = interruptCleanUp;
     interruptCleanUp = nullptr;
     CleanUpWhenInterrupted(cleanUp);
     bool done = false;
@@ -318,7 +317,8 @@ static bool DoTasks(TaskList *tasks, const Worker &self, const std::function<std
 }
 
 // Returns why no worker was started; empty on success.
-static std::string StartWorker(TaskList *tasks, size_t place, const std::function<std::string(size_t)> &work)
+static std::string StartWorker(TaskList *tasks, size_t place, const std::function<std::string(size_t)> &work,
+                               void (*cleanUp)())
 {
     int answers[2];
     if (pipe(answers) != 0)
@@ -334,7 +334,7 @@ static std::string StartWorker(TaskList *tasks, size_t place, const std::functio
         workers.clear();
         lock.unlock();
         close(answers[0]);
-        WorkAsChild(tasks, {0, answers[1], place, ""}, work);
+        WorkAsChild(tasks, {0, answers[1], place, ""}, work, cleanUp);
     }
     close(answers[1]);
     if (id > 0) {
@@ -416,7 +416,7 @@ static TaskList *MakeTaskList(size_t count, size_t workerCount)
 }
 
 void RunInProcesses(size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
-                    const Finished &finished)
+                    void (*cleanUp)(), const Finished &finished)
 {
     TaskList *const tasks = MakeTaskList(count, atOnce);
     // A worker may be killed after it has answered, or after it has taken an index that nobody knows of.
@@ -428,7 +428,7 @@ void RunInProcesses(size_t count, size_t atOnce, const std::function<std::string
     };
     std::string why = "its process is lost";
     const auto start = [&](size_t place) {
-        const std::string failure = StartWorker(tasks, place, work);
+        const std::string failure = StartWorker(tasks, place, work, cleanUp);
         if (!failure.empty())
             why = "no process can be started: " + failure;
         return failure.empty();

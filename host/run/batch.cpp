@@ -10,7 +10,7 @@ static struct {
     std::vector<SceneResult> results;
     std::vector<bool> isDone;
     std::chrono::steady_clock::time_point start;
-    bool hasSummary; // false in workers
+    bool hasSummary;
     OutputFile summary;
     bool noClobber;
 } batch;
@@ -70,7 +70,6 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
     size_t ended = 0;
     const std::string run = RandomText() + '-';
     const auto work = [&](size_t index) {
-        batch.hasSummary = false;
         MarkPrivateFolders(run + std::to_string(index) + '-');
         KeepReports(true);
         SceneResult result = ConvertScene(options, jobs[index]);
@@ -95,7 +94,7 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
         ShowScene(++ended, jobs[index].scene, 0);
     };
     ShowScene(0, jobs.front().scene, 0);
-    RunInProcesses(jobs.size(), options.jobs, work, finished);
+    RunInProcesses(jobs.size(), options.jobs, work, RemovePrivateFolders, finished);
 }
 
 // Whether all scenes were converted, and with --strict without warnings.
