@@ -207,10 +207,8 @@ bool Mc3dsEmitMatrixCreation(Mc3dsWriter *writer)
         tmpmat = McCreateMatrix();
         return tmpmat != nullptr;
     }
-    if (IsSource(writer)) {
-        Source<"tmpmat = McCreateMatrix();\n">(writer);
-        Source<"if (!tmpmat) return(NULL);\n">(writer);
-    }
+    Source<"tmpmat = McCreateMatrix();\n">(writer);
+    Source<"if (!tmpmat) return(NULL);\n">(writer);
     return true;
 }
 
@@ -218,7 +216,7 @@ void Mc3dsEmitMatrixDestruction(Mc3dsWriter *writer)
 {
     if (IsDirect(writer))
         static_cast<void>(McDestroyMatrix(tmpmat));
-    else if (IsSource(writer))
+    else
         Source<"McDestroyMatrix(tmpmat);\n">(writer);
 }
 
