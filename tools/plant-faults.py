@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Plants faults in the sources, one at a time, and shows those that the tests let pass.
 
-    tools/plant-faults.py [--faults N] [--seed N] [--only TEXT] [--jobs N] [--sanitize] [--list]
+    tools/plant-faults.py [--faults N] [--seed N] [--only TEXT] [--again FILE] [--jobs N] [--sanitize] [--list]
 
 All faults are compiled at once into a copy of the sources, each behind a selector that an environment variable sets:
 a fault costs a run of the tests, and no build. Rules plant most of them; tools/hand-written-faults.txt has the
@@ -14,9 +14,9 @@ and leaks as well.
 import argparse
 import collections
 import concurrent.futures
+import hashlib
 import os
 import pathlib
-import random
 import re
 import resource
 import shutil
@@ -182,10 +182,13 @@ def hand_written():
 
 def judged():
     """Lines of FILE | RULE | LINE OF CODE | CHANGE | REASON, the first four as survivors are printed."""
-    path = HERE / "judged-faults.txt"
-    entries = [line.split(" | ") for line in (path.read_text().splitlines() if path.exists() else [])
-               if line.strip() and not line.startswith("#")]
-    return {" | ".join(parts[:-1]) for parts in entries}
+    lines = (HERE / "judged-faults.txt").read_text().splitlines()
+    return {" | ".join(line.split(" | ")[:-1]) for line in lines if line.strip() and not line.startswith("#")}
+
+
+def words_of(fault):
+    """What a survivor is printed as."""
+    return " | ".join([fault.file, fault.rule, fault.shown, fault.new % 0])
 
 
 def plant(faults, copy):
@@ -205,11 +208,12 @@ def plant(faults, copy):
 
 
 def choose(faults, count, seed):
-    """As many from each file as its share, one at each place."""
-    random.seed(seed)
-    random.shuffle(faults)
+    """As many from each file as its share, one at each place. A change of the sources leaves most of the choice."""
+    def order(fault):
+        words = "%d %s %d" % (seed, words_of(fault), fault.start)
+        return fault.rule != "by hand", hashlib.sha256(words.encode()).digest()
     taken, chosen = collections.defaultdict(list), []
-    for fault in sorted(faults, key=lambda fault: fault.rule != "by hand"):
+    for fault in sorted(faults, key=order):
         spans = taken[(fault.file, fault.line)]
         if all(fault.end <= start or end <= fault.start for start, end in spans):
             spans.append((fault.start, fault.end))
@@ -287,6 +291,7 @@ def main():
     parser.add_argument("--faults", type=int, default=600, help="about how many (default: 600)")
     parser.add_argument("--seed", type=int, default=1, help="picks others (default: 1)")
     parser.add_argument("--only", default="", help="files whose path has this text")
+    parser.add_argument("--again", metavar="FILE", help="only those that FILE has, as printed or as judged")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="faults at a time (default: as many as cores)")
     parser.add_argument("--sanitize", action="store_true", help="with address and undefined behaviour checks")
     parser.add_argument("--list", action="store_true", help="show the faults and plant none")
@@ -295,7 +300,11 @@ def main():
     files = [str(path.relative_to(ROOT)) for folder in FOLDERS for path in sorted((ROOT / folder).rglob("*.cpp"))]
     everything = [fault for file in files if options.only in file for fault in faults_of_file(file)]
     everything += [fault for fault in hand_written() if options.only in fault.file]
-    chosen = choose(everything, options.faults, options.seed)
+    if options.again:
+        lines = pathlib.Path(options.again).read_text().splitlines()
+        wanted = {re.sub(r" \(line \d+.*\)$", "", line) for line in lines} | {line.rpartition(" | ")[0] for line in lines}
+        everything = [fault for fault in everything if words_of(fault) in wanted]
+    chosen = choose(everything, len(everything) if options.again else options.faults, options.seed)
     faults = dict(enumerate(chosen, 1))
     if options.list:
         for number, fault in faults.items():
@@ -320,12 +329,11 @@ def main():
         results = pool.map(lambda number: (number, survives(copy, number, timeout)), faults)
         for number, lives in results:
             fault = faults[number]
-            words = " | ".join([fault.file, fault.rule, fault.shown, fault.new % 0])
-            equivalent = words in known
+            equivalent = words_of(fault) in known
             table[fault.file.split("/")[0]]["faults"] += 1
             table[fault.file.split("/")[0]]["equivalent" if lives and equivalent else "survived" if lives else "found"] += 1
             if lives and not equivalent:
-                print("%s (line %d)" % (words, fault.line + 1), flush=True)
+                print("%s (line %d, column %d)" % (words_of(fault), fault.line + 1, fault.start + 1), flush=True)
     print("\n| Folder | Faults | Found | Equivalent | Survived |\n| --- | --- | --- | --- | --- |")
     for folder in sorted(table):
         row = table[folder]
