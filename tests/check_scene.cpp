@@ -144,7 +144,8 @@ std::string CheckOutput(const Mc3dsFile *file, uint32_t flags)
     // Objects with the same name give prototypes with the same name: an error for the stand-in.
     const std::string error = (flags & MC3DS_PROTOS) != 0 ? "" : McFirstError();
     McClearErrors();
-    REQUIRE(error.empty());
+    if (!error.empty())
+        return error;
 #endif
     return CheckScene(file);
 }

@@ -434,6 +434,19 @@ static void ExpectFrames(const std::string &scene, const std::vector<size_t> &wa
     }
 }
 
+// Gives the nodes the placements of the last frame.
+static void GoToLastFrame(GlbFile *file)
+{
+    const Json animation = file->json["animations"][0];
+    for (const Json &channel : animation["channels"]) {
+        const std::vector<double> values =
+            NumbersOf(*file, animation["samplers"][channel["sampler"].get<size_t>()]["output"]);
+        const std::string path = channel["target"]["path"];
+        file->json["nodes"][channel["target"]["node"].get<size_t>()][path] =
+            std::vector<double>(values.end() - (path == "rotation" ? 4 : 3), values.end());
+    }
+}
+
 TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
 {
     ExpectFrames("orrery", {0, 17, 59});
@@ -464,6 +477,19 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
         run.said, std::regex("note: placements of the animation that a .glb can't say are the "
                              "nearest that it can: up to [0-9.]+ units of the file away\n")))
         << run.said;
+    // The distance is that of the bounds' worst corner.
+    const Outcome again = Start("bent.3ds --animation --glb b.glb -o b.mcx");
+    GlbFile bent = ReadGlb("b.glb");
+    const Matrix wanted = FramesOf(ReadText("b.mca"), bent.json["nodes"])[1][0];
+    GoToLastFrame(&bent);
+    double worst = 0;
+    for (const Vector &corner : {Vector{4, 0, 0}, Vector{4, 0, -2}, Vector{0, 0, -2}}) {
+        const Vector a = Place(corner, wanted), b = Place(corner, WorldsOf(bent.json)[0]);
+        worst = std::max(worst, std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]));
+    }
+    std::smatch units;
+    ASSERT_TRUE(std::regex_search(again.said, units, std::regex("up to ([0-9.]+) units"))) << again.said;
+    EXPECT_NEAR(std::stod(units[1]), worst, 1e-3);
 }
 
 // The shear is in the vertices, and what remains is a motion that the format can say.
@@ -476,13 +502,7 @@ TEST_F(GlbTest, ASlantedObjectKeepsItsShapeWhenItMoves)
     EXPECT_EQ(run.said.find("nearest"), std::string::npos) << run.said;
     GlbFile file = ReadGlb("b.glb");
     const std::vector<Triangle3> first = TrianglesOf(file);
-    for (const Json &channel : file.json["animations"][0]["channels"]) {
-        const Json &sampler = file.json["animations"][0]["samplers"][channel["sampler"].get<size_t>()];
-        const std::vector<double> values = NumbersOf(file, sampler["output"]);
-        file.json["nodes"][channel["target"]["node"].get<size_t>()]
-                 [channel["target"]["path"].get<std::string>()] =
-            std::vector<double>(values.begin() + static_cast<ptrdiff_t>(values.size() / 2), values.end());
-    }
+    GoToLastFrame(&file);
     ASSERT_EQ(first.size(), 1u);
     for (size_t corner = 0; corner < 3; ++corner)
         for (size_t axis = 0; axis < 3; ++axis)
@@ -502,16 +522,8 @@ TEST_F(GlbTest, ObjectsAtRestCarryThoseThatMove)
                                "10 0 0 transform B" + place + "20 0 0 transform C" + place + "37 0 0");
     ASSERT_EQ(Start("still.3ds --animation --glb m.glb -o m.mcx").status, 0);
     GlbFile file = ReadGlb("m.glb");
-    const Json &animation = file.json["animations"][0];
-    ASSERT_EQ(animation["channels"].size(), 3u);
-    for (const Json &channel : animation["channels"]) {
-        const std::vector<double> values =
-            NumbersOf(file, animation["samplers"][channel["sampler"].get<size_t>()]["output"]);
-        const size_t parts = values.size() / 2;
-        file.json["nodes"][channel["target"]["node"].get<size_t>()]
-                 [channel["target"]["path"].get<std::string>()] =
-            std::vector<double>(values.end() - static_cast<ptrdiff_t>(parts), values.end());
-    }
+    ASSERT_EQ(file.json["animations"][0]["channels"].size(), 3u);
+    GoToLastFrame(&file);
     EXPECT_NEAR(WorldsOf(file.json).back()[12], 37, 1e-5);
 }
 

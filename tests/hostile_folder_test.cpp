@@ -77,6 +77,13 @@ TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
     EXPECT_NE(
         Start("two.3ds -o /proc/x.mcx").said.find("\"/proc/x.mcx\": folder \"/proc\" can't be written to: "),
         std::string::npos);
+    // One of the numbered files lies on another file system.
+    const std::string far = "/dev/shm/mc3ds-" + fs::current_path().filename().string();
+    fs::create_symlink(far, "far1.mcx");
+    EXPECT_EQ(Start("two.3ds --per-object -o far.mcx").status, 0);
+    EXPECT_TRUE(fs::is_symlink("far1.mcx"));
+    EXPECT_EQ(ReadFile(far).find("# \n"), 0u);
+    fs::remove(far);
     fs::create_symlink("outside.mcx", "named.mcx");
     EXPECT_EQ(Start("two.3ds -o named.mcx").status, 0);
     EXPECT_TRUE(fs::is_symlink("named.mcx"));
@@ -96,6 +103,9 @@ TEST_F(HostileFolderTest, WhatCannotBeReadToItsEndReplacesNothing)
     EXPECT_NE(run.said.find(said), std::string::npos) << run.said;
     EXPECT_NE(ReadFile("s.json").find("the file is cut short"), std::string::npos);
     EXPECT_NE(ReadFile("cut.mcx"), "old") << "what can be read is written";
+    WriteFile("empty.3ds", "");
+    EXPECT_NE(Start("empty.3ds").said.find("error: the file is empty; nothing is written"),
+              std::string::npos);
     WriteFile("padded.3ds", whole + std::string(100, '\0'));
     EXPECT_EQ(Start("padded.3ds").status, 0);
 
@@ -140,6 +150,11 @@ TEST_F(HostileFolderTest, ACurrentFolderThatIsGoneFailsNothingWithAbsolutePaths)
     const Outcome two = Start(script + ' ' + Quoted(here + "/b.3ds") + " --preview ./p.png",
                               "mkdir lost && cd lost && rmdir ../lost && ");
     EXPECT_EQ(two.status, 1) << two.said;
+    const Outcome next = Start(script + " b.3ds --output-dir " + Quoted(here + "/out"),
+                               "mkdir lost && cd lost && rmdir ../lost && ");
+    EXPECT_NE(next.said.find("cannot be converted: the current folder can't be entered any more"),
+              std::string::npos)
+        << next.said;
 }
 
 // The signal goes to the run, or to one of its workers, after some scenes are done.

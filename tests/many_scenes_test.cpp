@@ -45,10 +45,11 @@ struct ManyScenesTest : SceneTest {
 TEST_F(ManyScenesTest, AFolderIsConvertedToTheEndWhateverFails)
 {
     std::string bytes;
-    for (const std::string jobs : {"", " -j 3"}) {
+    for (const std::string jobs : {"", " -j 2", " -j 5", " -j 6"}) {
         SCOPED_TRACE(jobs);
         fs::remove_all("out");
-        const Outcome run = Start("--recursive tree --output-dir out --summary sum.json" + jobs);
+        fs::remove("sum.json");
+        const Outcome run = Start("--recursive tree --output-dir out --summary sum.json --no-clobber" + jobs);
         EXPECT_EQ(run.status, 1);
         EXPECT_EQ(std::regex_replace(run.files, std::regex(" ?sum.json"), ""),
                   "out out/a.mcx out/sub out/sub/B.mcx out/sub/c.mcx out/sub/d.mcx");
@@ -282,6 +283,8 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         {names, "", "break the script: 1; the first: \"A \"B\".GIF\""},
         {names, "--no-textures", ""},
         {Scene({point}), "--size 3", "no extent that --size could be made of"},
+        {Scene({NamedObject("BIG", {Mesh({Points({0, 0, 0, 1e10f, 0, 0, 0, 1e10f, 0}), Faces({0, 1, 2})})})}),
+         "--size 1e-38", "no extent that --size could be made of"},
         {Scene({point}), "--scale 3e38", "beyond what a number holds"},
         {Scene({hole}), "", "vertices that hold no finite numbers.*: 1; the first is in \"HOLE\""},
         {Scene({NamedObject("FAR", {Mesh({MeshMatrix({1, 0, 0, 0, 1, 0, 0, 0, 1, nan, 0, 0})})})}), "",
@@ -302,6 +305,14 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
                                                                         MaterialGroup("GLASS", {0}),
                                                                         MaterialGroup("LOST", {1})})})})}));
     EXPECT_TRUE(Says(Start("odd.3ds").said, "flat green; they name \"LOST\", which the file lacks\n"));
+    Bytes named;
+    for (uint16_t face = 0; face < 5; ++face)
+        named += MaterialGroup("LOST" + std::to_string(face), {face});
+    WriteFile(
+        "odd.3ds",
+        Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}),
+                                       Faces({0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2}, {named})})})}));
+    EXPECT_TRUE(Says(Start("odd.3ds").said, "\"LOST2\", which the file lacks and 2 more\n"));
     WriteFile("gone.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
     const Outcome gone = Start("gone.3ds --summary sum.json");
     EXPECT_EQ(gone.status, 1);
@@ -412,6 +423,9 @@ TEST_F(ManyScenesTest, HelpAndManualHaveTheSameOptions)
     const std::set<std::string> manual = OptionsIn(ReadText(top / "host/3ds2mcx.1"), "\n\\.TP\n(-[^\n]+)");
     const std::set<std::string> readme = OptionsIn(ReadText(top / "README.md"), "\n\\| `(-[^|]+)\\|");
     EXPECT_GT(help.size(), 40u);
+#if defined(MC3DS_HAVE_PNG) && !defined(_WIN32)
+    EXPECT_TRUE(MatchesGolden(Start("--help").said, "help.txt"));
+#endif
     EXPECT_EQ(manual, help);
     EXPECT_GE(readme.size(), 10u);
     EXPECT_TRUE(std::includes(help.begin(), help.end(), readme.begin(), readme.end()));

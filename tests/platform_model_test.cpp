@@ -50,6 +50,7 @@ struct PlatformModel : testing::Test {
         case 'a': McSetSurfaceTexture((texture = "BRICK.GIF").c_str()); break;
         case 'b': McSetSurfaceTextureExt((texture = "BRICK.GIF").c_str(), "MASK.GIF"); break;
         case '?': McProtoBegin(nullptr); break;
+        case '#': McTransformCTM(nullptr); break;
         case 'g': McSetTag(3); break;
         case 'h': McSetHints(mcHS); break;
         case '!': McProtoInstance(nullptr), McTransformCTM(nullptr), McClumpEnd(nullptr); break;
@@ -184,6 +185,7 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
         {"[<<>>(<)>]", 4, "McProtoBegin: a clump or a prototype is open"},
         {"[(!]", 3, "McProtoInstance: name is null"},
         {"[?]", 1, "McProtoBegin: name is null"},
+        {"[#]", 1, "McTransformCTM: matrix is null"},
         {"[{]", 1, "McModelEnd: a saved placement wasn't brought back"},
         {"[gh<>]", 2, "McSetTag: no clump is open"},
         {"[<hg>]", 2, "McSetHints: a prototype is open"},

@@ -56,6 +56,8 @@ static const Row rows[] = {
     {"two.3ds --report r.txt", 2, "\"r.txt\" doesn't end in .html"},
     {"two.3ds --output-dir .", 0, "wrote ./two.mcx", "two.mcx"},
     {"two.3ds --hedaer=x", 2, "did you mean --header\\?"},
+    {"two.3ds -j 256", 0, "", "two.mcx"},
+    {"two.3ds --header=-", 2, "only --output can be -, the standard output"},
     {"two.3ds -j 0", 2, "--jobs: \"0\" is no number from 1 to 256"},
     {"two.3ds --summary s.json", 0,
      "^3ds2mcx: two.3ds: wrote two.mcx [^\n]*\n3ds2mcx: wrote s.json \\([0-9]+ bytes\\)\n$",
@@ -136,6 +138,17 @@ TEST_F(ProgramTest, EachOptionOfTheLibraryReachesTheOutput)
         EXPECT_TRUE(std::regex_search(ReadText("out"), std::regex(fragment))) << ReadText("out");
         EXPECT_FALSE(std::regex_search(plain, std::regex(fragment)));
     }
+}
+
+// The animation's name replaces the last three characters, whatever they are.
+TEST_F(ProgramTest, ASceneMayBeCalledByThreeLetters)
+{
+    MakeInputs();
+    std::filesystem::copy_file("two.3ds", "abc");
+    std::filesystem::copy_file("two.vue", "vue");
+    const Outcome run = Start("abc --animation");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.said.find("warning"), std::string::npos) << run.said;
 }
 
 TEST_F(ProgramTest, TheFunctionOfASceneIsCalledAsTheSceneWithoutWhatCDoesNotTake)

@@ -283,7 +283,7 @@ TEST_F(ReaderTest, AHiddenMarkerTakesTheMeshAheadOfIt)
         {{mesh, hidden}, 0, true},         {{mesh, other, hidden}, 0, true},
         {{mesh, hidden, hidden}, 0, true}, {{mesh, hidden, mesh}, 1, true},
         {{hidden, mesh}, 1, false},        {{light, hidden}, 0, false},
-        {{mesh, light, hidden}, 1, false},
+        {{mesh, light, hidden}, 1, false}, {{mesh, Chunk(0x4700), hidden}, 1, false},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);

@@ -18,7 +18,8 @@ TEST(TerminalTextTest, Utf8StaysAndAllElseIsSpeltOut)
         {"\x9B\x32J", "\\x9b2J"},                            // a control character as one byte
         {"\xC2\x9B\x32J\xC2\x80", "\\xc2\\x9b2J\\xc2\\x80"}, // and as UTF-8
         {"\xE4\xC3\xA4", "\\xe4\xC3\xA4"},
-        {"a\xE2\x82", "a\\xe2\\x82"}, // truncated
+        {"a\xE2\x82", "a\\xe2\\x82"},             // truncated
+        {"\xF4\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF"}, // the last character
         {"\x1f\x7f ", "\\x1f\\x7f "},
         {"\xC0\xAF\xE0\x80\xAF", "\\xc0\\xaf\\xe0\\x80\\xaf"},                            // overlong
         {"\xED\xA0\x80\xF4\x90\x80\x80\xFF", "\\xed\\xa0\\x80\\xf4\\x90\\x80\\x80\\xff"}, // no characters
