@@ -305,6 +305,8 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
                                                                         MaterialGroup("GLASS", {0}),
                                                                         MaterialGroup("LOST", {1})})})})}));
     EXPECT_TRUE(Says(Start("odd.3ds").said, "flat green; they name \"LOST\", which the file lacks\n"));
+    WriteFile("odd.3ds", Scene({Triangle("A0_Z9", 0), Triangle("az", 1)}));
+    EXPECT_EQ(Start("odd.3ds --header").said.find("none in C"), std::string::npos);
     Bytes named;
     for (uint16_t face = 0; face < 5; ++face)
         named += MaterialGroup("LOST" + std::to_string(face), {face});
