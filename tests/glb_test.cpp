@@ -414,6 +414,9 @@ static void ExpectFrames(const std::string &scene, const std::vector<size_t> &wa
         for (size_t at = 4; at < turns.size(); at += 4) // the short way round
             EXPECT_GE(std::inner_product(&turns[at], &turns[at] + 4, &turns[at - 4], 0.0), 0.0);
     }
+    const Json &times = file.json["accessors"][animation["samplers"][0]["input"].get<size_t>()];
+    EXPECT_EQ(times["min"], Json({0.0}));
+    EXPECT_NEAR(times["max"][0].get<double>(), static_cast<double>(frames.size() - 1) / 30, 1e-6);
     for (const size_t frame : wanted) {
         ASSERT_LT(frame, frames.size());
         for (const Json &channel : animation["channels"]) {

@@ -87,6 +87,8 @@ TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
     fs::create_symlink("outside.mcx", "named.mcx");
     EXPECT_EQ(Start("two.3ds -o named.mcx").status, 0);
     EXPECT_TRUE(fs::is_symlink("named.mcx"));
+    EXPECT_EQ(Start("two.3ds -o fresh.mcx").status, 0);
+    EXPECT_EQ(fs::status("fresh.mcx").permissions() & ~fs::perms(0666), fs::perms::none);
     EXPECT_NE(ReadFile("outside.mcx"), "mine");
 }
 

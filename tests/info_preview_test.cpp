@@ -293,6 +293,10 @@ TEST_F(InfoPreviewTest, WhyAPictureIsEmptyIsSaid)
         {Scene({line}), "points or lines"},
         {Scene({corner("A", 0)}), "\"warnings\": \\[\\]"},
     };
+    WriteFile("scene.3ds", rows[3].first);
+    MustRun(program + "--info --preview p.png --preview-frame strip --summary sum.json >shown");
+    EXPECT_NE(ReadText("sum.json").find("the scene has no animation: the strip is one picture"),
+              std::string::npos);
     for (const auto &[scene, says] : rows) {
         WriteFile("scene.3ds", scene);
         MustRun(program + "--info --preview p.png --summary sum.json >shown");

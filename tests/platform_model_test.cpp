@@ -212,11 +212,16 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
         EXPECT_EQ(McFirstError(), std::string(name) + ": no model is open");
     }
     McClearErrors();
-    Tell("[(");
+    Tell("[(vvv");
+    for (const int outside : {0, 4})
+        McTriangle(outside, 1, 2), McTriangle(1, outside, 2), McTriangle(1, 2, outside);
+    EXPECT_EQ(McErrorCount(), 6u);
+    McSetSurfaceTextureExt(nullptr, "B"), McSetSurfaceTextureExt("A", nullptr);
+    EXPECT_EQ(McErrorCount(), 8u);
     McSetSurfaceGeometrySampling(77), McSetSurfaceLightSampling(77), McSetSurfaceTextureModes(~0);
     McSetHints(~0);
     Tell(")]");
-    EXPECT_EQ(McErrorCount(), 4u);
+    EXPECT_EQ(McErrorCount(), 12u);
     McClearErrors();
     for (int outside : {-1, 4})
         McSetMatrixElement(matrix, outside, 0, 1), McSetMatrixElement(matrix, 0, outside, 1);

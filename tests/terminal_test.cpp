@@ -38,6 +38,8 @@ TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
         {"TERM=xterm-256color", "--info edges.3ds", {"\x1b[48;5;23m", "\x1b[48;5;103m"}, {}},
         {"TERM=xterm-256color COLORTERM=truecolor", "--info two.3ds", {"\x1b[48;2;51;51;51m"}, {"\x1b[48;5"}},
         {"TERM=xterm-direct LC_ALL=C.UTF-8", "--info two.3ds", {"\x1b[48;2;51;51;51m", "└─ LID"}, {}},
+        {"TERM=xterm LC_CTYPE=C.UTF-8", "--info two.3ds", {"└─ LID"}, {}},
+        {"TERM=xterm LC_ALL=C LC_CTYPE=C.UTF-8", "--info two.3ds", {"`- LID"}, {}},
         {"TERM=xterm-256color NO_COLOR=1", "--info two.3ds", {"  #333333 GLASS"}, {"\x1b"}},
         {"TERM=xterm", "--info two.3ds", {"  #333333 GLASS"}, {"\x1b"}},
         {"TERM=dumb COLORTERM=truecolor", "--info two.3ds", {"  #333333 GLASS"}, {"\x1b"}},
