@@ -548,6 +548,10 @@ TEST_F(GlbTest, MoreVerticesThan16BitsCountHaveWiderIndices)
 TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)
 {
     MakeInputs();
+    WriteFile("bare.3ds", Scene({}, {Kfhdr(1), ObjectNode("$$$DUMMY", noParent)}));
+    EXPECT_EQ(Start("bare.3ds --glb bare.glb -o bare.mcx -q").status, 0);
+    EXPECT_FALSE(ReadGlb("bare.glb").json.contains("buffers"));
+    fs::remove("bare.glb"), fs::remove("bare.mcx");
     EXPECT_EQ(Start("two.3ds --info --glb m.glb").files, "m.glb");
     EXPECT_EQ(Start("two.3ds lost.3ds --glb dir/m.glb -q").files,
               "dir/lost.m.glb dir/two.m.glb lost.mcx two.mcx");

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <numeric>
 #include <regex>
 
 #include "command.h"
@@ -60,6 +61,7 @@ TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
     EXPECT_NE(json.find(R"("name":"\"\u001b[\u00e4\\")"), std::string::npos) << json;
     EXPECT_NE(json.find("\"A\\u009b\\u007f\xC3\xA4\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"pivot\":[null,null,1]"), std::string::npos) << json;
+    EXPECT_NE(text.find("  3 objects (0 dummies), 1 vertex, 0 faces\n"), std::string::npos) << text;
     EXPECT_NE(text.find("  \"\\x1b[\\xe4\\  1 vertex"), std::string::npos) << text;
     EXPECT_NE(text.find("  size 0 x 0 x 0, from 0 0 0 to 0 0 0 (z taken as up)\n"), std::string::npos)
         << text;
@@ -223,19 +225,24 @@ TEST_F(InfoPreviewTest, FacesWithoutAPlaceAreNotDrawnAndThoseWithoutANormalAre)
                                        Faces({0, 1, 2, 0, 2, 1}, {MaterialGroup("CLAY", {0, 1})})})})}));
     MustRun(program + "--info --preview p.png --preview-size 64x48 >shown");
     EXPECT_NE(AsText(ReadPicture("p.png")).find("PPPPPPPP"), std::string::npos);
-    const auto draw = [](const std::vector<uint16_t> &corners) {
+    const auto draw = [&clay](const std::vector<uint16_t> &corners, uint32_t shading) {
         const float nan = std::numeric_limits<float>::quiet_NaN(),
                     infinite = std::numeric_limits<float>::infinity();
+        std::vector<uint16_t> all(corners.size() / 3);
+        std::iota(all.begin(), all.end(), uint16_t{0});
         WriteFile(
             "scene.3ds",
-            Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9, nan, 0, 0, 0, 0, infinite}),
-                                           Faces(corners)})})}));
+            Scene({Material("CLAY", {Finish(clay, clay, clay, shading)}),
+                   NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9, nan, 0, 0, 0, 0, infinite}),
+                                           Faces(corners, {MaterialGroup("CLAY", all)})})})}));
         MustRun(program + "--info --preview p.png --preview-size 64x48 >shown");
         return AsText(ReadPicture("p.png"));
     };
-    const std::string alone = draw({0, 1, 2});
-    for (const uint16_t bad : {uint16_t{3}, uint16_t{4}})
-        EXPECT_EQ(draw({0, 1, 2, bad, 1, 2, 0, bad, 2, 0, 1, bad}), alone) << bad;
+    for (const uint32_t shading : {0u, 1u}) {
+        const std::string alone = draw({0, 1, 2}, shading);
+        for (const uint16_t bad : {uint16_t{3}, uint16_t{4}})
+            EXPECT_EQ(draw({0, 1, 2, bad, 1, 2, 0, bad, 2, 0, 1, bad}, shading), alone) << bad << shading;
+    }
 }
 
 // So many faces over each other that the picture is drawn with fewer samples.

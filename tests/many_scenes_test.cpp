@@ -310,6 +310,12 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
                                                                         MaterialGroup("GLASS", {0}),
                                                                         MaterialGroup("LOST", {1})})})})}));
     EXPECT_TRUE(Says(Start("odd.3ds").said, "flat green; they name \"LOST\", which the file lacks\n"));
+    WriteFile("odd.3ds", Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 0, 0, 5, 0, 0, 2})})})}));
+    EXPECT_EQ(Start("odd.3ds --size 3").said.find("extent"), std::string::npos);
+    const Bytes track = Track(0xB020, {{0, {1, 2, 3}}, {1, {4, 5, 6}}});
+    WriteFile("odd.3ds", Scene({Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", noParent, {track})}));
+    EXPECT_TRUE(Says(Start("odd.3ds").said, "note: keys of 1 object move over 2 frames"));
+    EXPECT_EQ(Start("odd.3ds two.3ds").said.find("note:"), std::string::npos);
     WriteFile("odd.3ds", Scene({Triangle("A0_Z9", 0), Triangle("az", 1)}));
     EXPECT_EQ(Start("odd.3ds --header").said.find("none in C"), std::string::npos);
     Bytes named;

@@ -170,6 +170,13 @@ TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
         ASSERT_EQ(scene->objects[1].hasFrames, 1u);
         EXPECT_EQ(scene->objects[1].frames[0].m[3][0], row.value);
     }
+    // Such a word around each place where a block of the file may end.
+    const std::string head = "frame 0 transform \"TWO W\"" + turned;
+    for (const size_t block : {4095u, 4096u, 65535u, 65536u}) {
+        const LoadedScene scene =
+            Load(head + std::string(block - head.size() - 100, ' ') + std::string(250, 'x') + "7 0 0");
+        EXPECT_EQ(scene->objects[1].frames[0].m[3][0], 7) << block;
+    }
     EXPECT_TRUE(
         std::isnan(Load("frame 0 transform \"TWO W\"" + turned + "nanny 0 0")->objects[1].frames[0].m[3][0]));
 }
