@@ -84,6 +84,9 @@ TEST_F(HostileFolderTest, AnUnpackedFolderIsConvertedAndNothingOutsideIsTouched)
     EXPECT_TRUE(fs::is_symlink("far1.mcx"));
     EXPECT_EQ(ReadFile(far).find("# \n"), 0u);
     fs::remove(far);
+    EXPECT_NE(
+        Start("two.3ds --per-object -o /dev/null").said.find("no file names can be made from \"/dev/null\""),
+        std::string::npos);
     fs::create_symlink("outside.mcx", "named.mcx");
     EXPECT_EQ(Start("two.3ds -o named.mcx").status, 0);
     EXPECT_TRUE(fs::is_symlink("named.mcx"));

@@ -62,6 +62,7 @@ TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
     EXPECT_NE(json.find("\"A\\u009b\\u007f\xC3\xA4\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"pivot\":[null,null,1]"), std::string::npos) << json;
     EXPECT_NE(text.find("  3 objects (0 dummies), 1 vertex, 0 faces\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\n  1 frame, no animation\n"), std::string::npos) << text;
     EXPECT_NE(text.find("  \"\\x1b[\\xe4\\  1 vertex"), std::string::npos) << text;
     EXPECT_NE(text.find("  size 0 x 0 x 0, from 0 0 0 to 0 0 0 (z taken as up)\n"), std::string::npos)
         << text;
@@ -72,6 +73,7 @@ TEST_F(InfoPreviewTest, TheSizeIsThatOfTheVertices)
 {
     WriteFile("scene.3ds", Scene({NamedObject("A", {Mesh({})})}));
     EXPECT_EQ(Info().find("size"), std::string::npos);
+    EXPECT_NE(Info().find("\n  no frames, no animation\n"), std::string::npos);
     EXPECT_NE(Info("--json").find("\"bounds\":null"), std::string::npos);
     WriteFile("scene.3ds", Scene({NamedObject("A", {Mesh({Points({1, 2, 3, 4, 6, 9})})})}));
     EXPECT_NE(Info().find("  size 3 x 4 x 6, from 1 2 3 to 4 6 9 (z taken as up)\n"), std::string::npos);

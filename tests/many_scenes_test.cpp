@@ -247,6 +247,12 @@ TEST_F(ManyScenesTest, WarningsThatDifferInNamesAndNumbersAreOfOneKind)
     EXPECT_TRUE(Says(said, "kinds.3ds: warning: [^\n]*; and 5 more kinds\n"));
     EXPECT_TRUE(Says(
         said, "  1 scene   Object name <\\*> is longer than \\* characters \\.\\.\\. \\(first: kinds.3ds"));
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    WriteFile("a.3ds", Scene({Glass(9), NamedObject("HOLE", {Mesh({Points({0, 0, 0, nan, 0, 0})})})}));
+    WriteFile("b.3ds",
+              Scene({NamedObject("FAR", {Mesh({MeshMatrix({1, 0, 0, 0, 1, 0, 0, 0, 1, nan, 0, 0})})})},
+                    {Kfhdr(1), ObjectNode("FAR", noParent), ObjectNode("FAR", noParent)}));
+    EXPECT_TRUE(Says(Start("kinds.3ds lost.3ds a.3ds b.3ds").said, "  and 1 more kind\n"));
     EXPECT_EQ(kinds, "1 * of * faces have no material and are flat green\n"
                      "3 Object name <*> is longer than * characters and was cut\n"
                      "2 Object * not found\n"
@@ -336,13 +342,14 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
     EXPECT_EQ(Start("gone.3ds --flat").status, 0);
     // A face without all its vertices is no triangle of the model, whether a material claims it or not.
     const auto mesh = [](const Bytes &groups) {
-        return NamedObject(
-            "A", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), Faces({0, 1, 2, 0, 1, 9, 2, 1, 0}, {groups})})});
+        return NamedObject("A", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}),
+                                       Faces({0, 1, 2, 3, 1, 2, 0, 3, 2, 0, 1, 3, 2, 1, 0}, {groups})})});
     };
-    for (const Bytes &groups : {MaterialGroup("GLASS", {0, 1, 2}), MaterialGroup("GLASS", {0}), Bytes()}) {
+    for (const Bytes &groups :
+         {MaterialGroup("GLASS", {0, 1, 2, 3, 4}), MaterialGroup("GLASS", {0, 1}), Bytes()}) {
         WriteFile("cut.3ds", Scene({Glass(), mesh(groups)}));
         Start("cut.3ds --summary sum.json");
-        EXPECT_TRUE(Says(ReadFile("sum.json"), "\"triangles\": 2,[^}]*\"sceneTriangles\": 3,"));
+        EXPECT_TRUE(Says(ReadFile("sum.json"), "\"triangles\": 2,[^}]*\"sceneTriangles\": 5,"));
     }
     // What the library says is counted once, however often a model is built of the scene.
     const Bytes wide =

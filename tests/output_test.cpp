@@ -440,6 +440,28 @@ TEST_F(OutputTest, ADocumentOfManyBlocksHasEveryLineInItsPlace)
     }
     // A per-object file has no placement, so no sum changes the numbers.
     EXPECT_EQ(Lines(Written(Scene({Object("A", xyz)}), MC3DS_PER_OBJECT), "Vertex "), expected);
+    // NaN has no sign in a text.
+    EXPECT_EQ(Lines(Written(Scene({Object("A", {NAN, -NAN, 5})}), MC3DS_PER_OBJECT), "Vertex "),
+              "Vertex        nan        nan        nan\n");
+}
+
+TEST_F(OutputTest, ChildrenComeInTheirParentOneAfterTheOther)
+{
+    Bytes objects;
+    for (const char *name : {"R", "A", "B", "A1", "B1", "B2", "C"})
+        objects += Object(name, corners);
+    const Bytes tree =
+        Scene({objects}, {Kfhdr(1), ObjectNode("R", noParent), ObjectNode("A", 0), ObjectNode("B", 0),
+                          ObjectNode("A1", 1), ObjectNode("B1", 2), ObjectNode("B2", 2), ObjectNode("C", 0)});
+    std::istringstream script(Written(tree));
+    std::string order;
+    for (std::string line, word, name; std::getline(script, line);) {
+        std::istringstream words(line);
+        words >> word >> name;
+        if (word == "#" && !name.empty() && name.size() <= 2 && !order.ends_with(name + ' '))
+            order += name + ' ';
+    }
+    EXPECT_EQ(order, "R A A1 B B1 B2 C ");
 }
 
 TEST_F(OutputTest, EachLevelIsIndentedByTwoBlanks)

@@ -185,6 +185,7 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
         {"[<<>>(<)>]", 4, "McProtoBegin: a clump or a prototype is open"},
         {"[(!]", 3, "McProtoInstance: name is null"},
         {"[?]", 1, "McProtoBegin: name is null"},
+        {"{", 1, "McTransformBegin: no model is open"},
         {"[#]", 1, "McTransformCTM: matrix is null"},
         {"[{]", 1, "McModelEnd: a saved placement wasn't brought back"},
         {"[gh<>]", 2, "McSetTag: no clump is open"},
@@ -226,6 +227,17 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
     for (int outside : {-1, 4})
         McSetMatrixElement(matrix, outside, 0, 1), McSetMatrixElement(matrix, 0, outside, 1);
     EXPECT_EQ(McErrorCount(), 4u);
+}
+
+TEST_F(PlatformModel, AModelIsFreedWhileAnotherIsOpen)
+{
+    Tell("[()]");
+    McClump *const first = ended.front();
+    Tell("[(vvv");
+    McFreeModel(first);
+    Tell("t)]");
+    EXPECT_EQ(McErrorCount(), 0u) << McFirstError();
+    EXPECT_EQ(View(ended.back()).geometry.faceCount, 1u);
 }
 
 TEST_F(PlatformModel, ADeepChainIsBuiltWalkedAndFreedThroughItsInnermostClump)
