@@ -263,6 +263,17 @@ TEST_F(GlbTest, NodesHaveTheirPlacements)
     for (const Json &node : file.json["nodes"])
         matrices += node.contains("matrix") ? 1 : 0;
     EXPECT_EQ(matrices, 4u);
+    // What a matrix can't say is in the vertices: any two axes aslant, or any axis lost.
+    const char *const bent[] = {"1 1 0 0 1 0 0 0 1", "1 0 0 0 1 1 0 0 1", "1 0 1 0 1 0 0 0 1",
+                                "0 0 0 0 1 0 0 0 1", "1 0 0 0 0 0 0 0 1", "1 0 0 0 1 0 0 0 0"};
+    WriteFile("bent.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(1), ObjectNode("BOX", noParent)}));
+    for (const char *rows : bent) {
+        WriteFile("bent.vue", std::string("frame 0 transform BOX ") + rows + " 0 0 0");
+        Start("bent.3ds --animation -o m.mcx --glb m.glb");
+        const GlbFile still = ReadGlb("m.glb");
+        EXPECT_FALSE(still.json["nodes"][0].contains("matrix")) << rows;
+        ExpectSameTriangles(TrianglesOf(still), ScriptTriangles(ReadText("m.mcx")), 1e-5);
+    }
 }
 
 TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
@@ -322,13 +333,13 @@ TEST_F(GlbTest, NormalsAreThoseOfTheFaceOrOfTheAnglesAround)
 {
     const Bytes mesh = Mesh({Points({0, 0, 0, 1, 0.5f, 0, 0, 1, 0, 0, -1, 3}),
                              Faces({0, 1, 2, 0, 2, 3, 0, 0, 2}, {MaterialGroup("GLASS", {0, 1, 2})})});
-    const auto normalsOf = [&mesh](uint32_t shading) {
-        WriteFile("s.3ds", Scene({Glass(shading), NamedObject("A", {mesh})}));
+    const auto normalsOf = [](uint32_t shading, const Bytes &of) {
+        WriteFile("s.3ds", Scene({Glass(shading), NamedObject("A", {of})}));
         EXPECT_EQ(Start("s.3ds --glb m.glb -o m.mcx").status, 0);
         const GlbFile file = ReadGlb("m.glb");
         return NumbersOf(file, file.json["meshes"][0]["primitives"][0]["attributes"]["NORMAL"]);
     };
-    const std::vector<double> flat = normalsOf(1), smooth = normalsOf(2);
+    const std::vector<double> flat = normalsOf(1, mesh), smooth = normalsOf(2, mesh);
     ASSERT_EQ(flat.size(), 27u);
     ASSERT_EQ(smooth.size(), 12u);
     // Of the first face upwards, of the second to the right; the file's z is y, its y is -z.
@@ -346,6 +357,11 @@ TEST_F(GlbTest, NormalsAreThoseOfTheFaceOrOfTheAnglesAround)
             EXPECT_NEAR(flat[9 + vertex * 3 + axis], second[axis], 1e-6);
         }
     EXPECT_NEAR(smooth[3 * 1 + 1], 1, 1e-6);
+    // The cosine of its smallest angle is rounded to more than 1.
+    const std::vector<double> sliver = normalsOf(2, Mesh({Points({0, 0, 0, 2, -9, 2, 3.74f, -16.83f, 3.74f}),
+                                                          Faces({0, 1, 2}, {MaterialGroup("GLASS", {0})})}));
+    for (size_t at = 0; at < sliver.size(); at += 3)
+        EXPECT_NEAR(std::hypot(sliver[at], sliver[at + 1], sliver[at + 2]), 1, 1e-6);
     EXPECT_EQ(std::vector<double>(flat.begin() + 24, flat.end()), std::vector<double>({0, 1, 0}));
 }
 
@@ -368,6 +384,8 @@ TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
                NamedObject("LEFT", {Mesh({Points({-99, 0, 0, -98, 0, 0, -99, 1, 0}), Faces({0, 1, 2})})})}));
     Start("far.3ds --glb m.glb -o m.mcx");
     EXPECT_EQ(TrianglesOf(ReadGlb("m.glb")).size(), 2u);
+    EXPECT_NE(Start("far.3ds --glb m.glb -o m.mcx --scale 3e37").said.find("no finite numbers: 2\n"),
+              std::string::npos);
     Start("worked.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
     size_t modes = 0;
     const GlbFile lit = ReadGlb("m.glb");
@@ -486,19 +504,26 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
         run.said, std::regex("note: placements of the animation that a .glb can't say are the "
                              "nearest that it can: up to [0-9.]+ units of the file away\n")))
         << run.said;
-    // The distance is that of the bounds' worst corner.
-    const Outcome again = Start("bent.3ds --animation --glb b.glb -o b.mcx");
-    GlbFile bent = ReadGlb("b.glb");
-    const Matrix wanted = FramesOf(ReadText("b.mca"), bent.json["nodes"])[1][0];
-    GoToLastFrame(&bent);
-    double worst = 0;
-    for (const Vector &corner : {Vector{4, 0, 0}, Vector{4, 0, -2}, Vector{0, 0, -2}}) {
-        const Vector a = Place(corner, wanted), b = Place(corner, WorldsOf(bent.json)[0]);
-        worst = std::max(worst, std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]));
+    // The distance is that of the bounds' worst corner; of two axes at 45 degrees each is turned by 22.5.
+    for (const char *rows : {"1 1 0 0 1 0 0 0 1", "1 0 0 0 1 1 0 0 1", "1 0 1 0 1 0 0 0 1"}) {
+        SCOPED_TRACE(rows);
+        const std::string start = " transform BOX ";
+        WriteFile("bent.vue",
+                  "frame 0" + start + "1 0 0 0 1 0 0 0 1 0 0 0 frame 1" + start + rows + " 5 0 0");
+        const Outcome again = Start("bent.3ds --animation --glb b.glb -o b.mcx");
+        GlbFile bent = ReadGlb("b.glb");
+        const Matrix wanted = FramesOf(ReadText("b.mca"), bent.json["nodes"])[1][0];
+        GoToLastFrame(&bent);
+        EXPECT_NEAR(std::abs(bent.json["nodes"][0]["rotation"][3].get<double>()), 0.9807853, 1e-5);
+        double worst = 0;
+        for (const Vector &corner : {Vector{4, 0, 0}, Vector{4, 0, -2}, Vector{0, 0, -2}}) {
+            const Vector a = Place(corner, wanted), b = Place(corner, WorldsOf(bent.json)[0]);
+            worst = std::max(worst, std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]));
+        }
+        std::smatch units;
+        ASSERT_TRUE(std::regex_search(again.said, units, std::regex("up to ([0-9.]+) units"))) << again.said;
+        EXPECT_NEAR(std::stod(units[1]), worst, 1e-3);
     }
-    std::smatch units;
-    ASSERT_TRUE(std::regex_search(again.said, units, std::regex("up to ([0-9.]+) units"))) << again.said;
-    EXPECT_NEAR(std::stod(units[1]), worst, 1e-3);
 }
 
 // The shear is in the vertices, and what remains is a motion that the format can say.

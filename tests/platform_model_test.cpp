@@ -94,6 +94,8 @@ TEST_F(PlatformModel, ClumpsStandInTheOrderTheyBeganAtTheProductOfTheirPlacement
     EXPECT_EQ(outer.nextSibling, ended[3]);
     EXPECT_EQ(first.placement[12], 1); // replaced, not multiplied
     EXPECT_EQ(std::vector<double>(first.world + 12, first.world + 15), (std::vector<double>{9, 1, 0}));
+    EXPECT_EQ((std::vector<double>{first.world[3], first.world[7], first.world[11], first.world[15]}),
+              (std::vector<double>{0, 0, 0, 1}));
     EXPECT_EQ(View(ended[3]).world[12], 0); // the saved placement is restored
     McModelView model;
     ASSERT_EQ(McGetModel(ended[1], &model), 1);

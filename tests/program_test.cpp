@@ -60,6 +60,7 @@ static const Row rows[] = {
     {"two.3ds -j 256", 0, "", "two.mcx"},
     {"two.3ds --header=-", 2, "only --output can be -, the standard output"},
     {"two.3ds --preview p.png --preview-frame=-1", 2, "neither the number of a frame"},
+    {"two.3ds --opacity 1", 0, "", "two.mcx"},
     {"two.3ds -j 0", 2, "--jobs: \"0\" is no number from 1 to 256"},
     {"two.3ds --summary s.json", 0,
      "^3ds2mcx: two.3ds: wrote two.mcx [^\n]*\n3ds2mcx: wrote s.json \\([0-9]+ bytes\\)\n$",
