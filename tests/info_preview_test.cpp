@@ -197,7 +197,7 @@ TEST_F(InfoPreviewTest, WhatIsInFrontCoversWhatIsBehind)
 TEST_F(InfoPreviewTest, FacesShowTheirNearerPartsAndTheLightAcrossThem)
 {
     const auto square = [](const char *material, float y) {
-        return NamedObject(material, {Mesh({Points({-4, -y, 0, 4, y, 0, 4, y, 6, -4, -y, 6}),
+        return NamedObject(material, {Mesh({Points({-4, -y, 0, 4, y, 2, 4, y, 8, -4, -y, 6}),
                                             Faces({0, 1, 2, 0, 2, 3}, {MaterialGroup(material, {0, 1})})})});
     };
     const Bytes tent =

@@ -188,6 +188,7 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
         {"[(!]", 3, "McProtoInstance: name is null"},
         {"[?]", 1, "McProtoBegin: name is null"},
         {"{", 1, "McTransformBegin: no model is open"},
+        {">", 1, "McProtoEnd: no model is open"},
         {"[#]", 1, "McTransformCTM: matrix is null"},
         {"[{]", 1, "McModelEnd: a saved placement wasn't brought back"},
         {"[gh<>]", 2, "McSetTag: no clump is open"},

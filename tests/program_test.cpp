@@ -152,6 +152,8 @@ TEST_F(ProgramTest, ASceneMayBeCalledByThreeLetters)
     const Outcome run = Start("abc --animation");
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.said.find("warning"), std::string::npos) << run.said;
+    EXPECT_NE(Start("abc -o vue").said.find("it is the animation that belongs to the scene"),
+              std::string::npos);
     WriteFile("vue", "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 1e999 0 0");
     EXPECT_NE(Start("abc --animation").said.find("placements that hold no finite numbers"),
               std::string::npos);
