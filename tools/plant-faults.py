@@ -8,7 +8,7 @@ a fault costs a run of the tests, and no build. Rules plant most of them; tools/
 others. What can't be compiled is left out. tools/judged-faults.txt names survivors that change nothing that anybody
 could see, with the reason. The fast tests run first, and a run ends at the first test that fails.
 
-Takes half an hour for 600 faults on two cores. Builds go to build/planted. --sanitize judges reads out of bounds
+Takes 40 minutes for 600 faults on two cores. Builds go to build/planted. --sanitize judges reads out of bounds
 and leaks as well.
 """
 import argparse
