@@ -66,21 +66,18 @@ void __wrap_free(void *block)
 }
 }
 
-void *operator new(size_t size)
-{
-    void *block = memory.refusesNew && IsRefused() ? nullptr : __real_malloc(size);
-    return block ? block : throw std::bad_alloc();
-}
+#if SIZE_MAX > UINT32_MAX // operator new has another symbol where sizes have 32 bits
+constexpr bool newIsRefused = true;
 
-void operator delete(void *block) noexcept
-{
-    __real_free(block);
-}
+extern "C" void *__real__Znwm(size_t size);
 
-void operator delete(void *block, size_t) noexcept
+extern "C" void *__wrap__Znwm(size_t size)
 {
-    __real_free(block);
+    return memory.refusesNew && IsRefused() ? throw std::bad_alloc() : __real__Znwm(size);
 }
+#else
+constexpr bool newIsRefused = false;
+#endif
 
 static int refused; // runs with a refused allocation in the current test
 
@@ -241,10 +238,14 @@ TEST(ModelsWithoutMemory, NameTheCallThatHadNone)
     }
     memory.refusesNew = false;
     McClearErrors();
-    EXPECT_EQ(heard, (std::set<std::string>{"McModelBegin: out of memory", "McClumpBegin: out of memory",
-                                            "McTransformBegin: out of memory", "McVertex: out of memory",
-                                            "McTriangle: out of memory", "McProtoInstance: out of memory",
-                                            "McSetSurfaceTexture: out of memory"}));
+    std::set<std::string> expected = {"McModelBegin: out of memory",     "McClumpBegin: out of memory",
+                                      "McTransformBegin: out of memory", "McVertex: out of memory",
+                                      "McTriangle: out of memory",       "McProtoInstance: out of memory"};
+    if (newIsRefused)
+        expected.insert("McSetSurfaceTexture: out of memory");
+    else
+        expected.erase("McProtoInstance: out of memory"), heard.erase("McProtoInstance: out of memory");
+    EXPECT_EQ(heard, expected);
 }
 #endif
 
