@@ -122,6 +122,7 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
 #include <mutex>
 #include <poll.h>
 #include <pthread.h>
+#include <semaphore>
 #include <signal.h>
 #include <sys/mman.h>
 #if defined(__linux__)
@@ -213,6 +214,7 @@ bool CanSplitProcesses()
 
 static sigset_t interruptSignals;
 static pthread_t interruptThread;
+static std::binary_semaphore interruptThreadWaits{0};
 
 static void InterruptWorkers(int number)
 {
@@ -227,6 +229,7 @@ static void InterruptWorkers(int number)
 static void *WaitForInterrupt(void *)
 {
     int number = 0;
+    interruptThreadWaits.release();
     if (sigwait(&interruptSignals, &number) != 0)
         return nullptr;
     interrupted = cleansUp = true;
@@ -261,10 +264,13 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
     pthread_attr_init(&attributes);
     // Enough to remove folders. The default of several megabytes may fail if memory is limited.
     pthread_attr_setstacksize(&attributes, 256 * 1024);
-    if (pthread_create(&interruptThread, &attributes, WaitForInterrupt, nullptr) == 0)
+    if (pthread_create(&interruptThread, &attributes, WaitForInterrupt, nullptr) == 0) {
         std::atexit(EndWaiting);
-    else
+        // A thread that is starting may hold locks of the allocator. fork would copy them locked.
+        interruptThreadWaits.acquire();
+    } else {
         pthread_sigmask(SIG_UNBLOCK, &interruptSignals, nullptr);
+    }
     pthread_attr_destroy(&attributes);
 }
 
