@@ -19,14 +19,6 @@ static testing::AssertionResult Says(const std::string &text, const std::string 
     return testing::AssertionFailure() << '"' << pattern << "\" is not in " << text;
 }
 
-static size_t CountOf(const std::string &text, const std::string &part)
-{
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
-
 struct ManyScenesTest : SceneTest {
     void SetUp() override
     {
