@@ -7,11 +7,15 @@
 #if !defined(_WIN32)
 #include <pthread.h>
 #endif
-#if defined(__has_feature)
+#if defined(__SANITIZE_ADDRESS__) // gcc
+#define MC3DS_LEAKS_ARE_CHECKED
+#elif defined(__has_feature) // clang
 #if __has_feature(address_sanitizer)
-#include <sanitizer/lsan_interface.h>
 #define MC3DS_LEAKS_ARE_CHECKED
 #endif
+#endif
+#if defined(MC3DS_LEAKS_ARE_CHECKED)
+#include <sanitizer/lsan_interface.h>
 #endif
 
 #include "command.h"
