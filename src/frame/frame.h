@@ -143,7 +143,8 @@ inline bool Mc3dsIsSpace(int character)
     return static_cast<unsigned>(character) <= 0x20 && (uint64_t{0x100003E00} >> character & 1) != 0;
 }
 
-// Like snprintf in the "C" locale, but returns the length of the text after it is cut to size.
+// Like snprintf in the "C" locale for %s, %d, %x, %f and %.Nf, but returns the length of the text after it is
+// cut to size.
 MC3DS_PRINTF(3, 4) size_t Mc3dsFormatText(char *buffer, size_t size, const char *format, ...);
 MC3DS_PRINTF(3, 0) size_t Mc3dsFormatTextV(char *buffer, size_t size, const char *format, va_list arguments);
 

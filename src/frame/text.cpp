@@ -17,7 +17,7 @@ static const char *Convert(char conversion, int precision, va_list *arguments, c
     switch (conversion) {
     case 's': {
         const char *text = va_arg(*arguments, const char *);
-        *length = precision < 0 ? std::strlen(text) : strnlen(text, static_cast<size_t>(precision));
+        *length = std::strlen(text);
         return text;
     }
     case 'd': end = Mc3dsPutInteger(out, va_arg(*arguments, int)); break;
