@@ -97,7 +97,7 @@ static std::string Grouped(uint64_t count, const char *what)
 {
     std::string text = Counted(count, what);
     for (size_t at = text.find(' '); at > 3; at -= 3)
-        text.insert(at - 3, at > 3 && at - 3 > 0 ? "," : "");
+        text.insert(at - 3, ",");
     return text;
 }
 
