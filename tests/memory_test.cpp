@@ -224,6 +224,13 @@ TEST(ModelsWithoutMemory, NameTheCallThatHadNone)
         McProtoInstance("P");
         McClumpEnd(&clump);
         McModelEnd();
+        McModelView model;
+        McClumpView view;
+        view.geometry.faceCount = 0;
+        if (McGetModel(clump, &model))
+            McGetClump(clump, &view);
+        for (size_t i = 0; i < view.geometry.faceCount; ++i)
+            EXPECT_LT(static_cast<size_t>(view.geometry.faces[i].surface), model.surfaceCount);
         McFreeModel(clump);
     };
     memory.refusesNew = true;

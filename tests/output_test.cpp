@@ -82,6 +82,7 @@ TEST_F(OutputTest, TextureCoordinatesAreShiftedTurnedOverAndFolded)
         {{0, 0, INFINITY, 0}, "1 0 0 0 ", 1},
         // Too large for a 32-bit number: the shift of 0 is used.
         {{-3e9f, 0}, "-3e+09 0 ", 0},
+        {{-3e9f, 0, 1, 0}, "-3e+09 0 2 0 ", 0},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.written);
@@ -118,6 +119,7 @@ TEST_F(OutputTest, TheScaleStandsInPositionsAndVerticesAndNotInAxes)
 TEST_F(OutputTest, ScaleAndSizeAreWrittenBack)
 {
     const std::vector<float> box = {0, 0, 0, 10, 20, 50}, point = {3, 4, 5};
+    const std::vector<float> wide = {3, 7, 1, 53, 17, 21}, deep = {3, 7, 1, 13, 57, 21};
     const struct {
         std::vector<float> xyz;
         uint32_t flags;
@@ -125,6 +127,8 @@ TEST_F(OutputTest, ScaleAndSizeAreWrittenBack)
         const char *scaleAfter, *sizeAfter;
     } rows[] = {
         {box, MC3DS_FIT_SIZE, 7, 100, "2.000000", "100.000000"},
+        {wide, MC3DS_FIT_SIZE, 7, 100, "2.000000", "100.000000"},
+        {deep, MC3DS_FIT_SIZE, 7, 100, "2.000000", "100.000000"},
         {box, 0, 2, 7, "2.000000", "100.000000"},
         {box, MC3DS_CENTRE, 0.5f, 0, "0.500000", "25.000000"},
         {point, MC3DS_FIT_SIZE, 1, 9, "inf", "9.000000"},
@@ -142,6 +146,23 @@ TEST_F(OutputTest, ScaleAndSizeAreWrittenBack)
         EXPECT_EQ(std::to_string(options.scale), row.scaleAfter);
         EXPECT_EQ(std::to_string(options.size), row.sizeAfter);
     }
+}
+
+// The writer's blocks have 65,536 bytes.
+TEST_F(OutputTest, TheLastByteIsWrittenWhenItAloneIsLeft)
+{
+    const auto text = [](size_t vertices, size_t digits) {
+        std::vector<float> xyz(3 * vertices, 100.0f); // three digits fill a column
+        for (float &number : xyz)
+            for (; number < 99999.0f && digits > 0; --digits)
+                number *= 10;
+        return Written(Scene({Object("A", xyz)}));
+    };
+    const size_t least = text(1, 0).size(), each = text(2, 0).size() - least;
+    const size_t vertices = (65537 - least) / each - 1;
+    const std::string whole = text(vertices, 65537 - text(vertices, 0).size());
+    ASSERT_EQ(whole.size(), 65537u);
+    EXPECT_EQ(whole.back(), '\n');
 }
 
 TEST_F(OutputTest, PerObjectFilesKeepSixCharactersOfTheNameAtMost)

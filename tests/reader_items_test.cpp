@@ -398,6 +398,20 @@ TEST_F(ItemTest, KeysCountAgainstTheLimitOfTheLoad)
     EXPECT_EQ(TakeReportLines("E", 0).substr(0, 3), "E0 ");
 }
 
+// Both names have the hash 0x28c0c8ba.
+TEST_F(ItemTest, MaterialsWhoseNamesHaveOneHashAreNotMixedUp)
+{
+    const LoadedScene scene = LoadBytes(
+        Scene({Grey("M15119"), Grey("M203802"),
+               NamedObject("A", {Mesh({Points(std::vector<float>(9)),
+                                       Faces({0, 1, 2, 0, 1, 2}, {MaterialGroup("M203802", {0}),
+                                                                  MaterialGroup("M15119", {1})})})})}));
+    ASSERT_EQ(scene->objects[0].groupCount, 2u);
+    EXPECT_STREQ(scene->materials[scene->objects[0].groups[0].material].name, "M203802");
+    EXPECT_STREQ(scene->materials[scene->objects[0].groups[1].material].name, "M15119");
+    EXPECT_EQ(scene->lostMaterialCount, 0u);
+}
+
 TEST_F(ItemTest, TextLongerThanItsFieldIsCutWithAReport)
 {
     const Bytes endless(200, 'x'); // the reader ends a text after 129 bytes

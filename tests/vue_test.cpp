@@ -123,6 +123,19 @@ TEST_F(VueTest, TheFrameAfterTheLastIsAcceptedToo)
     EXPECT_EQ(TakeReportLines("E"), "");
 }
 
+// 4,194,304 and the bytes of the .vue file; takes 200 MB.
+TEST_F(VueTest, AsManyFramesAsTheLimitAreLoaded)
+{
+    const Bytes vue = "frame 0";
+    const uint32_t most = 4194304 + 7;
+    for (const uint32_t frames : {most - 1, most}) {
+        const LoadedScene scene =
+            LoadBytes(Scene({NamedObject("BOX", {Mesh({Points({0, 0, 0})})})}, {Kfhdr(frames)}), vue);
+        EXPECT_EQ(scene->hasAnimation, frames < most ? 1u : 0u);
+        EXPECT_EQ(TakeReportLines("E"), frames < most ? "" : "E0 Out of memory allocating frames\n");
+    }
+}
+
 TEST_F(VueTest, NumbersCountByTheirLongestBeginning)
 {
     const double infinite = HUGE_VAL;
