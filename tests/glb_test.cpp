@@ -303,6 +303,29 @@ TEST_F(GlbTest, WiresAreTheEdgesOfTheirFacesEachOnce)
     EXPECT_EQ(edges, (std::multiset<std::pair<double, double>>{{0, 1}, {0, 2}, {0, 3}, {1, 2}, {2, 3}}));
 }
 
+// Above half a million vertices and faces the model is built several times, a part of the objects at a time.
+TEST_F(GlbTest, ALargeModelHasEachTriangleOnce)
+{
+    std::vector<float> xyz(3 * 65535);
+    std::iota(xyz.begin(), xyz.end(), 0.0f);
+    std::vector<uint16_t> faces(3 * 65535);
+    for (size_t i = 0; i < faces.size(); ++i)
+        faces[i] = static_cast<uint16_t>(i % 65535);
+    const Bytes large = Mesh({Points(xyz), Faces(faces)});
+    Pieces objects;
+    for (const char *name : {"A", "B", "C", "D", "E"})
+        objects.push_back(NamedObject(name, {large}));
+    WriteFile("large.3ds", Scene(objects));
+    Start("large.3ds --glb m.glb");
+    const GlbFile file = ReadGlb("m.glb");
+    size_t corners = 0;
+    for (const Json &mesh : file.json["meshes"])
+        for (const Json &primitive : mesh["primitives"])
+            corners += file.json["accessors"][primitive["indices"].get<size_t>()]["count"].get<size_t>();
+    EXPECT_EQ(corners, 5u * 3 * 65535);
+    EXPECT_EQ(file.json["meshes"].size(), 5u);
+}
+
 TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
 {
     const Bytes png = Bytes("\x89PNG\r\n\x1a\n", 8) +
@@ -317,8 +340,12 @@ TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
     EXPECT_NE(file.binary.find(png), std::string::npos);
     EXPECT_EQ(file.json["images"].size(), 2u);
     EXPECT_EQ(run.said.find("note: faces"), std::string::npos) << run.said;
-    for (const Json &view : file.json["bufferViews"])
+    size_t targets = 0;
+    for (const Json &view : file.json["bufferViews"]) {
         EXPECT_EQ(view["byteOffset"].get<size_t>() % 4, 0u);
+        targets += view.contains("target") ? 1 : 0;
+    }
+    EXPECT_EQ(targets, file.json["bufferViews"].size() - 2) << "all but the pictures";
     std::map<std::string, Json> byTexture;
     for (const Json &material : file.json["materials"])
         byTexture[material["extras"].value("texture", "") +
@@ -510,12 +537,14 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
     WriteFile("bent.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", noParent)}));
     WriteFile("bent.vue",
               "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 0 0 0 frame 1 transform BOX 1 1 0 0 1 0 0 0 1 5 0 0");
-    const Outcome run = Start("bent.3ds --glb b.glb -o b.mcx");
-    EXPECT_EQ(ReadGlb("b.glb").json["animations"][0]["channels"].size(), 3u);
-    EXPECT_TRUE(std::regex_search(
-        run.said, std::regex("note: placements of the animation that a .glb can't say are the "
-                             "nearest that it can: up to [0-9.]+ units of the file away\n")))
-        << run.said;
+    for (const char *size : {"60", "1e-6"}) {
+        const Outcome run = Start(std::string("bent.3ds --glb b.glb -o b.mcx --size ") + size);
+        EXPECT_EQ(ReadGlb("b.glb").json["animations"][0]["channels"].size(), 3u);
+        EXPECT_TRUE(std::regex_search(
+            run.said, std::regex("note: placements of the animation that a .glb can't say are the "
+                                 "nearest that it can: up to [0-9.]+ units of the file away\n")))
+            << run.said;
+    }
     // The distance is that of the bounds' worst corner; of two axes at 45 degrees each is turned by 22.5.
     for (const char *rows : {"1 1 0 0 1 0 0 0 1", "1 0 0 0 1 1 0 0 1", "1 0 1 0 1 0 0 0 1"}) {
         SCOPED_TRACE(rows);

@@ -214,6 +214,9 @@ TEST_F(InfoPreviewTest, FacesShowTheirNearerPartsAndTheLightAcrossThem)
     MustRun(program + "--info --preview p.png --preview-size 64x48 >shown");
     const std::string text = AsText(ReadPicture("p.png"));
     EXPECT_LE(CountOfOthers(text, "picture_cross.txt"), 8u) << text;
+    MustRun(program + "--info --scale 1e-7 --preview p.png --preview-size 64x48 >shown");
+    const std::string small = AsText(ReadPicture("p.png"));
+    EXPECT_LE(CountOfOthers(small, "picture_cross.txt"), 8u) << small;
 }
 
 // Faces with NaN and infinite corners, and those whose smooth normals cancel out.

@@ -124,6 +124,7 @@ TEST_F(ManyScenesTest, ScenesThatWouldMeetInOneFileAreRefusedBeforeAnyWork)
         objects += Triangle("O" + std::to_string(i), 0);
     WriteFile("n.3ds", Scene({objects}));
     fs::copy_file("two.3ds", "n1.3ds");
+    fs::copy_file("two.3ds", "n9.3ds");
     fs::copy_file("two.3ds", "n10.3ds");
     fs::copy_file("two.3ds", "two.mcx");
     const struct {
@@ -134,6 +135,7 @@ TEST_F(ManyScenesTest, ScenesThatWouldMeetInOneFileAreRefusedBeforeAnyWork)
         {"two.3ds tree/a.3ds dir/../two.3ds", 2, "\"two.3ds\" and \"dir.*two.3ds\" would both write"},
         {"tree/a.3ds two.mcx", 2, "\"two.mcx\" would be written to \"two.mcx\", a file of the scene"},
         {"n.3ds n1.3ds --per-object", 2, "\"n1?.3ds\" and \"n1?.3ds\" would both write \"n10.mcx\""},
+        {"n.3ds n9.3ds --per-object", 2, "would both write \"n90.mcx\""},
         {"n.3ds n10.3ds --per-object", 2, "\"n(10)?.3ds\" and \"n(10)?.3ds\" would both write \"n100.mcx\""},
         {"tree/a.3ds n1.3ds --per-object -q", 0, ""},
     };
@@ -316,14 +318,30 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
     EXPECT_EQ(Start("odd.3ds two.3ds").said.find("note:"), std::string::npos);
     WriteFile("odd.3ds", Scene({Triangle("A0_Z9", 0), Triangle("az", 1)}));
     EXPECT_EQ(Start("odd.3ds --header").said.find("none in C"), std::string::npos);
-    Bytes named;
-    for (uint16_t face = 0; face < 5; ++face)
-        named += MaterialGroup("LOST" + std::to_string(face), {face});
-    WriteFile(
-        "odd.3ds",
-        Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}),
-                                       Faces({0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2}, {named})})})}));
-    EXPECT_TRUE(Says(Start("odd.3ds").said, "\"LOST2\", which the file lacks and 2 more\n"));
+    const auto manyGroups = [](const Bytes &known, uint16_t count) {
+        Bytes named;
+        for (uint16_t face = 0; face < count; ++face)
+            named += MaterialGroup("LOST" + std::to_string(face), {face});
+        const Bytes faces = Faces({0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2}, {named});
+        WriteFile("odd.3ds",
+                  Scene({known, NamedObject("A\tB", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), faces})})}));
+    };
+    manyGroups("", 5);
+    EXPECT_TRUE(Says(Start("odd.3ds -v").said, "\"LOST2\", which the file lacks and 2 more\n"));
+    EXPECT_TRUE(Says(Start("odd.3ds -v").said, "Object <A\\\\x09B>\n"));
+    manyGroups("", 3);
+    EXPECT_TRUE(Says(Start("odd.3ds").said, "\"LOST2\", which the file lacks\n"));
+    const Bytes black = Colour24(0, 0, 0);
+    Bytes known;
+    for (const char *name : {"LOST0", "LOST1", "LOST2", "LOST3", "LOST4", "LOST5"})
+        known += Material(name, {Finish(black, black, black, 1)});
+    manyGroups(known, 6);
+    EXPECT_TRUE(Says(Start("odd.3ds --info").said, "; LOST0, LOST1, LOST2, LOST3 and 2 more\n"));
+    WriteFile("odd.3ds",
+              Scene({NamedObject("A", {Mesh({Points({0, 0, 0}), Faces(std::vector<uint16_t>(3000))})})}));
+    EXPECT_TRUE(Says(Start("odd.3ds two.3ds").said, ", 1,002 triangles,"));
+    EXPECT_EQ(Start("odd.3ds lacks.3ds --summary run.json").status, 1);
+    EXPECT_TRUE(Says(ReadFile("run.json"), "\"lacks.3ds\",[^}]*\"bytes\": 0,"));
     WriteFile("gone.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
     const Outcome gone = Start("gone.3ds --summary sum.json");
     EXPECT_EQ(gone.status, 1);

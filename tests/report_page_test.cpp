@@ -52,6 +52,19 @@ TEST_F(ReportPageTest, FailedScenesComeFirstAndLinksLeadToTheFiles)
     }
 }
 
+TEST_F(ReportPageTest, AnOverviewOfOneObjectHasItsPicture)
+{
+    WriteFile("box.3ds", chunks::Scene({Triangle("BOX", 0)}));
+    WriteFile("dot.3ds",
+              chunks::Scene({chunks::NamedObject("DOT", {chunks::Mesh({chunks::Points({0, 0, 0})})})}));
+    EXPECT_EQ(Start("box.3ds --info --report r.html").status, 0);
+#if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)
+    EXPECT_NE(ReadText("r.html").find("iVBORw0KGgoAAAANSUhEUgAAAUAAAADw"), std::string::npos);
+#endif
+    Start("dot.3ds --report r.html");
+    EXPECT_NE(ReadText("r.html").find("1 object, 1 vertex, 0 triangles, "), std::string::npos);
+}
+
 TEST_F(ReportPageTest, ThePageTakesTheNameOfNoOtherFile)
 {
     const struct {
