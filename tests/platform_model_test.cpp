@@ -178,6 +178,7 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
     } cases[] = {
         {"v({<an]", 7, "McVertex: no model is open"},
         {"[[]]", 2, "McModelBegin: a model is open already"},
+        {"t", 1, "McTriangle: no model is open"},
         {"[t]", 1, "McTriangle: no clump or prototype is open"},
         {"[vt(vvt)]", 3, "McVertex: no clump or prototype is open"},
         {"[()(])", 2, "McModelEnd: a clump or a prototype is still open"},
