@@ -86,7 +86,7 @@ static const Row rows[] = {
     {"two.3ds --clump-name azAZ_09 --source", 0, "wrote two.c", "two.c"},
     {"two.3ds --per-object -o -", 2, "the files of the objects need names"},
     {"--recursive dir", 1, "folder \"dir\" has no \\*.3ds files"},
-    {"none.3ds lost.3ds --info", 0, "lost.3ds"},
+    {"none.3ds text.3ds --info", 1, "text.3ds: error: "},
     {"two.3ds --info -v", 0, "Object <LID>\n"},
     {"two.3ds --clump-name a-b --source", 2, "--clump-name: \"a-b\" can't be part of a C name"},
     {"lost.3ds --strict", 1, "1 warning counts as failure", "lost.mcx"},
