@@ -342,6 +342,7 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
     EXPECT_TRUE(Says(Start("odd.3ds two.3ds").said, ", 1,002 triangles,"));
     EXPECT_EQ(Start("odd.3ds lacks.3ds --summary run.json").status, 1);
     EXPECT_TRUE(Says(ReadFile("run.json"), "\"lacks.3ds\",[^}]*\"bytes\": 0,"));
+#if !defined(_WIN32) // where the names have another encoding
     // Of these names one would be cut inside a character.
     std::string accents;
     for (int i = 0; i < 60; ++i)
@@ -353,6 +354,7 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         EXPECT_EQ(said.find("\xc3\xa9", first), first + 11) << said;
         EXPECT_EQ(said.find('\n', first) - from, end == ".3ds" ? 80u : 79u) << said;
     }
+#endif
     WriteFile("gone.3ds", Scene({Glass(), Triangle("BOX", 0)}, {Kfhdr(2), ObjectNode("BOX", 7)}));
     const Outcome gone = Start("gone.3ds --summary sum.json");
     EXPECT_EQ(gone.status, 1);
