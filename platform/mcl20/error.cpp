@@ -4,6 +4,7 @@
 
 static size_t errorCount;
 static char firstError[160];
+static bool memoryRanOut;
 
 void McmError(const char *call, const char *text)
 {
@@ -11,6 +12,17 @@ void McmError(const char *call, const char *text)
         std::snprintf(firstError, sizeof firstError, "%s: %s", call, text);
     if (errorCount < SIZE_MAX)
         ++errorCount;
+}
+
+void McmNoMemory(const char *call)
+{
+    memoryRanOut = true;
+    McmError(call, "out of memory");
+}
+
+int McMemoryRanOut(void)
+{
+    return memoryRanOut;
 }
 
 size_t McErrorCount(void)
@@ -27,4 +39,5 @@ void McClearErrors(void)
 {
     errorCount = 0;
     firstError[0] = '\0';
+    memoryRanOut = false;
 }

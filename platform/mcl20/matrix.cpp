@@ -16,7 +16,7 @@ McMatrix4d *McCreateMatrix(void)
 {
     McMatrix4d *matrix = new (std::nothrow) McMatrix4d{McmIdentity};
     if (!matrix)
-        McmError("McCreateMatrix", "out of memory");
+        McmNoMemory("McCreateMatrix");
     return matrix;
 }
 

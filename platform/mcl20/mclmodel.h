@@ -105,6 +105,9 @@ MCL_API size_t McErrorCount(void);
 MCL_API const char *McFirstError(void);
 MCL_API void McClearErrors(void);
 
+/* 1 if one of these errors was a lack of memory, else 0. */
+MCL_API int McMemoryRanOut(void);
+
 #ifdef __cplusplus
 }
 #endif

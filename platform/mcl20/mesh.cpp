@@ -56,7 +56,7 @@ static void AddVertex(const char *call, float x, float y, float z, const McUV *u
         return McmError(call, "too many vertices");
     const bool textured = uv || mesh->uvs.count > 0;
     if (!McmReserveOne(&mesh->points) || (textured && !AddUV(mesh, uv)))
-        return McmError(call, "out of memory");
+        return McmNoMemory(call);
     McmAppend(&mesh->points, PlacePoint(&scope->placement, x, y, z));
 }
 
@@ -82,7 +82,7 @@ void McTriangle(int a, int b, int c)
         return McmError("McTriangle", "no vertex has this number");
     const int surface = McmUseSurface(McmCurrentModel("McTriangle"));
     if (surface < 0 || !McmAppend(&mesh->faces, {{a, b, c}, surface}))
-        McmError("McTriangle", "out of memory");
+        McmNoMemory("McTriangle");
 }
 
 void McProtoInstance(const char *name)
@@ -94,5 +94,5 @@ void McProtoInstance(const char *name)
         return McmError("McProtoInstance", "name is null");
     const McmName *entry = McmIntern(scope->clump->model, name);
     if (!entry || !McmAppend(&scope->clump->instances, {entry, scope->placement}))
-        McmError("McProtoInstance", "out of memory");
+        McmNoMemory("McProtoInstance");
 }

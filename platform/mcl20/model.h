@@ -90,6 +90,7 @@ struct McmModel {
 // ---- error.cpp
 
 void McmError(const char *call, const char *text);
+void McmNoMemory(const char *call);
 
 // ---- matrix.cpp
 

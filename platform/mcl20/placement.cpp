@@ -4,7 +4,7 @@ void McTransformBegin(void)
 {
     const McmScope *scope = McmCurrentScope("McTransformBegin");
     if (scope && !McmAppend(&McmCurrentModel("McTransformBegin")->saved, scope->placement))
-        McmError("McTransformBegin", "out of memory");
+        McmNoMemory("McTransformBegin");
 }
 
 void McTransformCTM(McMatrix4d *matrix)

@@ -40,7 +40,7 @@ void McModelBegin(void)
         return McmError("McModelBegin", "a model is open already");
     openModel = McmNewModel();
     if (!openModel)
-        McmError("McModelBegin", "out of memory");
+        McmNoMemory("McModelBegin");
 }
 
 // Ends the innermost scope. Saved placements left in it are an error and are discarded.
@@ -101,7 +101,7 @@ void McClumpBegin(void)
     if (!clump || !McmReserveOne(&model->clumps) ||
         !McmAppend(&model->scopes, {clump, nullptr, McmIdentity, model->saved.count})) {
         delete clump;
-        return McmError("McClumpBegin", "out of memory");
+        return McmNoMemory("McClumpBegin");
     }
     const McmScope *outer = &model->scopes.items[model->scopes.count - 2]; // scope may have moved
     clump->model = model;
@@ -161,7 +161,7 @@ void McProtoBegin(const char *name)
     if (!entry || !prototype || !McmReserveOne(&model->prototypes) ||
         !McmAppend(&model->scopes, {nullptr, prototype, McmIdentity, model->saved.count})) {
         delete prototype;
-        return McmError("McProtoBegin", "out of memory");
+        return McmNoMemory("McProtoBegin");
     }
     if (entry->second >= 0)
         McmError("McProtoBegin", "the model has a prototype of this name already");

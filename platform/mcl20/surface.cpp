@@ -105,7 +105,7 @@ static const char *KeepText(const char *text, const char *call)
 {
     const McmName *entry = McmIntern(McmCurrentModel(call), text);
     if (!entry)
-        McmError(call, "out of memory");
+        McmNoMemory(call);
     return entry ? entry->first.c_str() : nullptr;
 }
 

@@ -30,7 +30,7 @@ bool Mc3dsRefillText(Mc3dsFile *file)
     }
     if (length == 0 && file->vueError != 0 && !load->failed) {
         load->failed = true;
-        Mc3dsError(0, "File Error");
+        Mc3dsError(0, Mc3dsReportKind::FileError, "File Error");
     }
     load->bytes[length] = '\0';
     load->nextText = load->bytes;

@@ -130,10 +130,10 @@ static bool ReadTransformRecord(Mc3dsFile *file, int32_t frame)
             return false;
     Mc3dsObject *object = Mc3dsFindObject(file, name);
     if (!object) {
-        Mc3dsError(2, "unable to find object %s", name);
+        Mc3dsError(2, Mc3dsReportKind::VueObjectNotFound, "unable to find object %s", name);
     } else if (frame < 0 || static_cast<uint32_t>(frame) > file->frameCount) {
-        Mc3dsError(2, "Transform of object %s for frame %d, which the scene hasn't got, dropped", name,
-                   frame);
+        Mc3dsError(2, Mc3dsReportKind::VueFrameOutside,
+                   "Transform of object %s for frame %d, which the scene doesn't have, dropped", name, frame);
     } else {
         object->hasFrames = 1;
         object->frames[frame] = matrix;
@@ -173,7 +173,8 @@ static void Scan(Mc3dsFile *file)
 static bool AllocateFrames(Mc3dsFile *file, uint64_t vueSize)
 {
     const uint64_t count = uint64_t{file->frameCount} + 1;
-    bool fits = file->objectCount * count <= mostFrames + vueSize;
+    const bool isAllowed = file->objectCount * count <= mostFrames + vueSize;
+    bool fits = isAllowed;
     for (uint32_t i = 0; i < file->objectCount && fits; ++i) {
         Mc3dsObject &object = file->objects[i];
         object.frames = static_cast<Mc3dsTransform *>(Mc3dsResize(nullptr, count, sizeof(Mc3dsTransform)));
@@ -183,7 +184,8 @@ static bool AllocateFrames(Mc3dsFile *file, uint64_t vueSize)
     }
     if (fits)
         return true;
-    Mc3dsError(0, "Out of memory allocating frames");
+    Mc3dsError(0, isAllowed ? Mc3dsReportKind::OutOfMemory : Mc3dsReportKind::TooManyFrames,
+               "Out of memory allocating frames");
     for (uint32_t i = 0; i < file->objectCount; ++i) {
         std::free(file->objects[i].frames);
         file->objects[i].frames = nullptr;

@@ -23,5 +23,7 @@ void Mc3dsUnloadFile(Mc3dsFile *file)
         std::free(file->materials);
     if (file->lostMaterialCount != 0)
         std::free(file->lostMaterials);
+    std::free(file->skipped);
+    std::free(file->unknownChunks);
     std::free(file);
 }

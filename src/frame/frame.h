@@ -10,6 +10,7 @@
 
 #include "../../include/mcl3ds20.h"
 #include "../math/transform.h"
+#include "report.h"
 
 // A vertex of a mesh in file units; in object space once the mesh is complete.
 struct Mc3dsVertex {
@@ -92,6 +93,31 @@ struct Mc3dsLostMaterial {
     const char *fault; // the report when it was discarded; null: not defined when faces named it
 };
 
+// A light, a camera or a hidden mesh of the file.
+enum class Mc3dsSkippedKind : uint8_t { Light, Camera, HiddenMesh };
+struct Mc3dsSkippedObject {
+    char name[12];
+    Mc3dsSkippedKind kind;
+};
+
+// What the format has and the renderer hasn't.
+enum class Mc3dsUnsupported : uint8_t {
+    TransparencyFalloff,
+    ReflectionBlur,
+    TwoSided,
+    Decal,
+    BumpMap,
+    AutomaticReflection,
+    MorphSmoothing,
+    MorphTrack,
+    CameraNode,
+    CameraTargetNode,
+    LightNode,
+    LightTargetNode,
+    SpotlightNode,
+};
+constexpr size_t Mc3dsUnsupportedCount = 13;
+
 struct Mc3dsLoad;
 
 // A whole scene. Owns everything that its pointers refer to.
@@ -115,6 +141,12 @@ struct Mc3dsFile {
     uint64_t rootSize; // length of its first chunk according to the header; 0 if the header is incomplete
     int readError;     // errno of the first failed read of the scene's file; 0 if none failed
     int vueError;      // the same for the .vue file, or errno of opening it; 0 if it is missing or valid
+
+    // What the load skipped. If memory for these lists runs out they lack entries, and nothing is reported.
+    Mc3dsSkippedObject *skipped; // owned; null if there are none; in the order of the file
+    uint32_t skippedCount;
+    uint32_t unsupported[Mc3dsUnsupportedCount]; // how many, by Mc3dsUnsupported
+    uint32_t *unknownChunks; // owned; how many, by tag, 65,536 entries; null if there are none
 };
 
 // The largest finite float. Bounds start with it and its negative.
@@ -128,8 +160,11 @@ constexpr float Mc3dsLargest = 3.4028235e38f;
 #define MC3DS_PRINTF(text, first)
 #endif
 
-MC3DS_PRINTF(2, 3) void Mc3dsError(int32_t level, const char *format, ...);
+MC3DS_PRINTF(3, 4) void Mc3dsError(int32_t level, Mc3dsReportKind kind, const char *format, ...);
 MC3DS_PRINTF(2, 3) void Mc3dsMessage(int32_t level, const char *format, ...);
+// A message of another kind than Detail.
+MC3DS_PRINTF(4, 5)
+void Mc3dsMessageOf(Mc3dsReportKind kind, int32_t level, uint64_t amount, const char *format, ...);
 
 // ---- text.cpp
 

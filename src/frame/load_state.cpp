@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "outcome.h"
+
 bool Mc3dsBeginLoad(Mc3dsFile *file)
 {
     file->load = static_cast<Mc3dsLoad *>(std::malloc(sizeof(Mc3dsLoad)));
@@ -34,7 +36,7 @@ bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
         void *objects =
             Mc3dsResize(file->objectCount != 0 ? file->objects : nullptr, capacity, sizeof *object);
         if (!objects) {
-            Mc3dsError(0, "malloc failed allocating global object");
+            Mc3dsError(0, Mc3dsReportKind::OutOfMemory, "malloc failed allocating global object");
             return false;
         }
         file->objects = static_cast<Mc3dsObject *>(objects);
@@ -60,8 +62,10 @@ uint32_t Mc3dsLoseMaterial(Mc3dsFile *file, const char name[20], const char *fau
         return known;
     void *grown = Mc3dsResize(count != 0 ? file->lostMaterials : nullptr, uint64_t{count} + 1,
                               sizeof(Mc3dsLostMaterial));
-    if (!grown)
+    if (!grown) {
+        Mc3dsNoteLackOfMemory();
         return count;
+    }
     file->lostMaterials = static_cast<Mc3dsLostMaterial *>(grown);
     Mc3dsLostMaterial &lost = file->lostMaterials[file->lostMaterialCount++];
     std::strcpy(lost.name, name);

@@ -10,8 +10,8 @@ void Mc3dsCopyText(char *field, size_t size, const char *text, const char *what)
     std::memcpy(field, text, kept);
     field[kept] = '\0';
     if (kept < length)
-        Mc3dsError(2, "%s <%s> is longer than %d characters and was cut", what, text,
-                   static_cast<int>(size - 1));
+        Mc3dsError(2, Mc3dsReportKind::TextCut, "%s <%s> is longer than %d characters and was cut", what,
+                   text, static_cast<int>(size - 1));
 }
 
 void Mc3dsObjectInit(Mc3dsObject *object, const char *name)

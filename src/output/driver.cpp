@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "../frame/outcome.h"
 #include "frames.h"
 #include "output.h"
 
@@ -38,7 +39,7 @@ static Mc3dsWriter *MakeWriter(Mc3dsOptions *options)
 {
     auto *writer = static_cast<Mc3dsWriter *>(std::malloc(sizeof(Mc3dsWriter)));
     if (!writer) {
-        Mc3dsError(0, "Out of memory for the output; nothing is written");
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory, "Out of memory for the output; nothing is written");
         return nullptr;
     }
     std::memset(static_cast<void *>(writer), 0, offsetof(Mc3dsWriter, text));
@@ -48,6 +49,7 @@ static Mc3dsWriter *MakeWriter(Mc3dsOptions *options)
 
 void Mc3dsOutput(const Mc3dsFile *file, Mc3dsOptions *options, McClump **clumpOut)
 {
+    Mc3dsResetOutcome();
     if (!file || !options)
         return;
     Mc3dsWriter *writer = MakeWriter(options);

@@ -24,7 +24,7 @@ static void WriteLine(const Frame *frame, uint32_t index, const Mc3dsTransform *
     Mc3dsTransformMultiply(&world, parentInverse, &local);
     Mc3dsWriteFrameTransform(frame->writer, number, &local);
     if (Mc3dsTransformInvert(&world, inverse) == 0.0)
-        Mc3dsError(0, "Unable to invert matrix");
+        Mc3dsError(0, Mc3dsReportKind::NoInverse, "Unable to invert matrix");
 }
 
 static void Mc3dsWriteObjectFrame(const Frame *frame, uint32_t index, const Mc3dsTransform *parentInverse)

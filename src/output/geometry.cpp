@@ -18,7 +18,8 @@ static float Fold(double shifted)
     constexpr int mostSteps = 1024;
     auto t = static_cast<float>(shifted);
     for (int step = 0; t > largestTexture; ++step) {
-        Mc3dsError(2, "Texture co-ordinate range larger than 32.0. Possible errors in output");
+        Mc3dsError(2, Mc3dsReportKind::TextureRange,
+                   "Texture co-ordinate range larger than 32.0. Possible errors in output");
         if (step == mostSteps || t - largestTexture == t) {
             const float left = std::isfinite(t) ? std::fmod(t, largestTexture) : -1.0f;
             return left < 0.0f ? 0.0f : left == 0.0f ? largestTexture : left;
@@ -58,12 +59,10 @@ static void Mc3dsEmitTriangle(Mc3dsWriter *writer, const Mc3dsFace *face, int32_
                              static_cast<int32_t>(face->b + first), static_cast<int32_t>(face->c + first));
 }
 
-// Skips faces of damaged files that refer to missing vertices.
 static void EmitSoundTriangle(Mc3dsWriter *writer, const Mc3dsObject *object, const Mc3dsFace *face,
                               int32_t vertexBase)
 {
-    const auto limit = static_cast<uint32_t>(object->vertexCount);
-    if (face->a < limit && face->b < limit && face->c < limit)
+    if (Mc3dsHasVertices(object, face))
         Mc3dsEmitTriangle(writer, face, vertexBase);
 }
 

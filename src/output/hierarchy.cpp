@@ -2,15 +2,14 @@
 
 #include "output.h"
 
-// Only node numbers below this can have children: parentNode is compared as a signed number.
-static uint32_t ParentNumbers(const Mc3dsFile *file)
+uint32_t Mc3dsParentNumbers(const Mc3dsFile *file)
 {
     return file->nodeCounter < 0x8000 ? file->nodeCounter : 0x8000;
 }
 
 void Mc3dsBuildHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
 {
-    const uint32_t parentNumbers = ParentNumbers(file);
+    const uint32_t parentNumbers = Mc3dsParentNumbers(file);
     hierarchy->firstChild =
         static_cast<uint32_t *>(Mc3dsResize(nullptr, parentNumbers + 1, sizeof(uint32_t)));
     hierarchy->nextSibling =
@@ -40,7 +39,8 @@ void Mc3dsFreeHierarchy(Mc3dsHierarchy *hierarchy)
 static bool ReportLackOfMemory(Mc3dsWriter *writer)
 {
     if (!writer->hierarchyFailed)
-        Mc3dsError(0, "Out of memory for the levels of the hierarchy; what lies deeper is left out");
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory,
+                   "Out of memory for the levels of the hierarchy; what lies deeper is left out");
     writer->hierarchyFailed = true;
     return false;
 }
@@ -61,7 +61,7 @@ static bool GoDown(Mc3dsTreeWalk *walk, const Mc3dsFile *file, Mc3dsWriter *writ
 {
     const int32_t nodeId = file->objects[walk->index].nodeId;
     if ((writer->options->flags & MC3DS_FLAT) || nodeId < 0 ||
-        static_cast<uint32_t>(nodeId) >= ParentNumbers(file))
+        static_cast<uint32_t>(nodeId) >= Mc3dsParentNumbers(file))
         return false;
     if (!writer->hierarchy.firstChild)
         return ReportLackOfMemory(writer);

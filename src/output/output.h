@@ -73,6 +73,9 @@ inline int32_t Mc3dsObjectTag(uint32_t index)
 
 // ---- placement.cpp: where things are in the target
 
+// The bounds of all vertices as the file has them, before any placement. Without a vertex low is above high.
+void Mc3dsFindBounds(const Mc3dsFile *file, float low[3], float high[3]);
+
 // Fills scale and centre of the writer, and writes scale and size back to its options.
 void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer);
 
@@ -115,6 +118,9 @@ inline void Mc3dsIndentText(Mc3dsWriter *writer)
 }
 
 // ---- hierarchy.cpp
+
+// Only node numbers below this can have children: parentNode is compared as a signed number.
+uint32_t Mc3dsParentNumbers(const Mc3dsFile *file);
 
 // Allocates both arrays, or neither if out of memory. Freed by Mc3dsFreeHierarchy.
 void Mc3dsBuildHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy);
@@ -183,6 +189,13 @@ void Mc3dsWriteFrameTransform(Mc3dsWriter *writer, int32_t number, const Mc3dsTr
 // A map's name for the output; the caller frees it. Null, with a report, if out of memory.
 char *Mc3dsMakeMapName(const Mc3dsOptions *options, const char field[16]);
 void Mc3dsEmitSurface(Mc3dsWriter *writer, const Mc3dsMaterial *material);
+
+// Whether the object has all vertices of the face. A face of a damaged file that lacks one is not written.
+inline bool Mc3dsHasVertices(const Mc3dsObject *object, const Mc3dsFace *face)
+{
+    const auto limit = static_cast<uint32_t>(object->vertexCount);
+    return face->a < limit && face->b < limit && face->c < limit;
+}
 
 // ---- geometry.cpp. vertexBase: number of vertices already in the clump.
 

@@ -1,9 +1,7 @@
 #include "output.h"
 
-void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer)
+void Mc3dsFindBounds(const Mc3dsFile *file, float low[3], float high[3])
 {
-    Mc3dsOptions *options = writer->options;
-    float low[3], high[3];
     for (int axis = 0; axis < 3; ++axis) {
         low[axis] = Mc3dsLargest;
         high[axis] = -Mc3dsLargest;
@@ -15,6 +13,13 @@ void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer)
                 low[axis] = object.boundsMin[axis];
         }
     }
+}
+
+void Mc3dsComputeScale(const Mc3dsFile *file, Mc3dsWriter *writer)
+{
+    Mc3dsOptions *options = writer->options;
+    float low[3], high[3];
+    Mc3dsFindBounds(file, low, high);
     float extent = high[0] - low[0];
     for (int axis = 1; axis < 3; ++axis)
         if (high[axis] - low[axis] > extent)

@@ -18,7 +18,7 @@ static bool EmitHead(const Mc3dsFile *file, Mc3dsWriter *writer)
     if (writer->options->flags & MC3DS_DIRECT) {
         if (Mc3dsEmitMatrixCreation(writer))
             return true;
-        Mc3dsError(1, "Unable to Create Matrix");
+        Mc3dsError(1, Mc3dsReportKind::NoMatrix, "Unable to Create Matrix");
         return false;
     }
     if (writer->options->flags & MC3DS_SOURCE)

@@ -35,7 +35,8 @@ char *Mc3dsMakeMapName(const Mc3dsOptions *options, const char field[16])
     auto *name =
         static_cast<char *>(std::malloc(sizeof Mc3dsMaterial::textureMap + 1 + std::strlen(extension)));
     if (!name) {
-        Mc3dsError(0, "Out of memory for the name of texture <%s>, which is left out", field);
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory,
+                   "Out of memory for the name of texture <%s>, which is left out", field);
         return nullptr;
     }
     std::strcpy(name, field);

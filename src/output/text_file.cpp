@@ -1,13 +1,19 @@
+#include <cerrno>
 #include <cstring>
+
+#include "../frame/outcome.h"
 
 #include "output.h"
 
 bool Mc3dsOpenText(Mc3dsWriter *writer, const char *path)
 {
-    Mc3dsMessage(0, "Writing File <%s>", path);
+    Mc3dsMessageOf(Mc3dsReportKind::WritingFile, 0, 0, "Writing File <%s>", path);
+    Mc3dsNoteOutputFile();
+    errno = 0;
     writer->stream = std::fopen(path, "w");
     if (!writer->stream) {
-        Mc3dsError(1, "Unable to open file <%s>", path);
+        Mc3dsNoteFailedStep(Mc3dsFileStep::Open, errno);
+        Mc3dsError(1, Mc3dsReportKind::CantOpen, "Unable to open file <%s>", path);
         return false;
     }
     // The writer has its own buffer; that of the stream would only add a copy.
@@ -22,8 +28,12 @@ void Mc3dsFlushText(Mc3dsWriter *writer)
 {
     // Whole blocks: every write but the last begins and ends at a page boundary of the file.
     const size_t length = writer->textLength < Mc3dsTextBlock ? writer->textLength : Mc3dsTextBlock;
-    if (!writer->streamFailed && writer->stream)
+    if (!writer->streamFailed && writer->stream) {
+        errno = 0;
         writer->streamFailed = std::fwrite(writer->text, 1, length, writer->stream) < length;
+        if (writer->streamFailed)
+            Mc3dsNoteFailedStep(Mc3dsFileStep::Write, errno);
+    }
     writer->textLength -= length;
     std::memmove(writer->text, writer->text + length, writer->textLength);
 }
@@ -32,8 +42,11 @@ void Mc3dsCloseText(Mc3dsWriter *writer)
 {
     while (writer->textLength > 0)
         Mc3dsFlushText(writer);
-    std::fflush(writer->stream);
-    std::fclose(writer->stream);
+    errno = 0;
+    if (std::fflush(writer->stream) != 0)
+        Mc3dsNoteFailedStep(Mc3dsFileStep::Flush, errno);
+    if (std::fclose(writer->stream) != 0)
+        Mc3dsNoteFailedStep(Mc3dsFileStep::Close, errno);
     writer->stream = nullptr;
 }
 

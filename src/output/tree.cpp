@@ -46,7 +46,7 @@ static void OpenObject(Tree *tree, uint32_t index, const Mc3dsTransform *parentI
     }
     // Also for objects without children: hosts rely on the report.
     if (!tree->flat && Mc3dsTransformInvert(&world, inverse) == 0.0)
-        Mc3dsError(0, "Unable to invert matrix");
+        Mc3dsError(0, Mc3dsReportKind::NoInverse, "Unable to invert matrix");
 }
 
 static void CloseObject(const Tree *tree)

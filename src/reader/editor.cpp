@@ -1,5 +1,7 @@
 #include <cstdlib>
+#include <cstring>
 
+#include "../frame/outcome.h"
 #include "chunks.h"
 #include "reader.h"
 
@@ -8,6 +10,19 @@ static void ReadAmbientLight(Mc3dsFile *file)
     Mc3dsReadColour(file, file->ambient);
     const double red = file->ambient[0], green = file->ambient[1], blue = file->ambient[2];
     Mc3dsMessage(2, "Global Ambient Level = %f", ((red + green) + blue) / 3.0);
+}
+
+static void AddSkipped(Mc3dsFile *file, Mc3dsSkippedKind kind, const char *name)
+{
+    void *grown = Mc3dsResize(file->skipped, uint64_t{file->skippedCount} + 1, sizeof(Mc3dsSkippedObject));
+    if (!grown) {
+        Mc3dsNoteLackOfMemory();
+        return;
+    }
+    file->skipped = static_cast<Mc3dsSkippedObject *>(grown);
+    Mc3dsSkippedObject &skipped = file->skipped[file->skippedCount++];
+    std::strcpy(skipped.name, name);
+    skipped.kind = kind;
 }
 
 // OBJ_HIDDEN follows the mesh that it hides, so the newest object is removed.
@@ -34,19 +49,23 @@ static void ReadNamedObject(Mc3dsFile *file, const Mc3dsChunk *chunk)
             lastIsMesh = Mc3dsReadMesh(file, &child, name);
             break;
         case N_DIRECT_LIGHT:
+            AddSkipped(file, Mc3dsSkippedKind::Light, name);
             Mc3dsMessage(2, "\nLight <%s> ... skipping", name);
             lastIsMesh = false;
             break;
         case N_CAMERA:
+            AddSkipped(file, Mc3dsSkippedKind::Camera, name);
             Mc3dsMessage(2, "\nCamera <%s> ... skipping", name);
             lastIsMesh = false;
             break;
         case OBJ_HIDDEN:
             if (lastIsMesh)
+                AddSkipped(file, Mc3dsSkippedKind::HiddenMesh, name);
+            if (lastIsMesh)
                 RemoveNewestObject(file);
             lastIsMesh = false;
             break;
-        default: Mc3dsIgnoreChunk(child.tag);
+        default: Mc3dsIgnoreChunk(file, child.tag);
         }
     }
 }
@@ -62,7 +81,8 @@ void Mc3dsReadEditorChunks(Mc3dsFile *file, const Mc3dsChunk *parent)
         case AMBIENT_LIGHT: ReadAmbientLight(file); break;
         case MESH_VERSION:
             if (Mc3dsReadU32(file) > 3)
-                Mc3dsError(2, "3D Studio Version Number greater than 3.0 may not be supported");
+                Mc3dsError(2, Mc3dsReportKind::NewerVersion,
+                           "3D Studio Version Number greater than 3.0 may not be supported");
             break;
         case NAMED_OBJECT: ReadNamedObject(file, &child); break;
         case MAT_ENTRY: Mc3dsReadMaterial(file, &child); break;
@@ -86,7 +106,7 @@ void Mc3dsReadEditorChunks(Mc3dsFile *file, const Mc3dsChunk *parent)
         case USE_DISTANCE_CUE:
         case DCUE_BGND:
         case DEFAULT_VIEW: break;
-        default: Mc3dsIgnoreChunk(child.tag);
+        default: Mc3dsIgnoreChunk(file, child.tag);
         }
     }
 }

@@ -24,14 +24,24 @@ static void ReadHeader(Mc3dsFile *file)
 }
 
 // Reports a node that is counted but skipped. False for other chunks.
-static bool SkipNode(uint16_t tag)
+static bool SkipNode(Mc3dsFile *file, uint16_t tag)
 {
     switch (tag) {
-    case CAMERA_NODE_TAG: Mc3dsMessage(2, "CAMERA_NODE_TAG ... skipping"); return true;
-    case TARGET_NODE_TAG: Mc3dsMessage(2, "TARGET_NODE_TAG ... skipping"); return true;
-    case LIGHT_NODE_TAG: Mc3dsMessage(2, "LIGHT_NODE_TAG ... skipping"); return true;
-    case L_TARGET_NODE_TAG: Mc3dsMessage(1, "L_TARGET_NODE_TAG ... skipping"); return true;
-    case SPOTLIGHT_NODE_TAG: Mc3dsMessage(2, "SPOTLIGHT_NODE_TAG ... skipping"); return true;
+    case CAMERA_NODE_TAG:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::CameraNode, 2, "CAMERA_NODE_TAG ... skipping");
+        return true;
+    case TARGET_NODE_TAG:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::CameraTargetNode, 2, "TARGET_NODE_TAG ... skipping");
+        return true;
+    case LIGHT_NODE_TAG:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::LightNode, 2, "LIGHT_NODE_TAG ... skipping");
+        return true;
+    case L_TARGET_NODE_TAG:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::LightTargetNode, 1, "L_TARGET_NODE_TAG ... skipping");
+        return true;
+    case SPOTLIGHT_NODE_TAG:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::SpotlightNode, 2, "SPOTLIGHT_NODE_TAG ... skipping");
+        return true;
     default: return false;
     }
 }
@@ -49,10 +59,10 @@ void Mc3dsReadKeyframer(Mc3dsFile *file, const Mc3dsChunk *chunk)
         case KFHDR: ReadHeader(file); break;
         default:
             // AMBIENT_NODE_TAG is not counted: it takes no node number.
-            if (SkipNode(child.tag))
+            if (SkipNode(file, child.tag))
                 ++file->nodeCounter;
             else
-                Mc3dsIgnoreChunk(child.tag);
+                Mc3dsIgnoreChunk(file, child.tag);
         }
     }
 }

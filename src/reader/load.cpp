@@ -1,7 +1,9 @@
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
 #include "../animation/vue.h"
+#include "../frame/outcome.h"
 #include "chunks.h"
 #include "reader.h"
 
@@ -20,13 +22,16 @@ static Mc3dsFile *OpenScene(const char *path)
 {
     auto *file = static_cast<Mc3dsFile *>(std::calloc(1, sizeof(Mc3dsFile)));
     if (!file || !Mc3dsBeginLoad(file)) {
+        Mc3dsNoteLackOfMemory();
         std::free(file);
         return nullptr;
     }
+    errno = 0;
     file->stream = std::fopen(path, "rb");
     // A pipe can be opened, but walking chunks needs seeks.
     if (!file->stream || !Mc3dsOpenStream(file)) {
-        Mc3dsError(1, "Unable to open file <%s>", path);
+        Mc3dsNoteOpenError(errno);
+        Mc3dsError(1, Mc3dsReportKind::CantOpen, "Unable to open file <%s>", path);
         return DropScene(file);
     }
     file->load->fileNameIsCut = std::strlen(path) >= sizeof file->fileName;
@@ -34,7 +39,7 @@ static Mc3dsFile *OpenScene(const char *path)
     Mc3dsMessage(0, "\nReading File <%s>", path);
     file->materials = static_cast<Mc3dsMaterial *>(std::malloc(sizeof(Mc3dsMaterial)));
     if (!file->materials) {
-        Mc3dsError(0, "malloc failed allocating global material");
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory, "malloc failed allocating global material");
         return DropScene(file);
     }
     file->materials[0] = defaultMaterial;
@@ -58,12 +63,13 @@ static bool ReadRoot(Mc3dsFile *file)
         }
         return true;
     case MDATA: Mc3dsReadEditorChunks(file, &root); return true;
-    default: Mc3dsError(1, "File is not a 3DS file"); return false;
+    default: Mc3dsError(1, Mc3dsReportKind::NotAScene, "File is not a 3DS file"); return false;
     }
 }
 
 Mc3dsFile *Mc3dsLoadFile(const char *path)
 {
+    Mc3dsResetOutcome();
     Mc3dsFile *file = path ? OpenScene(path) : nullptr;
     if (!file)
         return nullptr;

@@ -32,7 +32,7 @@ void Mc3dsReadColour(Mc3dsFile *file, float colour[3])
         for (int i = 0; i < 3; ++i)
             colour[i] = static_cast<float>(Mc3dsReadByte(file) * static_cast<double>(byteToFloat));
         break;
-    default: Mc3dsError(0, "Error parsing colour");
+    default: Mc3dsError(0, Mc3dsReportKind::BadColour, "Error parsing colour");
     }
     Mc3dsSeek(file, chunk.end);
 }
@@ -45,7 +45,7 @@ static float ReadPercentage(Mc3dsFile *file)
     switch (chunk.tag) {
     case INT_PERCENTAGE: value = static_cast<float>(Mc3dsReadU16(file) * static_cast<double>(0.01f)); break;
     case FLOAT_PERCENTAGE: value = Mc3dsReadFloat(file); break;
-    default: Mc3dsError(2, "Error parsing percentage");
+    default: Mc3dsError(2, Mc3dsReportKind::BadPercentage, "Error parsing percentage");
     }
     Mc3dsSeek(file, chunk.end);
     return value;
@@ -63,7 +63,7 @@ static const char *Mc3dsReadMapName(Mc3dsFile *file, const Mc3dsChunk *chunk)
 static void ReadMap(Mc3dsFile *file, const Mc3dsChunk *chunk, char field[16], const char *alreadyDefined)
 {
     if (field[0] != '\0') {
-        Mc3dsError(2, "%s", alreadyDefined);
+        Mc3dsError(2, Mc3dsReportKind::MapTwice, "%s", alreadyDefined);
         return;
     }
     ReadPercentage(file); // the strength of the map, which surfaces don't have
@@ -131,13 +131,13 @@ static void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material)
 {
     if (const char *fault = FindFault(material)) {
         Mc3dsLoseMaterial(file, material->name, fault);
-        Mc3dsError(1, "%s", fault);
+        Mc3dsError(1, Mc3dsReportKind::InvalidMaterial, "%s", fault);
         return;
     }
     const auto count = static_cast<uint64_t>(file->materialCount);
     void *materials = Mc3dsResize(file->materials, count + 1, sizeof *material);
     if (!materials) {
-        Mc3dsError(0, "malloc failed allocating global material");
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory, "malloc failed allocating global material");
         return;
     }
     file->materials = static_cast<Mc3dsMaterial *>(materials);
@@ -145,24 +145,33 @@ static void Mc3dsAddMaterial(Mc3dsFile *file, const Mc3dsMaterial *material)
     DumpMaterial(material);
 }
 
-static void ReadUnsupported(uint16_t tag)
+static void ReadUnsupported(Mc3dsFile *file, uint16_t tag)
 {
     switch (tag) {
     case MAT_XPFALL:
-        Mc3dsMessage(2, "MAT_XPFALL - Transparency falloff not currently supported by Meshcaster");
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::TransparencyFalloff, 2,
+                             "MAT_XPFALL - Transparency falloff not currently supported by Meshcaster");
         break;
     case MAT_REFBLUR:
-        Mc3dsMessage(2, "MAT_REFBLUR - Reflection blurring not currently supported by Meshcaster");
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::ReflectionBlur, 2,
+                             "MAT_REFBLUR - Reflection blurring not currently supported by Meshcaster");
         break;
     case MAT_TWO_SIDE:
-        Mc3dsMessage(2, "MAT_TWO_SIDE - Two sided materials not currently supported by Meshcaster");
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::TwoSided, 2,
+                             "MAT_TWO_SIDE - Two sided materials not currently supported by Meshcaster");
         break;
     case MAT_DECAL:
-        Mc3dsMessage(2, "MAT_DECAL - Material Decal not currently supported by Meshcaster");
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::Decal, 2,
+                             "MAT_DECAL - Material Decal not currently supported by Meshcaster");
         break;
-    case MAT_BUMPMAP: Mc3dsMessage(2, "MAT_BUMPMAP - Bump Maps not currently supported by Meshcaster"); break;
+    case MAT_BUMPMAP:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::BumpMap, 2,
+                             "MAT_BUMPMAP - Bump Maps not currently supported by Meshcaster");
+        break;
     case MAT_ACUBIC: // hosts expect the neighbour's name in this text
-        Mc3dsMessage(2, "MAT_REFBLUR - Automatic Environment Maps not currently supported by Meshcaster");
+        Mc3dsSkipUnsupported(
+            file, Mc3dsUnsupported::AutomaticReflection, 2,
+            "MAT_REFBLUR - Automatic Environment Maps not currently supported by Meshcaster");
         break;
     case MAT_ADDITIVE:
     case MAT_USE_XPFALL:
@@ -170,7 +179,7 @@ static void ReadUnsupported(uint16_t tag)
     case MAT_SXP_TEXT_DATA:
     case MAT_SXP_OPAC_DATA:
     case MAT_SXP_UNNAMED_DATA: break;
-    default: Mc3dsIgnoreChunk(tag);
+    default: Mc3dsIgnoreChunk(file, tag);
     }
 }
 
@@ -194,7 +203,7 @@ void Mc3dsReadMaterial(Mc3dsFile *file, const Mc3dsChunk *chunk)
         case MAT_REFLMAP:
             ReadMap(file, &child, material.reflectionMap, "Environment Map already defined");
             break;
-        default: ReadUnsupported(child.tag);
+        default: ReadUnsupported(file, child.tag);
         }
     }
     Mc3dsAddMaterial(file, &material);

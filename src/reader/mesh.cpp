@@ -12,7 +12,7 @@ static void *AllocateArray(Mc3dsFile *file, size_t count, size_t sizeInFile, siz
         return nullptr;
     void *array = Mc3dsResize(nullptr, count, sizeInScene);
     if (!array)
-        Mc3dsError(0, "%s", outOfMemory);
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory, "%s", outOfMemory);
     return array;
 }
 
@@ -56,7 +56,7 @@ static void Mc3dsReadVertices(Mc3dsFile *file, Mc3dsObject *object)
 {
     DropVertices(object);
     const uint16_t count = Mc3dsReadU16(file);
-    Mc3dsMessage(2, "Reading %d vertices", count);
+    Mc3dsMessageOf(Mc3dsReportKind::ReadingArray, 2, uint64_t{count} * 12, "Reading %d vertices", count);
     if (count == 0)
         return;
     void *array =
@@ -96,10 +96,12 @@ static void Mc3dsReadTextureVertices(Mc3dsFile *file, Mc3dsObject *object)
 {
     const uint16_t count = Mc3dsReadU16(file);
     if (count != object->vertexCount) {
-        Mc3dsError(1, "No of Texture Vertices does not match actual vertices");
+        Mc3dsError(1, Mc3dsReportKind::TextureCountDiffers,
+                   "No of Texture Vertices does not match actual vertices");
         return;
     }
-    Mc3dsMessage(2, "Reading %d texture vertices", count);
+    Mc3dsMessageOf(Mc3dsReportKind::ReadingArray, 2, uint64_t{count} * 8, "Reading %d texture vertices",
+                   count);
     if (count == 0 || !Mc3dsMayRead(file, uint64_t{count} * 8))
         return;
     object->hasTexture = 1;
@@ -142,7 +144,7 @@ static bool MakeRoomForGroup(Mc3dsObject *object)
     void *groups = Mc3dsResize(object->groupCount != 0 ? object->groups : nullptr,
                                uint64_t{object->groupCount} + 1, sizeof *object->groups);
     if (!groups) {
-        Mc3dsError(0, "%s", noMemoryForGroup);
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory, "%s", noMemoryForGroup);
         return false;
     }
     object->groups = static_cast<Mc3dsMaterialGroup *>(groups);
@@ -198,7 +200,7 @@ static bool ReadFaces(Mc3dsFile *file, const Mc3dsChunk *chunk, Mc3dsObject *obj
 {
     DropFaces(object);
     const uint16_t count = Mc3dsReadU16(file);
-    Mc3dsMessage(2, "Reading %d faces", count);
+    Mc3dsMessageOf(Mc3dsReportKind::ReadingArray, 2, uint64_t{count} * 8, "Reading %d faces", count);
     if (count == 0)
         return false;
     void *array = AllocateArray(file, count, 8, sizeof(Mc3dsFace), "Out of memory allocating faces");
@@ -236,7 +238,7 @@ static void MoveToObjectSpace(Mc3dsObject *object)
 {
     Mc3dsTransform inverse;
     if (Mc3dsTransformInvert(&object->meshMatrix, &inverse) == 0.0)
-        Mc3dsError(0, "Failed to invert matrix");
+        Mc3dsError(0, Mc3dsReportKind::NoInverse, "Failed to invert matrix");
     for (int32_t i = 0; i < object->vertexCount; ++i) {
         Mc3dsVertex &vertex = object->vertices[i];
         const float in[3] = {vertex.x, vertex.y, vertex.z};
@@ -271,12 +273,12 @@ bool Mc3dsReadMesh(Mc3dsFile *file, const Mc3dsChunk *chunk, const char *name)
             break;
         case TEX_VERTS: Mc3dsReadTextureVertices(file, &object); break;
         case MESH_MATRIX: ReadMeshMatrix(file, &object.meshMatrix); break;
-        default: Mc3dsIgnoreChunk(child.tag);
+        default: Mc3dsIgnoreChunk(file, child.tag);
         }
     }
     if (facesDropped || HasInvalidFace(&object))
-        Mc3dsError(1, "Mesh <%s> has faces or face numbers outside its arrays, which outputs leave out",
-                   name);
+        Mc3dsError(1, Mc3dsReportKind::FaceOutside,
+                   "Mesh <%s> has faces or face numbers outside its arrays, which outputs leave out", name);
     MoveToObjectSpace(&object);
     if (Mc3dsAddObject(file, &object))
         return true;

@@ -34,7 +34,7 @@ static Mc3dsObject *ReadNodeHeader(Mc3dsFile *file, Mc3dsObject *nobody)
     if (!object && IsDummyName(name))
         object = AddDummy(file);
     else if (!object)
-        Mc3dsError(2, "Object %s not found", text);
+        Mc3dsError(2, Mc3dsReportKind::ObjectNotFound, "Object %s not found", text);
     if (!object)
         object = nobody;
     Mc3dsReadU32(file);
@@ -54,7 +54,7 @@ static uint32_t ReadTrackHead(Mc3dsFile *file, const Mc3dsChunk *chunk, uint32_t
     const uint64_t position = Mc3dsPosition(file);
     const uint64_t left = position < chunk->end ? chunk->end - position : 0;
     if (count * smallestKey > left) {
-        Mc3dsError(1, "Track <%x> has no room for its %d keys and is dropped",
+        Mc3dsError(1, Mc3dsReportKind::TrackTooShort, "Track <%x> has no room for its %d keys and is dropped",
                    static_cast<unsigned>(chunk->tag), static_cast<int32_t>(count));
         return 0;
     }
@@ -85,7 +85,7 @@ static void ReadTrack(Mc3dsFile *file, const Mc3dsChunk *chunk, uint32_t *keyCou
         return;
     *keys = static_cast<Key *>(Mc3dsResize(nullptr, count, sizeof(Key)));
     if (!*keys) {
-        Mc3dsError(0, "Out of memory allocating keys");
+        Mc3dsError(0, Mc3dsReportKind::OutOfMemory, "Out of memory allocating keys");
         return;
     }
     *keyCount = count;
@@ -110,7 +110,9 @@ static void ReadNodeChild(Mc3dsFile *file, const Mc3dsChunk *child, Mc3dsObject 
         Mc3dsReadFloats(file, object->nodeBoundMin, 3);
         Mc3dsReadFloats(file, object->nodeBoundMax, 3);
         break;
-    case MORPH_SMOOTH: Mc3dsMessage(2, "\tMORPH_SMOOTH ... skipping"); break;
+    case MORPH_SMOOTH:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::MorphSmoothing, 2, "\tMORPH_SMOOTH ... skipping");
+        break;
     case POS_TRACK_TAG:
         ReadTrack<Mc3dsPositionKey, 3>(file, child, &object->positionKeyCount, &object->positionKeys);
         break;
@@ -120,8 +122,10 @@ static void ReadNodeChild(Mc3dsFile *file, const Mc3dsChunk *child, Mc3dsObject 
     case SCL_TRACK_TAG:
         ReadTrack<Mc3dsScaleKey, 3>(file, child, &object->scaleKeyCount, &object->scaleKeys);
         break;
-    case MORPH_TRACK_TAG: Mc3dsMessage(2, "\tMORPH_TRACK_TAG ... skipping"); break;
-    default: Mc3dsIgnoreChunk(child->tag);
+    case MORPH_TRACK_TAG:
+        Mc3dsSkipUnsupported(file, Mc3dsUnsupported::MorphTrack, 2, "\tMORPH_TRACK_TAG ... skipping");
+        break;
+    default: Mc3dsIgnoreChunk(file, child->tag);
     }
 }
 
@@ -141,7 +145,8 @@ void Mc3dsReadObjectNode(Mc3dsFile *file, const Mc3dsChunk *chunk)
             object = ReadNodeHeader(file, &nobody);
             hasHeader = true;
         } else {
-            Mc3dsError(2, "Second header in the node of <%s>, skipped", object->name);
+            Mc3dsError(2, Mc3dsReportKind::SecondNodeHeader, "Second header in the node of <%s>, skipped",
+                       object->name);
         }
     }
     Mc3dsObjectFree(&nobody);

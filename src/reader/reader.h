@@ -39,7 +39,9 @@ void Mc3dsReadChunkHeader(Mc3dsFile *file, Mc3dsChunk *chunk);
 bool Mc3dsNextChunk(Mc3dsFile *file, const Mc3dsChunk *parent, Mc3dsChunk *child);
 
 // Reports an unknown child.
-void Mc3dsIgnoreChunk(uint16_t tag);
+// Counts something that the renderer lacks, and reports it with a text without conversions.
+void Mc3dsSkipUnsupported(Mc3dsFile *file, Mc3dsUnsupported what, int32_t level, const char *text);
+void Mc3dsIgnoreChunk(Mc3dsFile *file, uint16_t tag);
 
 // ---- load.cpp: Mc3dsLoadFile; editor.cpp: MDATA and NAMED_OBJECT
 

@@ -26,7 +26,8 @@ bool Mc3dsMayRead(Mc3dsFile *file, uint64_t bytes)
 {
     Mc3dsLoad *load = file->load;
     if (bytes > load->budget && !load->spent) {
-        Mc3dsError(0, "The counts of the file ask for more than it holds; giving up what doesn't fit");
+        Mc3dsError(0, Mc3dsReportKind::CountsTooLarge,
+                   "The counts of the file ask for more than it holds; giving up what doesn't fit");
         load->spent = true;
         load->budget = 0;
     }
@@ -128,7 +129,7 @@ static void ReadPatterns(Mc3dsFile *file, void *numbers, size_t count)
             std::memcpy(number, turned, 4);
         }
     for (size_t i = read; i < count; ++i) {
-        Mc3dsError(0, "File Error");
+        Mc3dsError(0, Mc3dsReportKind::FileError, "File Error");
         std::memset(bytes + i * 4, 0, 4);
     }
 }

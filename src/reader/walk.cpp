@@ -1,3 +1,6 @@
+#include <cstdlib>
+
+#include "../frame/outcome.h"
 #include "chunks.h"
 #include "reader.h"
 
@@ -23,7 +26,7 @@ static bool IsDamaged(Mc3dsFile *file, const Mc3dsChunk *parent, const Mc3dsChun
     if (whole && !tooShort && child->size <= UINT32_MAX - child->start)
         return false;
     if (child->start < parent->end)
-        Mc3dsError(1, "Chunk header %s; the rest of chunk <%x> is skipped",
+        Mc3dsError(1, Mc3dsReportKind::BadChunkHeader, "Chunk header %s; the rest of chunk <%x> is skipped",
                    !whole     ? "can't be read whole"
                    : tooShort ? "gives a length below 6"
                               : "gives a length past 4 GiB",
@@ -48,7 +51,19 @@ bool Mc3dsNextChunk(Mc3dsFile *file, const Mc3dsChunk *parent, Mc3dsChunk *child
     return false;
 }
 
-void Mc3dsIgnoreChunk(uint16_t tag)
+void Mc3dsIgnoreChunk(Mc3dsFile *file, uint16_t tag)
 {
+    if (!file->unknownChunks)
+        file->unknownChunks = static_cast<uint32_t *>(std::calloc(0x10000, sizeof(uint32_t)));
+    if (file->unknownChunks)
+        ++file->unknownChunks[tag];
+    else
+        Mc3dsNoteLackOfMemory();
     Mc3dsMessage(2, "Ignoring Chunk Tag <%x>", static_cast<unsigned>(tag));
+}
+
+void Mc3dsSkipUnsupported(Mc3dsFile *file, Mc3dsUnsupported what, int32_t level, const char *text)
+{
+    ++file->unsupported[static_cast<size_t>(what)];
+    Mc3dsMessage(level, "%s", text);
 }
