@@ -541,8 +541,8 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
         const Outcome run = Start(std::string("bent.3ds --glb b.glb -o b.mcx --size ") + size);
         EXPECT_EQ(ReadGlb("b.glb").json["animations"][0]["channels"].size(), 3u);
         EXPECT_TRUE(std::regex_search(
-            run.said, std::regex("note: placements of the animation that a .glb can't say are the "
-                                 "nearest that it can: up to [0-9.]+ units of the file away\n")))
+            run.said, std::regex("note: a .glb can't store shear; the nearest placements of the "
+                                 "animation are used, up to [0-9.]+ units of the file away\n")))
             << run.said;
     }
     // The distance is that of the bounds' worst corner; of two axes at 45 degrees each is turned by 22.5.

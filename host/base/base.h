@@ -26,6 +26,13 @@ std::string Visible(std::string_view text, bool keepTabs = false);
 bool IsControl(std::string_view character);
 // Whether text, which isn't empty, starts with a valid UTF-8 character; length gets its bytes.
 bool StartsWithUtf8(std::string_view text, size_t *length);
+// The end of a text, with at most that many bytes and never from inside a UTF-8 character; "..." replaces the
+// rest.
+std::string Tail(const std::string &text, size_t most);
+// Whether the text is one or more ASCII letters, digits and underscores, as in the name of a C function after
+// its start.
+bool IsIdentifierPart(std::string_view text);
+bool IsIdentifierByte(char c);
 std::string InQuotes(const std::string &text);
 std::string InLowerCase(std::string text);
 // As in "1 vertex" and "2 vertices". The default plural is what with an s.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 
 #include "base.h"
@@ -45,6 +46,26 @@ std::string Visible(std::string_view text, bool keepTabs)
         }
     }
     return shown;
+}
+
+std::string Tail(const std::string &text, size_t most)
+{
+    if (text.size() <= most)
+        return text;
+    size_t cut = text.size() - (most < 3 ? 0 : most - 3);
+    while (cut < text.size() && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
+        ++cut;
+    return "..." + text.substr(cut);
+}
+
+bool IsIdentifierByte(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
+
+bool IsIdentifierPart(std::string_view text)
+{
+    return !text.empty() && std::all_of(text.begin(), text.end(), IsIdentifierByte);
 }
 
 std::string InQuotes(const std::string &text)

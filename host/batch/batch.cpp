@@ -1,4 +1,4 @@
-#include "run.h"
+#include "batch.h"
 
 #include <chrono>
 #include <mutex>
@@ -13,6 +13,7 @@ static struct {
     bool hasSummary;
     OutputFile summary;
     bool noClobber;
+    int verbosity;
 } batch;
 
 static void Finish(size_t index, const SceneResult &result)
@@ -35,17 +36,19 @@ static void CleanUpInterrupted()
     for (size_t i = 0; i < batch.results.size(); ++i)
         if (batch.isDone[i])
             done.push_back(batch.results[i]);
+    Reporter reporter = {.verbosity = batch.verbosity};
     if (batch.hasSummary)
-        WriteReport(batch.summary, batch.noClobber, SummaryText(done, SecondsSoFar(), true));
+        WriteRunFile(batch.summary, batch.noClobber, SummaryText(done, SecondsSoFar(), true), &reporter);
 }
 
-static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> &jobs)
+static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> &jobs, Reporter *reporter,
+                        Progress *progress)
 {
     for (size_t i = 0; i < jobs.size(); ++i) {
-        ShowScene(i + 1, jobs[i].scene, jobs[i].bytes);
-        const SceneResult result = ConvertScene(options, jobs[i]);
+        ShowScene(progress, i + 1, jobs[i].scene, jobs[i].bytes);
+        const SceneResult result = ConvertScene(options, jobs[i], reporter);
         Finish(i, result);
-        CountBytes(jobs[i].bytes);
+        CountBytes(progress, jobs[i].bytes);
     }
 }
 
@@ -62,18 +65,18 @@ static void CleanUpAfter(const HostOptions &options, const SceneJob &job, const 
         RemoveMarkedFolders(parent.empty() ? "." : parent, mark);
 }
 
-static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob> &jobs)
+static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob> &jobs, Reporter *reporter,
+                          Progress *progress)
 {
     if (!CanSplitProcesses())
-        ReportWarning(
-            "--jobs: this system can't split processes, so that scenes are converted one at a time");
+        ReportFinding(reporter, {.kind = FindingKind::OneProcess});
     size_t ended = 0;
     const std::string run = RandomText() + '-';
     const auto work = [&](size_t index) {
         MarkPrivateFolders(run + std::to_string(index) + '-');
-        KeepReports(true);
-        SceneResult result = ConvertScene(options, jobs[index]);
-        KeepReports(false);
+        reporter->keepsLines = true;
+        SceneResult result = ConvertScene(options, jobs[index], reporter);
+        reporter->keepsLines = false;
         return PackResult(&result);
     };
     const auto finished = [&](size_t index, const std::string &answer, const std::string &failure) {
@@ -82,79 +85,76 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
             result = {};
             result.scene = jobs[index].scene;
             result.bytes = jobs[index].bytes;
-            SetReportSubject(&result);
-            ReportError((failure.empty() ? "its process gave no answer" : failure) +
-                        "; the scene counts as failed");
-            SetReportSubject(nullptr);
+            BeginScene(reporter, &result);
+            ReportError(reporter, (failure.empty() ? "its process gave no answer" : failure) +
+                                      "; the scene counts as failed");
+            EndScene(reporter);
             CleanUpAfter(options, jobs[index], run + std::to_string(index) + '-');
         }
         Finish(index, result);
-        ShowLines(result.said);
-        CountBytes(jobs[index].bytes);
-        ShowScene(++ended, jobs[index].scene, 0);
+        ShowLines(reporter, result.said);
+        CountBytes(progress, jobs[index].bytes);
+        ShowScene(progress, ++ended, jobs[index].scene, 0);
     };
-    ShowScene(0, jobs.front().scene, 0);
+    ShowScene(progress, 0, jobs.front().scene, 0);
     RunInProcesses(jobs.size(), options.jobs, work, RemovePrivateFolders, finished);
 }
 
-// Whether all scenes were converted, and with --strict without warnings.
-static bool AllIsWell(const HostOptions &options, const std::vector<SceneResult> &results)
+// Writes the summary and the page. Returns false after a report on failure.
+static bool WriteRunFiles(const HostOptions &options, const OutputFile &page, Reporter *reporter)
 {
+    const double seconds = SecondsSoFar();
     bool done = true;
-    size_t warnings = 0;
-    for (const SceneResult &result : results) {
-        done = done && result.done;
-        warnings += WarningCount(result);
-    }
-    if (options.strict && warnings != 0) {
-        ReportError(std::to_string(warnings) + (warnings == 1 ? " warning counts" : " warnings count") +
-                    " as failure with --strict; the files are written");
-        return false;
+    if (batch.hasSummary)
+        done = WriteRunFile(batch.summary, options.noClobber, SummaryText(batch.results, seconds, false),
+                            reporter);
+    if (!options.pageFile.empty()) {
+        const std::filesystem::path folder = PathOf(options.pageFile).parent_path();
+        const std::string text = PageText(batch.results, seconds, folder);
+        done = WriteRunFile(page, options.noClobber, text, reporter) && done;
     }
     return done;
 }
 
-int ConvertAll(const HostOptions &options)
+int ConvertAll(const HostOptions &options, Reporter *reporter)
 {
     batch.start = std::chrono::steady_clock::now();
     std::vector<SceneJob> jobs;
-    StartReports(options.verbosity, false);
-    bool done = ListScenes(options, &jobs);
-    if (!TargetsAreApart(options, jobs))
+    bool done = ListScenes(options, reporter, &jobs);
+    if (!TargetsAreApart(options, jobs, reporter))
         return exitUsage;
     OutputFile page;
-    const bool hasSummary = !options.summaryFile.empty(), hasPage = !options.reportFile.empty();
-    if ((hasSummary && !LocateReport(options.summaryFile, &batch.summary)) ||
-        (hasPage && !LocateReport(options.reportFile, &page)))
+    batch.hasSummary = !options.summaryFile.empty();
+    if ((batch.hasSummary && !LocateRunFile(options.summaryFile, reporter, &batch.summary)) ||
+        (!options.pageFile.empty() && !LocateRunFile(options.pageFile, reporter, &page)))
         return exitFailed;
     // With several scenes, totals at the end replace the lines about written files.
     const bool many = jobs.size() > 1 || options.recursive;
-    StartReports(options.verbosity, many);
-    uint64_t bytes = 0;
-    for (const SceneJob &job : jobs)
-        bytes += job.bytes;
+    reporter->oneLineEach = many;
+    ListenToLibrary(reporter);
+    Progress progress;
     if (options.verbosity <= 0 && !options.info)
-        StartProgress(jobs.size(), bytes);
+        StartProgress(&progress, reporter, jobs);
     batch.results.resize(jobs.size());
     batch.isDone.resize(jobs.size());
-    batch.hasSummary = hasSummary;
     batch.noClobber = options.noClobber;
+    batch.verbosity = options.verbosity;
     CleanUpWhenInterrupted(CleanUpInterrupted);
     if (options.jobs > 1 && jobs.size() > 1)
-        RunSideBySide(options, jobs);
+        RunSideBySide(options, jobs, reporter, &progress);
     else
-        RunOneByOne(options, jobs);
-    EndProgress();
-    const std::vector<SceneResult> &results = batch.results;
-    done = AllIsWell(options, results) && done;
-    const double seconds = SecondsSoFar();
-    if (hasSummary)
-        done = WriteReport(batch.summary, options.noClobber, SummaryText(results, seconds, false)) && done;
-    if (hasPage) {
-        const std::filesystem::path folder = PathOf(options.reportFile).parent_path();
-        done = WriteReport(page, options.noClobber, ReportPage(results, seconds, folder)) && done;
+        RunOneByOne(options, jobs, reporter, &progress);
+    EndProgress(&progress);
+    const RunTotals totals = AddUp(batch.results);
+    done = done && totals.failed == 0;
+    if (options.strict && totals.warnings != 0) {
+        ReportError(reporter, std::to_string(totals.warnings) +
+                                  (totals.warnings == 1 ? " warning counts" : " warnings count") +
+                                  " as failure with --strict; the files are written");
+        done = false;
     }
+    done = WriteRunFiles(options, page, reporter) && done;
     if ((options.verbosity > 0 || (options.verbosity == 0 && many && !options.info)) && !jobs.empty())
-        ShowLines(TotalsText(results, seconds, hasSummary));
+        ShowLines(reporter, TotalsText(totals, SecondsSoFar(), batch.hasSummary));
     return done ? exitDone : exitFailed;
 }

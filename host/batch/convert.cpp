@@ -6,8 +6,8 @@
 #include <new>
 #include <system_error>
 
-#include "../view/info.h"
-#include "files.h"
+#include "batch.h"
+#include "frame/outcome.h"
 
 namespace fs = std::filesystem;
 
@@ -48,28 +48,32 @@ static std::string WhyIncomplete(const Mc3dsFile *scene, const std::string &path
     return "";
 }
 
+// Why the newest load gave no scene, or one that must not be written; empty if it may be.
+static std::string WhyNotLoaded(const Mc3dsFile *scene, const std::string &path, bool animated,
+                                const Reporter *reporter)
+{
+    const Mc3dsOutcome &outcome = *Mc3dsGetOutcome();
+    std::error_code failure;
+    if (outcome.outOfMemory)
+        return "out of memory while reading";
+    if (scene)
+        return WhyIncomplete(scene, path, animated);
+    if (outcome.openError != 0)
+        return std::string("cannot be opened: ") + std::strerror(outcome.openError);
+    return fs::file_size(PathOf(path), failure) == 0 ? "the file is empty" : reporter->notAScene;
+}
+
 // Returns null after a report on failure.
-static Scene LoadScene(const std::string &path, bool animated)
+static Scene LoadScene(const std::string &path, bool animated, Reporter *reporter)
 {
     Scene scene(nullptr, Mc3dsUnloadFile);
     if (const std::string why = WhyRefused(path); !why.empty()) {
-        ReportError(why);
+        ReportError(reporter, why);
         return scene;
     }
-    errno = 0;
     scene.reset(Mc3dsLoadFile(path.c_str()));
-    const int reason = errno;
-    std::string why;
-    if (MemoryRanOut() || (!scene && reason == ENOMEM))
-        why = "out of memory while reading";
-    else if (scene)
-        why = WhyIncomplete(scene.get(), path, animated);
-    else if (why = TakeLibraryError(); why.empty() || why.starts_with("Unable to open"))
-        why = std::string("cannot be opened: ") + std::strerror(reason);
-    else if (std::error_code failure; fs::file_size(PathOf(path), failure) == 0)
-        why = "the file is empty";
-    if (!why.empty()) {
-        ReportError(why + "; nothing is written");
+    if (const std::string why = WhyNotLoaded(scene.get(), path, animated, reporter); !why.empty()) {
+        ReportError(reporter, why + "; nothing is written");
         scene.reset();
     }
     return scene;
@@ -82,11 +86,8 @@ static std::string ClumpName(const HostOptions &options, const std::string &scen
     if (!options.clumpName.empty())
         return options.clumpName;
     std::string name = PathOf(scenePath).stem().string();
-    for (char &c : name) {
-        const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-        if (!letter && !(c >= '0' && c <= '9'))
-            c = '_';
-    }
+    for (char &c : name)
+        c = IsIdentifierByte(c) ? c : '_';
     return !name.empty() && name[0] >= '0' && name[0] <= '9' ? '_' + name : name;
 }
 
@@ -109,7 +110,7 @@ static Mc3dsOptions LibraryOptions(const HostOptions &options, const std::string
 }
 
 // Whether --no-clobber leaves nothing to do. False if only the scene's contents can tell.
-static bool AllTargetsExist(const HostOptions &options, const std::string &scenePath)
+static bool AllTargetsExist(const HostOptions &options, const std::string &scenePath, Reporter *reporter)
 {
     const std::vector<NamedTarget> targets = TargetNames(options, scenePath);
     std::error_code failure;
@@ -119,28 +120,29 @@ static bool AllTargetsExist(const HostOptions &options, const std::string &scene
         if (!fs::is_regular_file(PathOf(target.name), failure))
             return false;
     for (const NamedTarget &target : targets)
-        ReportKept({target.name});
+        ReportKept(reporter, {target.name});
     return true;
 }
 
-static Scene LoadAndShow(const HostOptions &options, const std::string &path, bool animated)
+static Scene LoadAndShow(const HostOptions &options, const std::string &path, bool animated,
+                         Reporter *reporter)
 {
-    SceneNotes notes;
-    StartNotes(&notes);
-    Scene scene = LoadScene(path, animated);
-    StopNotes();
+    std::map<std::string, size_t> reports;
+    reporter->reports = &reports;
+    Scene scene = LoadScene(path, animated, reporter);
+    reporter->reports = nullptr;
     if (options.json)
-        PrintJson(scene.get(), path, notes);
+        PrintJson(scene.get(), path, reports);
     else if (scene)
-        PrintInfo(scene.get(), path, notes);
-    MarkWarningsShown(); // the printed text includes those of the library
+        PrintInfo(scene.get(), path, reports);
+    MarkWarningsShown(reporter); // the printed text includes those of the library
     return scene;
 }
 
 static void NoteContents(const HostOptions &options, const Mc3dsFile *scene, SceneResult *result)
 {
     result->read = CountScene(scene);
-    if (!options.reportFile.empty())
+    if (!options.pageFile.empty())
         for (const TextureFile &texture : FindTextures(scene, result->scene))
             if (texture.found.empty())
                 result->missingTextures.push_back(texture.name);
@@ -148,50 +150,79 @@ static void NoteContents(const HostOptions &options, const Mc3dsFile *scene, Sce
 
 // Counts what was written or built. Returns false after a report if the scene has triangles and the model has
 // none.
-static bool NoteModel(const Mc3dsFile *scene, uint32_t flags, SceneResult *result)
+static bool NoteModel(const Mc3dsFile *scene, uint32_t flags, Reporter *reporter)
 {
+    SceneResult *const result = reporter->scene;
     result->model = CountModel(scene, flags);
     if (result->model.triangles != 0 || result->read.triangles == 0)
         return true;
-    const bool hanging = CountModel(scene, flags | MC3DS_FLAT).triangles != 0;
-    ReportError(
-        "the model has no triangles, the scene has " + std::to_string(result->read.triangles) +
-        (hanging ? "; they hang from no object: --flat writes them" : "; they name no vertices of theirs"));
+    const uint64_t inFlat = CountModel(scene, flags | MC3DS_FLAT).triangles;
+    ReportError(reporter, SentenceOf({.kind = FindingKind::EmptyModel,
+                                      .count = result->read.triangles,
+                                      .of = inFlat != 0 ? 1u : 0u}));
     return false;
 }
 
-static bool Convert(const HostOptions &options, SceneResult *result)
+// Reports losses and faults. False after a report if a name would break out of the output.
+static bool ReportFaults(const HostOptions &options, const Mc3dsOptions &asked, const Mc3dsFile *scene,
+                         Reporter *reporter)
 {
+    std::vector<Finding> findings;
+    std::vector<std::string> refused;
+    if (asked.flags & MC3DS_ANIMATION)
+        FindAnimationFault(scene, reporter->scene->scene, &findings);
+    FindLosses(scene, asked.flags, &findings);
+    FindUnplayedKeys(scene, &findings);
+    FindNameFaults(asked, scene, options.forceNames, &findings, &refused);
+    for (const Finding &finding : findings)
+        ReportFinding(reporter, finding);
+    if (!refused.empty())
+        ReportError(reporter, Counted(refused.size(), "name") + " would break out of the " +
+                                  (asked.flags & MC3DS_SOURCE ? "C source" : "script") +
+                                  "; nothing is written, --force-names writes all the same");
+    for (const std::string &name : refused)
+        ReportError(reporter, "this name would break out: " + name);
+    findings.clear();
+    FindNumberFaults(asked, scene, &findings);
+    for (const Finding &finding : findings)
+        ReportFinding(reporter, finding);
+    return refused.empty();
+}
+
+static bool Convert(const HostOptions &options, Reporter *reporter)
+{
+    SceneResult *const result = reporter->scene;
     const std::string &path = result->scene;
-    if (options.noClobber && AllTargetsExist(options, path))
+    if (options.noClobber && AllTargetsExist(options, path, reporter))
         return true;
     const bool animated = options.flags & MC3DS_ANIMATION;
-    const Scene scene = options.info ? LoadAndShow(options, path, animated) : LoadScene(path, animated);
+    const Scene scene =
+        options.info ? LoadAndShow(options, path, animated, reporter) : LoadScene(path, animated, reporter);
     if (!scene)
         return false;
-    const std::string cutText = CutFileText(scene.get());
-    const bool cut = !cutText.empty();
-    if (cut)
-        ReportError(cutText);
+    std::vector<Finding> cut;
+    FindCutEnd(scene.get(), &cut);
+    for (const Finding &finding : cut)
+        ReportError(reporter, SentenceOf(finding));
     NoteContents(options, scene.get(), result);
     const bool isAsked = !options.previewFile.empty() || !options.glbFile.empty();
-    if (options.info && (!(isAsked || !options.reportFile.empty()) || (!isAsked && scene->objectCount == 0)))
-        return !cut;
+    if (options.info && (!(isAsked || !options.pageFile.empty()) || (!isAsked && scene->objectCount == 0)))
+        return cut.empty();
     if (scene->objectCount == 0) {
-        ReportError("the scene has no objects; nothing is written");
+        ReportError(reporter, "the scene has no objects; nothing is written");
         return false;
     }
     const std::string clumpName = ClumpName(options, path);
     Mc3dsOptions asked = LibraryOptions(options, clumpName);
-    if (!options.info && !ReportSceneNotes(asked, scene.get(), path, options.forceNames))
+    if (!options.info && !ReportFaults(options, asked, scene.get(), reporter))
         return false;
     std::string picture;
-    bool done = WriteFiles(options, path, scene.get(), &asked, &picture);
-    if (!options.reportFile.empty())
+    bool done = WriteFiles(options, path, scene.get(), &asked, reporter, &picture);
+    if (!options.pageFile.empty())
         result->picture = picture;
     if (done && !options.info)
-        done = NoteModel(scene.get(), asked.flags, result);
-    return done && !cut;
+        done = NoteModel(scene.get(), asked.flags, reporter);
+    return done && cut.empty();
 }
 
 static bool HasRelativePath(const HostOptions &options, const std::string &scenePath)
@@ -202,26 +233,26 @@ static bool HasRelativePath(const HostOptions &options, const std::string &scene
     return relative;
 }
 
-SceneResult ConvertScene(const HostOptions &options, const SceneJob &job)
+SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, Reporter *reporter)
 {
     const auto start = std::chrono::steady_clock::now();
     SceneResult result;
     result.scene = job.scene;
     result.bytes = job.bytes;
-    SetReportSubject(&result);
+    BeginScene(reporter, &result);
     const HostOptions own = OptionsFor(options, job);
     try {
         if (CurrentFolderIsLost() && HasRelativePath(own, job.scene))
-            ReportError("cannot be converted: the current folder can't be entered any more");
+            ReportError(reporter, "cannot be converted: the current folder can't be entered any more");
         else
-            result.done = Convert(own, &result);
+            result.done = Convert(own, reporter);
     } catch (const std::bad_alloc &) {
-        ReportError("out of memory; nothing is written");
+        ReportError(reporter, "out of memory; nothing is written");
     } catch (const std::exception &failure) {
-        ReportError(failure.what());
+        ReportError(reporter, failure.what());
     }
     RemovePrivateFolders();
-    SetReportSubject(nullptr);
+    EndScene(reporter);
     result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return result;
 }

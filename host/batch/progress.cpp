@@ -1,70 +1,44 @@
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cstdlib>
 #include <string_view>
 
-#include "run.h"
-
-using Clock = std::chrono::steady_clock;
+#include "batch.h"
 
 // Columns: fewer than any terminal has.
 static const size_t lineMost = 78;
 static const int barWidth = 20;
 
-static struct {
-    bool isOn;
-    size_t scenes, number;
-    std::string scene;
-    uint64_t bytes, bytesDone, sceneBytes, sceneBytesRead;
-    const char *doing;
-    Clock::time_point start, lastDrawn;
-} progress;
-
-static double SecondsSince(Clock::time_point time)
+static double Now()
 {
-    return std::chrono::duration<double>(Clock::now() - time).count();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 // The bar is shown after one second. A long name is cut at its start.
-static void Draw()
+static void Draw(Progress *progress)
 {
-    progress.lastDrawn = Clock::now();
-    std::string line = '[' + std::to_string(progress.number) + '/' + std::to_string(progress.scenes) + "] ";
-    if (SecondsSince(progress.start) > 1.0 && progress.bytes > 0) {
-        const double here = static_cast<double>(std::min(progress.sceneBytesRead, progress.sceneBytes));
+    progress->lastDrawn = Now();
+    std::string line = '[' + std::to_string(progress->number) + '/' + std::to_string(progress->scenes) + "] ";
+    if (Now() - progress->start > 1.0 && progress->bytes > 0) {
+        const double here = static_cast<double>(std::min(progress->sceneBytesRead, progress->sceneBytes));
         // Reading is the first half of the work on a scene.
         const double done =
-            (static_cast<double>(progress.bytesDone) + here / 2) / static_cast<double>(progress.bytes);
+            (static_cast<double>(progress->bytesDone) + here / 2) / static_cast<double>(progress->bytes);
         const auto filled = static_cast<size_t>(std::min(done, 1.0) * barWidth);
         line += '[' + std::string(filled, '#') + std::string(barWidth - filled, '-') + "] ";
     }
-    std::string name = Visible(progress.scene) + progress.doing;
-    const size_t room = lineMost - line.size();
-    if (name.size() > room) {
-        size_t cut = name.size() - room + 3;
-        while (cut < name.size() && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80)
-            ++cut; // not inside a UTF-8 character
-        name = "..." + name.substr(cut);
-    }
-    SetStatusLine(line + name);
+    const std::string name = Visible(progress->scene) + (progress->isWriting ? ", writing" : "");
+    SetStatusLine(progress->reporter, line + Tail(name, lineMost - line.size()));
 }
 
 // The library reports no progress, but how many items of which kind it reads next.
-static void OnMessage(const char *text)
+static void OnMessage(Progress *progress, const Mc3dsReport &report)
 {
-    std::string_view rest = text;
-    if (rest.starts_with("Writing File"))
-        progress.doing = ", writing";
-    if (rest.starts_with("Reading ")) {
-        rest.remove_prefix(8);
-        uint64_t count = 0;
-        const auto end = std::from_chars(rest.data(), rest.data() + rest.size(), count).ptr;
-        const std::string_view what(end, static_cast<size_t>(rest.data() + rest.size() - end));
-        progress.sceneBytesRead += count * (what == " vertices" ? 12 : 8);
-    }
-    if (SecondsSince(progress.lastDrawn) > 0.25)
-        Draw();
+    progress->isWriting = progress->isWriting || report.kind == Mc3dsReportKind::WritingFile;
+    if (report.kind == Mc3dsReportKind::ReadingArray)
+        progress->sceneBytesRead += report.amount;
+    if (Now() - progress->lastDrawn > 0.25)
+        Draw(progress);
 }
 
 // Whether stderr is a terminal where a line can be overwritten.
@@ -78,40 +52,47 @@ static bool HasStatusLine()
     return IsTerminal(stderr);
 }
 
-void StartProgress(size_t scenes, uint64_t bytes)
+void StartProgress(Progress *progress, Reporter *reporter, const std::vector<SceneJob> &jobs)
 {
     if (!HasStatusLine())
         return;
-    progress.isOn = true;
-    progress.scenes = scenes;
-    progress.bytes = bytes;
-    progress.doing = "";
-    progress.start = progress.lastDrawn = Clock::now();
+    progress->isOn = true;
+    progress->reporter = reporter;
+    progress->scenes = jobs.size();
+    for (const SceneJob &job : jobs)
+        progress->bytes += job.bytes;
+    progress->start = progress->lastDrawn = Now();
 }
 
-void ShowScene(size_t number, const std::string &scene, uint64_t bytes)
+void ShowScene(Progress *progress, size_t number, const std::string &scene, uint64_t bytes)
 {
-    progress.number = number;
-    progress.scene = scene;
-    progress.sceneBytes = bytes;
-    progress.sceneBytesRead = 0;
-    progress.doing = "";
-    if (progress.isOn && progress.scenes > 1)
-        Draw();
-    if (progress.isOn && bytes > 0)
-        WatchMessages(OnMessage);
+    progress->number = number;
+    progress->scene = scene;
+    progress->sceneBytes = bytes;
+    progress->sceneBytesRead = 0;
+    progress->isWriting = false;
+    if (progress->isOn && progress->scenes > 1)
+        Draw(progress);
+    if (progress->isOn && bytes > 0 && !progress->reporter->onMessage) {
+        progress->reporter->onMessage = [progress](const Mc3dsReport &report) {
+            OnMessage(progress, report);
+        };
+        ListenToLibrary(progress->reporter);
+    }
 }
 
-void CountBytes(uint64_t bytes)
+void CountBytes(Progress *progress, uint64_t bytes)
 {
-    progress.bytesDone += bytes;
-    progress.sceneBytesRead = 0;
+    progress->bytesDone += bytes;
+    progress->sceneBytesRead = 0;
 }
 
-void EndProgress()
+void EndProgress(Progress *progress)
 {
-    if (progress.isOn)
-        SetStatusLine("");
-    progress.isOn = false;
-    WatchMessages(nullptr);
+    if (!progress->isOn)
+        return;
+    SetStatusLine(progress->reporter, "");
+    progress->reporter->onMessage = nullptr;
+    ListenToLibrary(progress->reporter);
+    progress->isOn = false;
 }

@@ -11,12 +11,12 @@
 // An output file of a conversion. It is written in a private folder and then delivered to its target.
 struct OutputFile {
     TextKind kind;
-    std::string shown;             // its name in reports, as the user would type it
-    std::filesystem::path target;  // absolute, symbolic links followed
-    bool inPlace;                  // the target, such as a device, gets the bytes and is never replaced
-    std::filesystem::path written; // its path in the private folder
-    bool standardOutput = false;   // implies inPlace; target is empty
-    bool followsLink = true;       // false: a link at the target is replaced, as it may be someone else's
+    std::string shown;                  // its name in reports, as the user would type it
+    std::filesystem::path target = {};  // absolute, symbolic links followed
+    bool inPlace = false;               // the target, such as a device, gets the bytes and is never replaced
+    std::filesystem::path written = {}; // its path in the private folder
+    bool standardOutput = false;        // implies inPlace; target is empty
+    bool followsLink = true; // false: a link at the target is replaced, as it may be someone else's
 };
 
 // ---- private_folder.cpp: folders for files that are still being written
@@ -40,17 +40,16 @@ bool CurrentFolderIsLost();
 
 // Sets target and inPlace. Returns why the file can't be written; empty if it can.
 std::string LocateTarget(OutputFile *file);
-// Lists the files of a conversion: those of the scene or of its objects, then the picture and the .glb file.
-// Sets all but written. Returns false after a report if one can't or mustn't be written.
+// Lists the files of a conversion: those of the scene or of its objects, in the order in which the library
+// opens them, then the picture and the .glb file. Sets all but written. Returns false after a report if one
+// can't or mustn't be written.
 bool PlanOutput(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                std::vector<OutputFile> *files);
+                Reporter *reporter, std::vector<OutputFile> *files);
 
 // ---- written_file.cpp
 
-// Whether the library wrote the file to its end. The library doesn't check its writes.
-bool IsWhole(const OutputFile &file, const Mc3dsFile *scene);
 // Writes bytes to file.written. Returns false after a report on failure.
-bool WriteBytes(const OutputFile &file, const std::string &bytes);
+bool WriteBytes(const OutputFile &file, const std::string &bytes, Reporter *reporter);
 
 enum class Delivery { Done, Kept, Unread, Failed }; // Unread: standard output was closed by its reader
 
@@ -62,27 +61,21 @@ Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size, std::s
 
 // Sets written for each file, in a private folder. Object files share the folder of the first; only the first
 // gets its path here.
-bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject);
+bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject,
+              Reporter *reporter);
 // Delivers each file and reports it. False if one failed. areNumbered: the names differ only in a number.
-bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noClobber);
+bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noClobber, Reporter *reporter);
 // Writes the requested files and delivers them. Returns false after a report on failure. picture gets the
 // bytes of the PNG file, if one is drawn.
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                Mc3dsOptions *asked, std::string *picture);
+                Mc3dsOptions *asked, Reporter *reporter, std::string *picture);
 
-// ---- summary_file.cpp: the summary and the report of a run
+// ---- run_file.cpp: a file of the run: the summary or the page
 
 // Finds the target of name before the run changes the current folder. Returns false after a report if
-// WriteReport can't succeed.
-bool LocateReport(const std::string &name, OutputFile *file);
+// WriteRunFile can't succeed.
+bool LocateRunFile(const std::string &name, Reporter *reporter, OutputFile *file);
 // Writes the whole text or nothing. Returns false after a report on failure.
-bool WriteReport(const OutputFile &located, bool noClobber, const std::string &text);
-
-// ---- convert.cpp: everything for one scene, with its reports
-
-// Returns why the files of a scene must not be opened, as with a pipe or device that may never end; empty if
-// they may be.
-std::string WhyNotRegular(const std::string &scenePath);
-SceneResult ConvertScene(const HostOptions &options, const SceneJob &job);
+bool WriteRunFile(const OutputFile &located, bool noClobber, const std::string &text, Reporter *reporter);
 
 #endif

@@ -65,14 +65,15 @@ std::string LocateTarget(OutputFile *file)
     return "";
 }
 
-static bool AddFile(const NamedTarget &named, const std::string &scenePath, std::vector<OutputFile> *files)
+static bool AddFile(const NamedTarget &named, const std::string &scenePath, Reporter *reporter,
+                    std::vector<OutputFile> *files)
 {
     const auto &[kind, name, isGiven] = named;
     if (name == standardOutputName) {
-        files->push_back({kind, "standard output", {}, true, {}, true});
+        files->push_back({.kind = kind, .shown = "standard output", .inPlace = true, .standardOutput = true});
         return true;
     }
-    OutputFile file = {kind, name, {}, false, {}, false, isGiven};
+    OutputFile file = {.kind = kind, .shown = name, .followsLink = isGiven};
     std::string why = LocateTarget(&file);
     std::error_code failure;
     const bool isReplacedLink = !isGiven && fs::is_symlink(fs::symlink_status(PathOf(name), failure));
@@ -81,13 +82,13 @@ static bool AddFile(const NamedTarget &named, const std::string &scenePath, std:
     else if (!isReplacedLink && SameFile(PathOf(name), PathOf(VuePath(scenePath))))
         why = "it is the animation that belongs to the scene";
     if (!why.empty()) {
-        ReportUnwritten(name, why);
+        ReportUnwritten(reporter, name, why);
         return false;
     }
     for (const OutputFile &other : *files) {
         if (!other.inPlace && SameFile(other.target, file.target)) {
-            ReportError("two of the files to write are one: " + InQuotes(other.shown) + " and " +
-                        InQuotes(name));
+            ReportError(reporter, "two of the files to write are one: " + InQuotes(other.shown) + " and " +
+                                      InQuotes(name));
             return false;
         }
     }
@@ -96,13 +97,13 @@ static bool AddFile(const NamedTarget &named, const std::string &scenePath, std:
 }
 
 static bool AddObjectFiles(const HostOptions &options, const std::string &scenePath, uint32_t objectCount,
-                           std::vector<OutputFile> *files)
+                           Reporter *reporter, std::vector<OutputFile> *files)
 {
     const TextKind kind = options.flags & MC3DS_SOURCE ? TextKind::Source : TextKind::Script;
     for (uint32_t i = 0; i < objectCount; ++i) {
         std::vector<OutputFile> added; // numbered names can't be the same
         if (!AddFile({kind, ObjectFileName(options, scenePath, i), OutputIsGiven(options)}, scenePath,
-                     &added))
+                     reporter, &added))
             return false;
         files->push_back(added.front());
         // Object files are written in one folder. A link may put the target in another, so copy instead of
@@ -114,7 +115,7 @@ static bool AddObjectFiles(const HostOptions &options, const std::string &sceneP
 }
 
 bool PlanOutput(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                std::vector<OutputFile> *files)
+                Reporter *reporter, std::vector<OutputFile> *files)
 {
     const std::string output = OutputName(options, scenePath);
     const bool perObject = options.flags & MC3DS_PER_OBJECT;
@@ -124,13 +125,14 @@ bool PlanOutput(const HostOptions &options, const std::string &scenePath, const 
     std::error_code failure;
     const fs::file_status status = fs::status(PathOf(output), failure);
     if (!named && fs::exists(status) && !fs::is_regular_file(status)) {
-        ReportError("no file names can be made from " + InQuotes(output) + ": it is no regular file");
+        ReportError(reporter,
+                    "no file names can be made from " + InQuotes(output) + ": it is no regular file");
         return false;
     }
-    if (perObject && !AddObjectFiles(options, scenePath, scene->objectCount, files))
+    if (perObject && !AddObjectFiles(options, scenePath, scene->objectCount, reporter, files))
         return false;
     for (const NamedTarget &target : TargetNames(options, scenePath))
-        if ((target.kind != TextKind::Animation || animation) && !AddFile(target, scenePath, files))
+        if ((target.kind != TextKind::Animation || animation) && !AddFile(target, scenePath, reporter, files))
             return false;
     return true;
 }

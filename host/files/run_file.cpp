@@ -1,19 +1,19 @@
 #include "files.h"
 
-bool LocateReport(const std::string &name, OutputFile *file)
+bool LocateRunFile(const std::string &name, Reporter *reporter, OutputFile *file)
 {
-    *file = {TextKind::Script, name, {}, false, {}};
+    *file = {.kind = TextKind::Script, .shown = name};
     const std::string why = LocateTarget(file);
     if (!why.empty())
-        ReportUnwritten(name, why);
+        ReportUnwritten(reporter, name, why);
     return why.empty();
 }
 
-bool WriteReport(const OutputFile &located, bool noClobber, const std::string &text)
+bool WriteRunFile(const OutputFile &located, bool noClobber, const std::string &text, Reporter *reporter)
 {
     std::vector<OutputFile> files = {located};
-    const bool done =
-        MakeRoom(&files, "", false) && WriteBytes(files.front(), text) && DeliverAll(files, false, noClobber);
+    const bool done = MakeRoom(&files, "", false, reporter) && WriteBytes(files.front(), text, reporter) &&
+                      DeliverAll(files, false, noClobber, reporter);
     RemovePrivateFolders();
     return done;
 }

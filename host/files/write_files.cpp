@@ -3,6 +3,10 @@
 #include <system_error>
 
 #include "files.h"
+#if defined(MC3DS_HAVE_MCLMODEL)
+#include "../gltf/gltf.h"
+#endif
+#include "frame/outcome.h"
 #include "output/output.h"
 
 namespace fs = std::filesystem;
@@ -17,7 +21,7 @@ static bool IsTaken(const std::vector<OutputFile> &files, const fs::path &path)
 
 // Files with targets in the same folder share a private folder. A file written in place may have a target
 // where no folder can be created, as in /dev; it uses the system's temporary folder.
-bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject)
+bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool perObject, Reporter *reporter)
 {
     std::string why;
     for (OutputFile &file : *files) {
@@ -42,7 +46,7 @@ bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool 
             why = "folder " + InQuotes(shown.empty() ? "." : shown.string()) + " can't be written to: " + why;
         }
         if (folder.empty()) {
-            ReportUnwritten(file.shown, why);
+            ReportUnwritten(reporter, file.shown, why);
             return false;
         }
         file.written = folder / name;
@@ -62,9 +66,9 @@ static void NameObjectFiles(const std::string &bareName, std::vector<OutputFile>
 }
 
 // Changes to the private folder of the first file for the library's writes, so that comments in its files
-// name no temporary folder. Returns errno after the call, or -1 after a report if it couldn't start.
-static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::string &bareName,
-                      const std::vector<OutputFile> &files)
+// name no temporary folder. Returns false after a report on failure.
+static bool WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::string &bareName,
+                       const std::vector<OutputFile> &files, Reporter *reporter)
 {
     std::string header, animation, why;
     const fs::path folder = files.front().written.parent_path();
@@ -82,30 +86,18 @@ static int WriteTexts(const Mc3dsFile *scene, Mc3dsOptions *asked, const std::st
     std::error_code failure;
     const fs::path home = fs::current_path(failure); // empty where that folder is gone
     if (!EnterFolder(folder, &why)) {
-        ReportError(why);
-        return -1;
-    }
-    errno = 0;
-    Mc3dsOutput(scene, asked, nullptr);
-    const int reason = errno;
-    ReturnToFolder(home);
-    return reason;
-}
-
-// reason: errno after the writes. It only matters if a file is incomplete.
-static bool CheckTexts(const Mc3dsFile *scene, const std::vector<OutputFile> &files, int reason)
-{
-    if (MemoryRanOut()) {
-        ReportError("out of memory while writing; nothing is kept");
+        ReportError(reporter, why);
         return false;
     }
-    for (const OutputFile &file : files) {
-        if (IsText(file.kind) && !IsWhole(file, scene)) {
-            ReportUnwritten(file.shown, reason ? std::strerror(reason) : "its end is missing");
-            return false;
-        }
-    }
-    return true;
+    Mc3dsOutput(scene, asked, nullptr);
+    ReturnToFolder(home);
+    reporter->modelIsHeard = true;
+    const Mc3dsOutcome &outcome = *Mc3dsGetOutcome();
+    if (outcome.outOfMemory)
+        ReportError(reporter, "out of memory while writing; nothing is kept");
+    else if (outcome.failedStep != Mc3dsFileStep::None)
+        ReportUnwritten(reporter, files[outcome.failedFile].shown, std::strerror(outcome.failedError));
+    return !outcome.outOfMemory && outcome.failedStep == Mc3dsFileStep::None;
 }
 
 static const OutputFile *FindKind(const std::vector<OutputFile> &files, TextKind kind)
@@ -116,18 +108,16 @@ static const OutputFile *FindKind(const std::vector<OutputFile> &files, TextKind
     return nullptr;
 }
 
-// isSaid: the library's reports on the scene were shown for another file.
-static bool WritePicture(const HostOptions &options, const Mc3dsFile *scene, const Mc3dsOptions &asked,
-                         const OutputFile *file, bool isSaid, std::string *picture)
+static bool WritePicture([[maybe_unused]] const HostOptions &options, [[maybe_unused]] const Mc3dsFile *scene,
+                         [[maybe_unused]] const Mc3dsOptions &asked, [[maybe_unused]] const OutputFile *file,
+                         [[maybe_unused]] Reporter *reporter, [[maybe_unused]] std::string *picture)
 {
 #if defined(MC3DS_HAVE_MCLMODEL) && defined(MC3DS_HAVE_PNG)
     PreviewOptions preview = options.preview;
     if (!file) // small, as one page holds the pictures of all scenes
-        preview = {reportPictureWidth, reportPictureHeight};
-    MuteLibrary(isSaid);
-    *picture = DrawPreview(scene, asked, preview);
-    MuteLibrary(false);
-    return !picture->empty() && (!file || WriteBytes(*file, *picture));
+        preview = {.width = pagePictureWidth, .height = pagePictureHeight};
+    *picture = DrawPreview(scene, asked, preview, reporter);
+    return !picture->empty() && (!file || WriteBytes(*file, *picture, reporter));
 #else
     return options.previewFile.empty();
 #endif
@@ -135,36 +125,33 @@ static bool WritePicture(const HostOptions &options, const Mc3dsFile *scene, con
 
 static bool WriteModel([[maybe_unused]] const Mc3dsFile *scene, [[maybe_unused]] const Mc3dsOptions &asked,
                        [[maybe_unused]] const std::string &scenePath, const OutputFile &file,
-                       [[maybe_unused]] bool isSaid)
+                       Reporter *reporter)
 {
     std::string why = "the model can't be seen";
 #if defined(MC3DS_HAVE_MCLMODEL)
-    why = WriteGlb(scene, asked, scenePath, file.written, isSaid);
+    why = WriteGlb(scene, asked, scenePath, file.written, reporter);
 #endif
     if (!why.empty())
-        ReportUnwritten(file.shown, why);
+        ReportUnwritten(reporter, file.shown, why);
     return why.empty();
 }
 
 static bool WriteAll(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                     Mc3dsOptions *asked, std::vector<OutputFile> *files, std::string *picture)
+                     Mc3dsOptions *asked, std::vector<OutputFile> *files, Reporter *reporter,
+                     std::string *picture)
 {
     const std::string bareName = BareOutputName(options, scenePath);
-    bool isSaid = !files->empty() && IsText(files->front().kind);
-    if (isSaid) {
-        const int reason = WriteTexts(scene, asked, bareName, *files);
+    if (!files->empty() && IsText(files->front().kind)) {
+        if (!WriteTexts(scene, asked, bareName, *files, reporter))
+            return false;
         if (options.flags & MC3DS_PER_OBJECT)
             NameObjectFiles(bareName, files);
-        if (reason < 0 || !CheckTexts(scene, *files, reason))
-            return false;
     }
-    if (!options.previewFile.empty() || !options.reportFile.empty()) {
-        if (!WritePicture(options, scene, *asked, FindKind(*files, TextKind::Picture), isSaid, picture))
-            return false;
-        isSaid = true;
-    }
+    if ((!options.previewFile.empty() || !options.pageFile.empty()) &&
+        !WritePicture(options, scene, *asked, FindKind(*files, TextKind::Picture), reporter, picture))
+        return false;
     const OutputFile *const glb = FindKind(*files, TextKind::Glb);
-    return !glb || WriteModel(scene, *asked, scenePath, *glb, isSaid);
+    return !glb || WriteModel(scene, *asked, scenePath, *glb, reporter);
 }
 
 // Returns the file that can't be delivered, with the reason in why, or null.
@@ -189,28 +176,28 @@ static const OutputFile *DeliverEach(const std::vector<OutputFile> &files, bool 
     return nullptr;
 }
 
-bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noClobber)
+bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noClobber, Reporter *reporter)
 {
     std::vector<WrittenFile> written;
     std::vector<std::string> kept;
     std::string why;
     const OutputFile *const failed = DeliverEach(files, noClobber, &written, &kept, &why);
     if (areNumbered) {
-        ReportKept(kept);
-        ReportWritten(written);
+        ReportKept(reporter, kept);
+        ReportWritten(reporter, written);
     } else {
         for (const std::string &name : kept)
-            ReportKept({name});
+            ReportKept(reporter, {name});
         for (const WrittenFile &file : written)
-            ReportWritten({file});
+            ReportWritten(reporter, {file});
     }
     if (failed)
-        ReportUnwritten(failed->shown, why);
+        ReportUnwritten(reporter, failed->shown, why);
     return !failed;
 }
 
 // Doesn't follow links below the folder that the user named: they may be someone else's.
-static bool MakeOutputFolder(const std::string &top, const std::string &output)
+static bool MakeOutputFolder(const std::string &top, const std::string &output, Reporter *reporter)
 {
     std::error_code failure;
     const fs::path folder = PathOf(output).parent_path();
@@ -218,30 +205,31 @@ static bool MakeOutputFolder(const std::string &top, const std::string &output)
     for (const fs::path &part : folder.lexically_relative(at)) {
         at /= part;
         if (part != "." && fs::is_symlink(fs::symlink_status(at, failure))) {
-            ReportUnwritten(output, "its folder " + InQuotes(at.string()) + " is a link");
+            ReportUnwritten(reporter, output, "its folder " + InQuotes(at.string()) + " is a link");
             return false;
         }
     }
     if (!folder.empty())
         fs::create_directories(folder, failure);
     if (failure)
-        ReportUnwritten(output, "its folder can't be made: " + failure.message());
+        ReportUnwritten(reporter, output, "its folder can't be made: " + failure.message());
     return !failure;
 }
 
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                Mc3dsOptions *asked, std::string *picture)
+                Mc3dsOptions *asked, Reporter *reporter, std::string *picture)
 {
     std::vector<OutputFile> files;
-    if (!options.outputDir.empty() && !MakeOutputFolder(options.outputDir, OutputName(options, scenePath)))
+    const std::string output = OutputName(options, scenePath);
+    if (!options.outputDir.empty() && !MakeOutputFolder(options.outputDir, output, reporter))
         return false;
-    if (!PlanOutput(options, scenePath, scene, &files))
+    if (!PlanOutput(options, scenePath, scene, reporter, &files))
         return false;
-    const std::string bareName = BareOutputName(options, scenePath);
-    const bool done = MakeRoom(&files, bareName, options.flags & MC3DS_PER_OBJECT) &&
-                      WriteAll(options, scenePath, scene, asked, &files, picture);
-    ShowWarnings();
-    const bool delivered = done && DeliverAll(files, options.flags & MC3DS_PER_OBJECT, options.noClobber);
+    const bool perObject = options.flags & MC3DS_PER_OBJECT;
+    const bool done = MakeRoom(&files, BareOutputName(options, scenePath), perObject, reporter) &&
+                      WriteAll(options, scenePath, scene, asked, &files, reporter, picture);
+    ShowWarnings(reporter);
+    const bool delivered = done && DeliverAll(files, perObject, options.noClobber, reporter);
     RemovePrivateFolders();
     return delivered;
 }

@@ -15,70 +15,13 @@ static Stream OpenStream(const fs::path &path, const char *mode)
     return Stream(std::fopen(path.string().c_str(), mode), std::fclose);
 }
 
-// The last line without its line end; empty if the line isn't terminated.
-static std::string LastLine(FILE *stream)
-{
-    char tail[256];
-    // The seek fails in a shorter file, which is read from its start.
-    if (std::fseek(stream, -static_cast<long>(sizeof tail), SEEK_END) != 0)
-        std::rewind(stream);
-    std::string line(tail, std::fread(tail, 1, sizeof tail, stream));
-    if (line.empty() || line.back() != '\n')
-        return "";
-    line.pop_back();
-    if (!line.empty() && line.back() == '\r')
-        line.pop_back();
-    return line.substr(line.rfind('\n') + 1);
-}
-
-// An animation file has no end mark. A complete one has a line for each frame, and in all frames as many
-// transform lines as in the first.
-static bool AnimationIsWhole(FILE *stream, uint32_t frameCount)
-{
-    uint64_t frames = 0, transforms = 0, transformsOfFirst = 0;
-    bool atLineStart = true;
-    static char buffer[65536];
-    while (const size_t length = std::fread(buffer, 1, sizeof buffer, stream)) {
-        for (size_t i = 0; i < length; ++i) {
-            if (atLineStart && buffer[i] == 'F')
-                ++frames;
-            if (atLineStart && buffer[i] == 'T') {
-                ++transforms;
-                transformsOfFirst += frames == 1;
-            }
-            atLineStart = buffer[i] == '\n';
-        }
-    }
-    return atLineStart && frames == frameCount && transforms == transformsOfFirst * frameCount;
-}
-
-bool IsWhole(const OutputFile &file, const Mc3dsFile *scene)
-{
-    const Stream stream = OpenStream(file.written, "rb");
-    if (!stream)
-        return false;
-    switch (file.kind) {
-    case TextKind::Script: return LastLine(stream.get()) == "ModelEnd";
-    case TextKind::Source: return LastLine(stream.get()) == "}";
-    case TextKind::Header: {
-        const uint32_t last = scene->objectCount - 1;
-        return LastLine(stream.get()) ==
-               std::string("#define TAG_") + scene->objects[last].safeName + ' ' + std::to_string(last + 2);
-    }
-    case TextKind::Animation: return AnimationIsWhole(stream.get(), scene->frameCount);
-    case TextKind::Picture:
-    case TextKind::Glb: break; // their writers check for errors
-    }
-    return false;
-}
-
-bool WriteBytes(const OutputFile &file, const std::string &bytes)
+bool WriteBytes(const OutputFile &file, const std::string &bytes, Reporter *reporter)
 {
     Stream stream = OpenStream(file.written, "wb");
     bool done = stream && std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) == bytes.size();
     done = stream && std::fclose(stream.release()) == 0 && done;
     if (!done)
-        ReportUnwritten(file.shown, std::strerror(errno));
+        ReportUnwritten(reporter, file.shown, std::strerror(errno));
     return done;
 }
 

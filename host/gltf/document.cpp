@@ -1,5 +1,5 @@
 // Writes the model of a direct build as binary glTF 2.0.
-#include "glb.h"
+#include "gltf.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -61,7 +61,8 @@ static void AddNodes(Glb *glb, const Mc3dsFile *scene, const McClump *clump)
         if (!mesh.instance)
             json["extras"] = {{"tag", mesh.clump->tag}};
         const int prototype = mesh.instance ? mesh.instance->prototype : -1;
-        glb->nodes.push_back({std::move(json), parent, mesh.world, {}, {}, false, false, prototype, 0});
+        glb->nodes.push_back(
+            {.json = std::move(json), .parent = parent, .world = mesh.world, .prototype = prototype});
     });
 }
 
@@ -82,7 +83,7 @@ static void AddMeshes(Glb *glb)
 }
 
 // Builds the model in parts, as the whole model would take more memory than the scene.
-static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked)
+static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, Reporter *reporter)
 {
     constexpr uint64_t partMost = 500000; // vertices and faces
     for (uint32_t first = 0, end; first < scene->objectCount; first = end) {
@@ -90,7 +91,7 @@ static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &as
         for (end = first; end < scene->objectCount && (end == first || size < partMost); ++end)
             size += static_cast<uint64_t>(scene->objects[end].vertexCount) +
                     static_cast<uint64_t>(scene->objects[end].faceCount);
-        const Model model = BuildModel(scene, asked, -1, first, end);
+        const Model model = BuildModel(scene, asked, -1, reporter, first, end);
         McModelView view = {};
         McGetModel(model.get(), &view);
         std::vector<bool> done(glb->meshes.size());
@@ -103,7 +104,7 @@ static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &as
                 AddGlbGeometry(glb, &glb->meshes[node.mesh], mesh.geometry, view.surfaces, node.residual);
             done[node.mesh] = true;
         });
-        ReportModelErrors();
+        ReportModelErrors(reporter);
     }
 }
 
@@ -188,11 +189,14 @@ static bool Append(FILE *from, FILE *to)
     return !std::ferror(from);
 }
 
-static void ReportGlbNotes(const Glb &glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, float scale)
+static void ReportGlbNotes(const Glb &glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, float scale,
+                           Reporter *reporter)
 {
+    const auto note = [reporter](FindingKind kind, uint64_t count, double size) {
+        ReportFinding(reporter, {.kind = kind, .weight = Weight::Note, .count = count, .size = size});
+    };
     if (glb.lostFaces != 0)
-        ReportNote("faces that the .glb lacks, as their corners are no finite numbers: " +
-                   std::to_string(glb.lostFaces));
+        note(FindingKind::GlbBareFaces, glb.lostFaces, 0.0);
     Bounds bounds = NoBounds();
     for (const GlbMesh &mesh : glb.meshes) {
         Grow(&bounds, mesh.bounds.least);
@@ -202,16 +206,14 @@ static void ReportGlbNotes(const Glb &glb, const Mc3dsFile *scene, const Mc3dsOp
     for (size_t axis = 0; axis < 3; ++axis)
         size = std::max(size, bounds.most[axis] - bounds.least[axis]);
     if (glb.worstError > 1e-5 * size)
-        ReportNote("placements of the animation that a .glb can't say are the nearest that it can: up to " +
-                   NumberText(glb.worstError / static_cast<double>(scale)) + " units of the file away");
+        note(FindingKind::GlbNearest, 0, glb.worstError / static_cast<double>(scale));
     if (scene->hasAnimation && (asked.flags & MC3DS_MERGED))
-        ReportNote("the .glb has no animation: the objects of a merged model are one");
-    if (const std::string textures = MissingGlbTextures(glb); !textures.empty())
-        ReportNote(textures);
+        note(FindingKind::GlbMerged, 0, 0.0);
+    ReportMissingTextures(glb, reporter);
 }
 
 std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const std::string &scenePath,
-                     const fs::path &file, bool isSaid)
+                     const fs::path &file, Reporter *reporter)
 {
     const fs::path binaryFile = PathOf(file.string() + ".bin");
     errno = 0;
@@ -223,19 +225,14 @@ std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const st
     glb.binary = binary.get();
     glb.scenePath = scenePath;
     float scale = 1.0f;
-    MuteLibrary(true); // AddGeometry reports on the hierarchy too
-    AddNodes(&glb, scene, BuildModel(scene, asked, -1, 0, 0, &scale).get());
-    PlaceGlbNodes(&glb, scene, asked);
+    AddNodes(&glb, scene, BuildModel(scene, asked, -1, reporter, 0, 0, &scale).get());
+    PlaceGlbNodes(&glb, scene, asked, reporter);
     AddMeshes(&glb);
-    MuteLibrary(isSaid);
-    AddGeometry(&glb, scene, asked);
-    MuteLibrary(true);
-    AddGlbAnimation(&glb, scene, asked);
-    MuteLibrary(false);
-    McClearErrors();
-    if (MemoryRanOut())
+    AddGeometry(&glb, scene, asked, reporter);
+    AddGlbAnimation(&glb, scene, asked, reporter);
+    if (reporter->memoryRanOut)
         return "out of memory while building the model";
-    ReportGlbNotes(glb, scene, asked, scale);
+    ReportGlbNotes(glb, scene, asked, scale, reporter);
     const std::string head = HeadOf(glb, JsonText(DocumentOf(&glb), 0));
     if (head.empty())
         return "it would take 4 GiB or more, which its format can't count";

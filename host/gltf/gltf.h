@@ -1,15 +1,20 @@
-// State shared by the parts that write a binary glTF file.
-#ifndef MC3DS_HOST_GLB_H
-#define MC3DS_HOST_GLB_H
+// Writes a model as binary glTF 2.0. Only if the Meshcaster library has mclmodel.h.
+#ifndef MC3DS_HOST_GLTF_H
+#define MC3DS_HOST_GLTF_H
 
 #include <cstdio>
-#include <map>
-#include <string>
-#include <vector>
 
-#include "json.h"
-#include "model.h"
-#include "view.h"
+#include "../base/json.h"
+#include "../model/model.h"
+
+// ---- document.cpp
+
+// Writes the model for the form and size options in asked to file as binary glTF 2.0, with a temporary file
+// beside it. Looks for pictures of textures beside the scene. Returns why it failed; empty on success.
+std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const std::string &scenePath,
+                     const std::filesystem::path &file, Reporter *reporter);
+
+// ==== Only for the files of this folder
 
 // Constants of the format.
 constexpr int glbByte = 5121, glbShort = 5123, glbInt = 5125, glbFloat = 5126; // types of components
@@ -24,15 +29,15 @@ struct GlbMesh {
 
 // A clump or an instance.
 struct GlbNode {
-    Json json;       // without mesh and children
-    int parent;      // index; -1: none
-    Matrix world;    // absolute, in the model
-    Matrix used;     // absolute, from the glTF nodes down to this one
-    Matrix residual; // applied to its vertices; the part of world that glTF nodes can't express
-    bool isResidual; // residual isn't the identity
-    bool moves;      // its placement changes in the animation
-    int prototype;   // index of the prototype whose mesh it shares; -1: its mesh is its own
-    size_t mesh;     // index into Glb.meshes
+    Json json = {};          // without mesh and children
+    int parent = -1;         // index; -1: none
+    Matrix world = {};       // absolute, in the model
+    Matrix used = {};        // absolute, from the glTF nodes down to this one
+    Matrix residual = {};    // applied to its vertices; the part of world that glTF nodes can't express
+    bool isResidual = false; // residual isn't the identity
+    bool moves = false;      // its placement changes in the animation
+    int prototype = -1;      // index of the prototype whose mesh it shares; -1: its mesh is its own
+    size_t mesh = 0;         // index into Glb.meshes
 };
 
 struct Glb {
@@ -50,7 +55,7 @@ struct Glb {
     double worstError; // largest error of a position in the animation, in the model's units
 };
 
-// ---- glb.cpp
+// ---- document.cpp
 
 // Adds bytes to the buffer. Returns the index of their view. stride: bytes per vertex, 0 for none; target: 0
 // for none.
@@ -59,24 +64,24 @@ size_t AddGlbView(Glb *glb, const void *bytes, size_t size, size_t stride, int t
 size_t AddGlbAccessor(Glb *glb, size_t view, size_t offset, int componentType, size_t count,
                       const char *type);
 
-// ---- glb_mesh.cpp
+// ---- mesh.cpp
 
 // Adds geometry to mesh, with its vertices transformed by residual. surfaces: those of the model.
 void AddGlbGeometry(Glb *glb, GlbMesh *mesh, const McGeometryView &geometry, const McSurface *surfaces,
                     const Matrix &residual);
 
-// ---- glb_surface.cpp
+// ---- surface.cpp
 
 // Returns the index of the material.
 int AddGlbSurface(Glb *glb, const McSurface &surface);
-// The report on textures that the file lacks; empty if it has all.
-std::string MissingGlbTextures(const Glb &glb);
+// Reports the textures that the file lacks.
+void ReportMissingTextures(const Glb &glb, Reporter *reporter);
 
-// ---- glb_motion.cpp
+// ---- motion.cpp
 
 // Finds the moving nodes, and sets each node's placement as far as glTF can express it.
-void PlaceGlbNodes(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked);
+void PlaceGlbNodes(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, Reporter *reporter);
 // Samples the animation. Call it after AddGlbGeometry, as it uses the bounds of the meshes.
-void AddGlbAnimation(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked);
+void AddGlbAnimation(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, Reporter *reporter);
 
 #endif

@@ -1,16 +1,9 @@
 // Converts the meshes of a model to primitives, one for each surface.
 #include <algorithm>
-#include <cmath>
 
-#include "glb.h"
+#include "gltf.h"
 
-using Point = std::array<float, 3>; // float, so that products of differences can't overflow a double
-
-static Vector Minus(const Point &a, const Point &b)
-{
-    return {static_cast<double>(a[0]) - b[0], static_cast<double>(a[1]) - b[1],
-            static_cast<double>(a[2]) - b[2]};
-}
+using Point = std::array<float, 3>;
 
 // Returns the up direction for a null vector, as the format requires a length of 1.
 static Point Normalised(const Vector &v)
@@ -25,21 +18,16 @@ static Point Normalised(const Vector &v)
 
 struct Shape {
     const McGeometryView &geometry;
-    std::vector<Point> places;
-    std::vector<Vector> normals;    // of the vertices, not normalised; empty before FindNormals
-    std::vector<uint32_t> newIndex; // by vertex: its index in the current primitive
-    std::vector<uint32_t> usedBy;   // by vertex: the primitive that newIndex belongs to
-    uint32_t primitive;             // number of the current one, from 1
+    std::vector<Vector> places = {};     // rounded to floats, so that products of differences can't overflow
+    std::vector<Vector> normals = {};    // of the vertices; empty before the first smooth surface
+    std::vector<uint32_t> newIndex = {}; // by vertex: its index in the current primitive
+    std::vector<uint32_t> usedBy = {};   // by vertex: the primitive that newIndex belongs to
+    uint32_t primitive = 0;              // number of the current one, from 1
 };
 
-static const Point &CornerOf(const Shape &shape, const McFace &face, int corner)
+static const Vector &CornerOf(const Shape &shape, const McFace &face, int corner)
 {
     return shape.places[static_cast<size_t>(face.vertices[corner] - 1)];
-}
-
-static bool IsFinite(const Point &place)
-{
-    return std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2]);
 }
 
 static bool IsFinite(const Shape &shape, const McFace &face)
@@ -48,41 +36,9 @@ static bool IsFinite(const Shape &shape, const McFace &face)
            IsFinite(CornerOf(shape, face, 2));
 }
 
-constexpr double pi = 3.14159265358979;
-
-// The angle between two vectors; lengths: the product of their lengths. The error of 0.0001 doesn't matter
-// for a weight, and std::acos would take a tenth of the whole time.
-static double Angle(const Vector &a, const Vector &b, double lengths)
+static Point Rounded(const Vector &place)
 {
-    const double cosine = std::clamp(Dot(a, b) / lengths, -1.0, 1.0), x = std::abs(cosine);
-    const double angle =
-        std::sqrt(1.0 - x) * (1.5707288 + x * (-0.2121144 + x * (0.0742610 + x * -0.0187293)));
-    return cosine < 0.0 ? pi - angle : angle;
-}
-
-// Weights each face by its angle at the vertex, so that the division of a surface into faces doesn't matter.
-static void FindNormals(Shape *shape)
-{
-    if (!shape->normals.empty())
-        return;
-    shape->normals.resize(shape->places.size(), Vector{});
-    for (size_t i = 0; i < shape->geometry.faceCount; ++i) {
-        const McFace &face = shape->geometry.faces[i];
-        const Point &a = CornerOf(*shape, face, 0), &b = CornerOf(*shape, face, 1),
-                    &c = CornerOf(*shape, face, 2);
-        const Vector ab = Minus(b, a), ac = Minus(c, a), bc = Minus(c, b);
-        const Vector cross = Cross(ab, ac);
-        const double area = std::sqrt(Dot(cross, cross));
-        if (!(area > 0.0) || !std::isfinite(area))
-            continue;
-        const double abLength = std::sqrt(Dot(ab, ab));
-        const double atA = Angle(ab, ac, abLength * std::sqrt(Dot(ac, ac)));
-        const double atB = pi - Angle(ab, bc, abLength * std::sqrt(Dot(bc, bc)));
-        const double angles[3] = {atA / area, atB / area, (pi - atA - atB) / area};
-        for (int at = 0; at < 3; ++at)
-            for (size_t axis = 0; axis < 3; ++axis)
-                shape->normals[static_cast<size_t>(face.vertices[at] - 1)][axis] += cross[axis] * angles[at];
-    }
+    return {static_cast<float>(place[0]), static_cast<float>(place[1]), static_cast<float>(place[2])};
 }
 
 struct Primitive {
@@ -100,7 +56,7 @@ static void AddVertex(Primitive *primitive, const Shape &shape, size_t vertex, c
     primitive->vertices.resize(start + primitive->width);
     float *to = &primitive->vertices[start];
     for (size_t axis = 0; axis < 3; ++axis) {
-        const float part = shape.places[vertex][axis];
+        const auto part = static_cast<float>(shape.places[vertex][axis]);
         *to++ = part;
         primitive->least[axis] = std::min(primitive->least[axis], part);
         primitive->most[axis] = std::max(primitive->most[axis], part);
@@ -149,11 +105,10 @@ static void AddFaces(Primitive *primitive, Shape *shape, const std::vector<uint3
     primitive->vertices.reserve(faces.size() * primitive->width * (isFlat ? 3 : 1));
     for (const uint32_t index : faces) {
         const McFace &face = shape->geometry.faces[index];
-        const Point &a = CornerOf(*shape, face, 0);
-        const Point normal =
-            isFlat
-                ? Normalised(Cross(Minus(CornerOf(*shape, face, 1), a), Minus(CornerOf(*shape, face, 2), a)))
-                : Point{};
+        const Point normal = isFlat
+                                 ? Normalised(FaceNormal(CornerOf(*shape, face, 0), CornerOf(*shape, face, 1),
+                                                         CornerOf(*shape, face, 2)))
+                                 : Point{};
         for (const int vertex : face.vertices) {
             if (isFlat)
                 AddVertex(primitive, *shape, static_cast<size_t>(vertex - 1), normal);
@@ -214,26 +169,27 @@ void AddGlbGeometry(Glb *glb, GlbMesh *mesh, const McGeometryView &geometry, con
                     const Matrix &residual)
 {
     const size_t vertices = geometry.vertexCount;
-    Shape shape = {geometry, {}, {}, std::vector<uint32_t>(vertices), std::vector<uint32_t>(vertices), 0};
+    Shape shape = {.geometry = geometry,
+                   .newIndex = std::vector<uint32_t>(vertices),
+                   .usedBy = std::vector<uint32_t>(vertices)};
     shape.places.reserve(vertices);
     for (size_t i = 0; i < vertices; ++i) {
-        const Vector place = Place(geometry.points[i], residual);
-        shape.places.push_back(
-            {static_cast<float>(place[0]), static_cast<float>(place[1]), static_cast<float>(place[2])});
+        const Point place = Rounded(Place(geometry.points[i], residual));
+        shape.places.push_back({place[0], place[1], place[2]});
     }
     for (const auto &[index, faces] : SortFaces(glb, shape)) {
         const McSurface &surface = surfaces[index];
         const bool isWire = surface.geometrySampling == mcWIREFRAME, hasUVs = geometry.uvs && !isWire;
         const size_t width = 3u + (isWire ? 0u : 3u) + (hasUVs ? 2u : 0u);
         Primitive primitive = {!isWire, hasUVs, width, {}, {}, {}, {}};
-        primitive.least = primitive.most = CornerOf(shape, geometry.faces[faces.front()], 0);
+        primitive.least = primitive.most = Rounded(CornerOf(shape, geometry.faces[faces.front()], 0));
         ++shape.primitive;
         if (isWire) {
             AddEdges(&primitive, &shape, faces);
         } else {
             const bool isFlat = surface.lightSampling == mcFACET;
-            if (!isFlat)
-                FindNormals(&shape);
+            if (!isFlat && shape.normals.empty())
+                shape.normals = SmoothNormals(geometry, shape.places);
             AddFaces(&primitive, &shape, faces, isFlat);
         }
         Json json = AddPrimitive(glb, primitive);

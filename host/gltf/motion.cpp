@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "glb.h"
+#include "gltf.h"
 
 constexpr double framesPerSecond = 30.0;
 
@@ -147,10 +147,11 @@ static Matrix LocalOf(const Matrix &world, const Matrix *parentUsed)
 }
 
 // The absolute placement of each node in a frame.
-static std::vector<Matrix> WorldsIn(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame)
+static std::vector<Matrix> WorldsIn(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame,
+                                    Reporter *reporter)
 {
     std::vector<Matrix> worlds;
-    const Model model = BuildModel(scene, asked, frame, 0, 0);
+    const Model model = BuildModel(scene, asked, frame, reporter, 0, 0);
     VisitMeshes(model.get(), [&worlds](const PlacedMesh &mesh) { worlds.push_back(mesh.world); });
     return worlds;
 }
@@ -165,13 +166,13 @@ static bool HasMotion(const Mc3dsFile *scene, const Mc3dsOptions &asked)
     return scene->hasAnimation && scene->frameCount != 0 && !(asked.flags & MC3DS_MERGED);
 }
 
-static void FindMoving(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked)
+static void FindMoving(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, Reporter *reporter)
 {
     std::vector<Matrix> rest;
     for (const GlbNode &node : glb->nodes)
         rest.push_back(node.world);
     for (uint32_t frame = 0; frame < scene->frameCount; ++frame) {
-        const std::vector<Matrix> worlds = WorldsIn(scene, asked, frame);
+        const std::vector<Matrix> worlds = WorldsIn(scene, asked, frame, reporter);
         for (size_t i = 0; i < glb->nodes.size() && worlds.size() == rest.size(); ++i) {
             GlbNode &node = glb->nodes[i];
             const Matrix before = LocalOf(rest[i], ParentOf(node, rest));
@@ -181,23 +182,23 @@ static void FindMoving(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &ask
     }
 }
 
-static void SayTrs(const Trs &trs, Json *json)
+static void StoreTrs(const Trs &trs, Json *json)
 {
     (*json)["translation"] = trs.translation;
     (*json)["rotation"] = trs.rotation;
     (*json)["scale"] = trs.scale;
 }
 
-void PlaceGlbNodes(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked)
+void PlaceGlbNodes(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, Reporter *reporter)
 {
     if (HasMotion(scene, asked))
-        FindMoving(glb, scene, asked);
+        FindMoving(glb, scene, asked, reporter);
     for (GlbNode &node : glb->nodes) {
         const Matrix *above = node.parent < 0 ? nullptr : &glb->nodes[static_cast<size_t>(node.parent)].used;
         Matrix local = LocalOf(node.world, above);
         if (node.moves && IsFinite(local)) {
             const Trs trs = NearestTrs(local);
-            SayTrs(trs, &node.json);
+            StoreTrs(trs, &node.json);
             local = MatrixOf(trs);
         } else if (!IsTrs(local)) {
             local = identityMatrix;
@@ -222,8 +223,7 @@ static double ErrorOf(const Bounds &bounds, const Matrix &wanted, const Matrix &
         Vector place;
         for (unsigned axis = 0; axis < 3; ++axis)
             place[axis] = corner >> axis & 1 ? bounds.most[axis] : bounds.least[axis];
-        const Vector a = Place(place, wanted), b = Place(place, used);
-        const Vector off = {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+        const Vector off = Minus(Place(place, wanted), Place(place, used));
         most = std::max(most, std::sqrt(Dot(off, off)));
     }
     return most;
@@ -281,14 +281,14 @@ static void AddChannel(Glb *glb, Json *animation, size_t node, size_t times, con
         {{"sampler", (*animation)["samplers"].size() - 1}, {"target", {{"node", node}, {"path", path}}}});
 }
 
-void AddGlbAnimation(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked)
+void AddGlbAnimation(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, Reporter *reporter)
 {
     if (std::none_of(glb->nodes.begin(), glb->nodes.end(), [](const GlbNode &node) { return node.moves; }))
         return;
     std::vector<std::vector<Trs>> samples(glb->nodes.size());
     std::vector<float> times;
     for (uint32_t frame = 0; frame < scene->frameCount; ++frame) {
-        const std::vector<Matrix> worlds = WorldsIn(scene, asked, frame);
+        const std::vector<Matrix> worlds = WorldsIn(scene, asked, frame, reporter);
         if (worlds.size() != glb->nodes.size())
             return; // out of memory, which WriteGlb reports
         SampleFrame(glb, worlds, &samples);

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <system_error>
 
-#include "glb.h"
+#include "gltf.h"
 
 namespace fs = std::filesystem;
 
@@ -19,17 +19,12 @@ static double Linear(float level)
     return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
 }
 
-static bool StartsWith(const std::string &bytes, std::string_view start)
-{
-    return bytes.starts_with(start);
-}
-
 // The type of a picture in a supported format, from its first bytes; null for others.
 static const char *PictureType(const std::string &bytes)
 {
-    if (StartsWith(bytes, std::string_view("\x89PNG\r\n\x1a\n", 8)) && bytes.size() > 32)
+    if (bytes.starts_with(std::string_view("\x89PNG\r\n\x1a\n", 8)) && bytes.size() > 32)
         return "image/png";
-    if (StartsWith(bytes, "\xff\xd8\xff") && bytes.size() > 32)
+    if (bytes.starts_with("\xff\xd8\xff") && bytes.size() > 32)
         return "image/jpeg";
     return nullptr;
 }
@@ -122,15 +117,12 @@ int AddGlbSurface(Glb *glb, const McSurface &surface)
     return known->second;
 }
 
-std::string MissingGlbTextures(const Glb &glb)
+void ReportMissingTextures(const Glb &glb, Reporter *reporter)
 {
-    size_t missing = 0;
-    std::string first;
+    Finding missing = {.kind = FindingKind::GlbTextures, .weight = Weight::Note};
     for (const auto &[name, index] : glb.textureIndices)
-        if (index < 0 && missing++ == 0)
-            first = name;
-    if (missing == 0)
-        return "";
-    return "textures that the .glb names and doesn't hold: " + std::to_string(missing) +
-           "; a PNG or JPEG file of that name has to lie beside the scene; the first: " + InQuotes(first);
+        if (index < 0 && missing.count++ == 0)
+            missing.names = {{name}};
+    if (missing.count != 0)
+        ReportFinding(reporter, missing);
 }

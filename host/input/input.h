@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "../view/view.h"
+#include "../picture/picture.h"
+#include "../words/words.h"
 
 constexpr unsigned jobsMost = 256;
 
@@ -24,7 +25,7 @@ struct HostOptions {
     std::string previewFile; // empty: none; with several scenes each puts its name in front
     std::string glbFile;     // as previewFile
     std::string summaryFile; // empty: none
-    std::string reportFile;  // empty: none
+    std::string pageFile;    // of --report; empty: none
     std::string clumpName;   // empty: made from the scene's name
     std::string textureExtension;
     uint32_t flags = 0;
@@ -42,7 +43,7 @@ struct HostOptions {
     bool strict = false;
     bool info = false;
     bool json = false;
-    int verbosity = 0; // levels: see StartReports
+    int verbosity = 0; // as in Reporter
 };
 
 // Fills the options. Returns -1 to continue, else the exit status: help or the version was printed, or the
@@ -65,7 +66,7 @@ struct SceneJob {
 
 // Lists the scenes of the options in their order; those of a folder are sorted. Returns false after reports
 // if a folder can't be read or has no scenes; the others are in jobs nevertheless.
-bool ListScenes(const HostOptions &options, std::vector<SceneJob> *jobs);
+bool ListScenes(const HostOptions &options, Reporter *reporter, std::vector<SceneJob> *jobs);
 // The options for one of the scenes.
 HostOptions OptionsFor(const HostOptions &options, const SceneJob &job);
 

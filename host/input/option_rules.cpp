@@ -106,10 +106,10 @@ std::string FindConflict(const HostOptions &options, const std::function<bool(co
         return Contradiction("--per-object", "--output -", "the files of the objects need names");
 #if !defined(MC3DS_HAVE_MCLMODEL)
     if (given("--glb"))
-        return "--glb can't be had: the Meshcaster library of this program doesn't show its models";
+        return "--glb isn't available: the Meshcaster library of this program doesn't show its models";
 #endif
     if (given("--preview") && !WhyNoPreview().empty())
-        return "--preview can't be had: " + WhyNoPreview();
+        return "--preview isn't available: " + WhyNoPreview();
     if (const std::string extension = InLowerCase(PathOf(options.output).extension().string());
         extension == ".c" && !given("--source"))
         return InQuotes(options.output) + " would hold a script: --source writes C, or call it " +

@@ -103,14 +103,6 @@ static void ReadWeights(const std::string &text, float weights[3])
         weights[i] = ReadNumber("--weights", words[i], -most, true, most, "any finite number");
 }
 
-static bool IsIdentifierPart(const std::string &text)
-{
-    for (const char c : text)
-        if (!(c >= 'a' && c <= 'z') && !(c >= 'A' && c <= 'Z') && !(c >= '0' && c <= '9') && c != '_')
-            return false;
-    return !text.empty();
-}
-
 static std::string ReadExtension(std::string text)
 {
     if (text.starts_with('.'))
@@ -148,8 +140,8 @@ static void AddFileOptions(CLI::App *app, HostOptions *options)
              [options](const std::string &text) { options->output = ReadName("--output", text, true); });
     AddValue(
         app, "--output-dir", "DIR", "Files",
-        "folder for the files, made if need be; what comes from below a folder keeps its place below "
-        "(default: beside each scene)",
+        "folder for the files, created if missing; scenes of a folder keep their subfolders (default: beside "
+        "each scene)",
         [options](const std::string &text) { options->outputDir = ReadName("--output-dir", text, false); });
     AddValue(app, "-j,--jobs", "N", "Files",
              "convert N scenes at a time, in as many processes; 1 to 256 (default: 1)",
@@ -252,15 +244,15 @@ static void ReadPreviewFrame(const std::string &text, PreviewOptions *preview)
 
 static void AddPreviewOptions(CLI::App *app, HostOptions *options)
 {
-    AddValue(
-        app, "--preview", "FILE.png", "Looking",
-        "draw a picture of the model too, for many scenes each in SCENE.FILE.png; with --info that is all "
-        "that is written (default: none)",
-        [options](const std::string &text) {
-            const std::string extension = InLowerCase(PathOf(text).extension().string());
-            Accept("--preview", extension == ".png", InQuotes(text) + " doesn't end in .png");
-            options->previewFile = text;
-        });
+    AddValue(app, "--preview", "FILE.png", "Looking",
+             "draw a picture of the model too, for many scenes each in SCENE.FILE.png; with --info nothing "
+             "else is "
+             "written (default: none)",
+             [options](const std::string &text) {
+                 const std::string extension = InLowerCase(PathOf(text).extension().string());
+                 Accept("--preview", extension == ".png", InQuotes(text) + " doesn't end in .png");
+                 options->previewFile = text;
+             });
     AddValue(app, "--glb", "FILE.glb", "Looking",
              "write the model as binary glTF 2.0 too, which every viewer opens; for many scenes as --preview "
              "(default: none)",
@@ -299,14 +291,30 @@ static void AddReportOptions(CLI::App *app, HostOptions *options)
                  const std::string extension = InLowerCase(PathOf(text).extension().string());
                  Accept("--report", extension == ".html" || extension == ".htm",
                         InQuotes(text) + " doesn't end in .html");
-                 options->reportFile = text;
+                 options->pageFile = text;
              });
     app->set_help_flag("-h,--help", "print this and exit")->group("Reports");
     app->set_version_flag("--version", "", "print the version and exit")->group("Reports");
 }
 
+// The words of text in lines of 80 columns that begin with indent blanks.
+static std::string Wrapped(const std::string &text, size_t indent)
+{
+    constexpr size_t columns = 80;
+    std::string lines;
+    size_t used = columns;
+    for (const std::string &word : CLI::detail::split(text, ' ')) {
+        const bool fits = used + 1 + word.size() <= columns;
+        lines += fits ? " " : (lines.empty() ? "" : "\n") + std::string(indent, ' ');
+        used = (fits ? used + 1 : indent) + word.size();
+        lines += word;
+    }
+    return lines + '\n';
+}
+
 static void PrintHelp(const CLI::App &app)
 {
+    constexpr size_t indent = 29;
     std::fputs("usage: 3ds2mcx [options] SCENE...\n\n"
                "Converts 3D Studio scenes for the Meshcaster renderer.\n",
                stdout);
@@ -322,13 +330,23 @@ static void PrintHelp(const CLI::App &app)
             for (const std::string &word : option->get_lnames())
                 name += (name.empty() || name.ends_with(' ') ? "--" : ", --") + word;
             name += (type.empty() || type[0] == '[' ? "" : " ") + type;
-            std::printf("  %-26s %s\n", name.c_str(), option->get_description().c_str());
+            // The name is at the start of the first line, or has a line of its own.
+            std::string lines = Wrapped(option->get_description(), indent);
+            name = "  " + name;
+            if (name.size() < indent)
+                lines.replace(0, name.size(), name);
+            else
+                lines = name + '\n' + lines;
+            std::fputs(lines.c_str(), stdout);
         }
     }
-    std::fputs("\nExit status: 0 done, whatever warnings there were; 1 a scene could not be read or written "
-               "whole,\nor with --strict there were warnings; 2 the command line is wrong, and nothing was "
-               "done.\n",
-               stdout);
+    std::fputs(
+        ("\n" + Wrapped("Exit status: 0 done, whatever warnings there were; 1 a scene could not be read "
+                        "or written completely, or with --strict there were warnings; 2 the command "
+                        "line is wrong, and nothing was done.",
+                        0))
+            .c_str(),
+        stdout);
 }
 
 // The fewest insertions, deletions and replacements of letters that turn a into b.

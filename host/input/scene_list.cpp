@@ -17,7 +17,8 @@ static void AddScene(const HostOptions &options, const fs::path &scene, const fs
 }
 
 // Skips links to folders, as they may form a loop, and pipes and devices, as they may never end.
-static bool ListFolder(const fs::path &folder, std::vector<fs::path> *scenes, std::vector<fs::path> *folders)
+static bool ListFolder(const fs::path &folder, Reporter *reporter, std::vector<fs::path> *scenes,
+                       std::vector<fs::path> *folders)
 {
     std::error_code failure, ignored;
     fs::directory_iterator entry(folder, failure);
@@ -29,37 +30,38 @@ static bool ListFolder(const fs::path &folder, std::vector<fs::path> *scenes, st
             scenes->push_back(entry->path());
     }
     if (failure)
-        ReportError("folder " + InQuotes(folder.string()) + " can't be read: " + failure.message() +
-                    "; its scenes are left out");
+        ReportError(reporter, "folder " + InQuotes(folder.string()) + " can't be read: " + failure.message() +
+                                  "; its scenes are left out");
     return !failure;
 }
 
-static bool ListBelow(const HostOptions &options, const fs::path &top, std::vector<SceneJob> *jobs)
+static bool ListBelow(const HostOptions &options, const fs::path &top, Reporter *reporter,
+                      std::vector<SceneJob> *jobs)
 {
     bool done = true;
     std::vector<fs::path> scenes, folders = {top};
     while (!folders.empty()) {
         const fs::path folder = folders.back();
         folders.pop_back();
-        done = ListFolder(folder, &scenes, &folders) && done;
+        done = ListFolder(folder, reporter, &scenes, &folders) && done;
     }
     std::sort(scenes.begin(), scenes.end());
     for (const fs::path &scene : scenes)
         AddScene(options, scene, scene.lexically_relative(top), jobs);
     if (done && scenes.empty()) {
-        ReportError("folder " + InQuotes(top.string()) + " has no *.3ds files");
+        ReportError(reporter, "folder " + InQuotes(top.string()) + " has no *.3ds files");
         return false;
     }
     return done;
 }
 
-bool ListScenes(const HostOptions &options, std::vector<SceneJob> *jobs)
+bool ListScenes(const HostOptions &options, Reporter *reporter, std::vector<SceneJob> *jobs)
 {
     bool done = true;
     for (const std::string &scene : options.scenes) {
         std::error_code failure;
         if (options.recursive && fs::is_directory(PathOf(scene), failure))
-            done = ListBelow(options, PathOf(scene), jobs) && done;
+            done = ListBelow(options, PathOf(scene), reporter, jobs) && done;
         else
             AddScene(options, PathOf(scene), PathOf(scene).filename(), jobs);
     }

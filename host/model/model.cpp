@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "view.h"
+#include "frame/outcome.h"
 
 Bounds NoBounds()
 {
@@ -69,8 +69,8 @@ bool Invert(const Matrix &m, Matrix *inverse)
 }
 
 // A direct build uses frame 0 only, so other frames get a copy of the scene with shifted frame pointers.
-Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame, uint32_t first,
-                 uint32_t end, float *scale)
+Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame, Reporter *reporter,
+                 uint32_t first, uint32_t end, float *scale)
 {
     std::vector<Mc3dsObject> objects(scene->objects, scene->objects + scene->objectCount);
     Mc3dsFile copy = *scene;
@@ -85,20 +85,25 @@ Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t fram
             object.groupCount = 0;
         }
     }
+    const bool isHeard = !reporter->modelIsHeard && end > first;
+    ListenToLibrary(isHeard ? reporter : nullptr);
     McClump *clump = nullptr;
     McClearErrors();
     Mc3dsOutput(&copy, &direct, &clump);
+    ListenToLibrary(reporter);
+    reporter->modelIsHeard = reporter->modelIsHeard || (isHeard && end >= scene->objectCount);
+    reporter->memoryRanOut =
+        reporter->memoryRanOut || Mc3dsGetOutcome()->outOfMemory || McMemoryRanOut() != 0;
     if (scale)
         *scale = direct.scale;
     return Model(clump, McFreeModel);
 }
 
-void ReportModelErrors()
+void ReportModelErrors(Reporter *reporter)
 {
     if (const size_t errors = McErrorCount(); errors != 0)
-        ReportWarning("the Meshcaster library counted " + Counted(errors, "error") +
-                      (errors == 1 ? ": " : ", the first: ") + McFirstError());
-    McClearErrors();
+        ReportFinding(reporter,
+                      {.kind = FindingKind::RendererSaid, .count = errors, .detail = McFirstError()});
 }
 
 static Matrix MatrixOf(const double *numbers)
@@ -140,4 +145,39 @@ void VisitMeshes(const McClump *clump, const std::function<void(const PlacedMesh
             at = view.nextSibling;
         }
     }
+}
+
+constexpr double pi = 3.14159265358979;
+
+// The angle between two vectors; lengths: the product of their lengths. The error of 0.0001 doesn't matter
+// for a weight, and std::acos would take a tenth of the whole time.
+static double Angle(const Vector &a, const Vector &b, double lengths)
+{
+    const double cosine = std::clamp(Dot(a, b) / lengths, -1.0, 1.0), x = std::abs(cosine);
+    const double angle =
+        std::sqrt(1.0 - x) * (1.5707288 + x * (-0.2121144 + x * (0.0742610 + x * -0.0187293)));
+    return cosine < 0.0 ? pi - angle : angle;
+}
+
+std::vector<Vector> SmoothNormals(const McGeometryView &geometry, const std::vector<Vector> &places)
+{
+    std::vector<Vector> normals(places.size(), Vector{});
+    for (size_t i = 0; i < geometry.faceCount; ++i) {
+        const int *v = geometry.faces[i].vertices;
+        const Vector &a = places[static_cast<size_t>(v[0] - 1)], &b = places[static_cast<size_t>(v[1] - 1)],
+                     &c = places[static_cast<size_t>(v[2] - 1)];
+        const Vector ab = Minus(b, a), ac = Minus(c, a), bc = Minus(c, b);
+        const Vector cross = Cross(ab, ac);
+        const double area = std::sqrt(Dot(cross, cross));
+        if (!(area > 0.0) || !std::isfinite(area))
+            continue;
+        const double abLength = std::sqrt(Dot(ab, ab));
+        const double atA = Angle(ab, ac, abLength * std::sqrt(Dot(ac, ac)));
+        const double atB = pi - Angle(ab, bc, abLength * std::sqrt(Dot(bc, bc)));
+        const double angles[3] = {atA / area, atB / area, (pi - atA - atB) / area};
+        for (int at = 0; at < 3; ++at)
+            for (size_t axis = 0; axis < 3; ++axis)
+                normals[static_cast<size_t>(v[at] - 1)][axis] += cross[axis] * angles[at];
+    }
+    return normals;
 }

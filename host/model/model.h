@@ -1,13 +1,12 @@
-// The model of a direct build, for pictures and .glb files.
+// The built model, for pictures and .glb files.
 #ifndef MC3DS_HOST_MODEL_H
 #define MC3DS_HOST_MODEL_H
 
 #include <array>
-#include <cstdint>
-#include <functional>
+#include <cmath>
 #include <memory>
 
-#include "frame/frame.h"
+#include "../words/words.h"
 #include "mclmodel.h"
 
 using Vector = std::array<double, 3>;
@@ -24,6 +23,22 @@ inline double Dot(const Vector &a, const Vector &b)
 inline Vector Cross(const Vector &a, const Vector &b)
 {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+inline Vector Minus(const Vector &a, const Vector &b)
+{
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+inline bool IsFinite(const Vector &place)
+{
+    return std::isfinite(place[0]) && std::isfinite(place[1]) && std::isfinite(place[2]);
+}
+
+// Perpendicular to the face, with twice its area as length.
+inline Vector FaceNormal(const Vector &a, const Vector &b, const Vector &c)
+{
+    return Cross(Minus(b, a), Minus(c, a));
 }
 
 struct Bounds {
@@ -45,12 +60,13 @@ bool Invert(const Matrix &placement, Matrix *inverse);
 using Model = std::unique_ptr<McClump, void (*)(McClump *)>;
 
 // Builds the model that asked describes, in a frame, or as asked places it for frame -1. Only the objects
-// from first to end - 1 have geometry. scale gets the factor from the file's units. Calls McClearErrors
-// first.
-Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame, uint32_t first = 0,
-                 uint32_t end = UINT32_MAX, float *scale = nullptr);
-// Reports the errors counted by the Meshcaster library as a warning, and resets the count.
-void ReportModelErrors();
+// from first to end - 1 have geometry. scale gets the factor from the file's units. Builds are mute, but the
+// library's reports on the model are heard once for each scene: in the first builds that together have all
+// geometry. Sets reporter->memoryRanOut if memory runs out; the model lacks something then.
+Model BuildModel(const Mc3dsFile *scene, const Mc3dsOptions &asked, int64_t frame, Reporter *reporter,
+                 uint32_t first = 0, uint32_t end = UINT32_MAX, float *scale = nullptr);
+// Reports the errors that the Meshcaster library counted in the newest build as a warning.
+void ReportModelErrors(Reporter *reporter);
 
 // A placed mesh: a clump's own, or that of a prototype, placed by an instance in the clump.
 struct PlacedMesh {
@@ -64,5 +80,10 @@ struct PlacedMesh {
 // Visits the mesh of each clump, even an empty one, then those of its instances, then the clumps in it. clump
 // and instance in a mesh are only valid during its visit.
 void VisitMeshes(const McClump *clump, const std::function<void(const PlacedMesh &)> &visit);
+
+// The normals of all vertices, not normalised. Each face counts by its angle at the vertex, so that the
+// division of a surface into faces doesn't matter. places: those of the vertices, which the geometry's are
+// replaced by.
+std::vector<Vector> SmoothNormals(const McGeometryView &geometry, const std::vector<Vector> &places);
 
 #endif

@@ -1,14 +1,10 @@
 // Draws a picture of the model of a direct build.
 #include <algorithm>
-#include <cerrno>
-#include <cmath>
-#include <memory>
 #include <png.h>
-#include <vector>
 
-#include "model.h"
+#include "../model/model.h"
+#include "picture.h"
 #include "raster.h"
-#include "view.h"
 
 constexpr uint32_t stripFrames = 5;
 constexpr int stripGap = 4;         // pixels between two frames
@@ -43,11 +39,6 @@ struct Canvas {
     const McSurface *surfaces;
     std::vector<WaitingFace> waiting;
 };
-
-static Vector Normal(const Vector &a, const Vector &b, const Vector &c)
-{
-    return Cross({b[0] - a[0], b[1] - a[1], b[2] - a[2]}, {c[0] - a[0], c[1] - a[1], c[2] - a[2]});
-}
 
 static std::vector<SeenMesh> FindMeshes(const McClump *clump)
 {
@@ -89,6 +80,12 @@ static float Light(Vector normal, bool turned)
                               0.41 * std::max(0.0, Dot(normal, toLamp)));
 }
 
+// Faces whose weighted normals cancel out leave a rest, as their angles are approximate. It is no direction.
+static Vector WithoutRest(const Vector &smooth)
+{
+    return Dot(smooth, smooth) < 1e-6 ? Vector{} : smooth;
+}
+
 static void DrawFace(Canvas *canvas, const RasterCorner corners[3], const McSurface &surface)
 {
     constexpr float least = 0.08f; // so that black parts show shading
@@ -105,29 +102,28 @@ static void DrawFace(Canvas *canvas, const RasterCorner corners[3], const McSurf
 static void DrawMesh(Canvas *canvas, const SeenMesh &mesh)
 {
     const McGeometryView &geometry = mesh.geometry;
-    std::vector<Vector> places(geometry.vertexCount), smooth(geometry.vertexCount, Vector{});
+    std::vector<Vector> places(geometry.vertexCount), smooth;
     for (size_t i = 0; i < geometry.vertexCount; ++i)
         places[i] = Place(geometry.points[i], mesh.placement);
-    std::vector<Vector> normals(geometry.faceCount);
-    for (size_t i = 0; i < geometry.faceCount; ++i) {
-        const int *v = geometry.faces[i].vertices;
-        const auto corner = [&](int at) { return places[static_cast<size_t>(v[at] - 1)]; };
-        normals[i] = Normal(corner(0), corner(1), corner(2));
-        for (int at = 0; at < 3; ++at)
-            for (size_t axis = 0; axis < 3; ++axis)
-                smooth[static_cast<size_t>(v[at] - 1)][axis] += normals[i][axis];
-    }
+    const auto place = [&](const McFace &face, int at) -> const Vector & {
+        return places[static_cast<size_t>(face.vertices[at] - 1)];
+    };
     for (size_t i = 0; i < geometry.faceCount; ++i) {
         const McFace &face = geometry.faces[i];
         const McSurface &surface = canvas->surfaces[face.surface];
+        const bool isWire = surface.geometrySampling == mcWIREFRAME;
+        const bool isFlat = surface.lightSampling == mcFACET;
+        if (!isWire && !isFlat && smooth.empty())
+            smooth = SmoothNormals(geometry, places);
+        const Vector normal = FaceNormal(place(face, 0), place(face, 1), place(face, 2));
         WaitingFace drawn = {{}, face.surface};
         for (int at = 0; at < 3; ++at) {
-            const auto vertex = static_cast<size_t>(face.vertices[at] - 1);
-            drawn.corners[at] = Project(*canvas, places[vertex]);
+            drawn.corners[at] = Project(*canvas, place(face, at));
             // Both sides of a face are lit, whatever the order of its corners.
-            if (surface.geometrySampling != mcWIREFRAME)
-                drawn.corners[at].light = Light(
-                    surface.lightSampling == mcFACET ? normals[i] : smooth[vertex], normals[i][2] < 0.0);
+            if (!isWire)
+                drawn.corners[at].light =
+                    Light(isFlat ? normal : WithoutRest(smooth[static_cast<size_t>(face.vertices[at] - 1)]),
+                          normal[2] < 0.0);
         }
         if (!(surface.opacity < 1.0f))
             DrawFace(canvas, drawn.corners, surface);
@@ -154,7 +150,8 @@ static void DrawModel(Canvas *canvas, const McClump *clump)
 }
 
 // Empty after a report if the animation lacks the requested frame.
-static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOptions &preview)
+static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOptions &preview,
+                                       Reporter *reporter)
 {
     if (preview.strip && scene->hasAnimation) {
         std::vector<int64_t> frames;
@@ -164,14 +161,15 @@ static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOpti
         return frames;
     }
     if (preview.strip)
-        ReportWarning("the scene has no animation: the strip is one picture");
+        ReportFinding(reporter, {.kind = FindingKind::NoStrip});
     if (preview.strip || preview.frame < 0)
         return {-1};
     if (scene->hasAnimation && preview.frame < scene->frameCount)
         return {preview.frame};
-    ReportError("the scene has no frame " + std::to_string(preview.frame) +
-                (scene->hasAnimation ? ": the last one is " + std::to_string(scene->frameCount - 1)
-                                     : ": it has no animation"));
+    ReportError(reporter,
+                "the scene has no frame " + std::to_string(preview.frame) +
+                    (scene->hasAnimation ? ": the last one is " + std::to_string(scene->frameCount - 1)
+                                         : ": it has no animation"));
     return {};
 }
 
@@ -191,7 +189,7 @@ static Picture MakePicture(const PreviewOptions &preview, int frames)
 }
 
 // The bytes of a PNG file; empty after a report if memory runs out.
-static std::string PngBytes(const Picture &picture)
+static std::string PngBytes(const Picture &picture, Reporter *reporter)
 {
     png_image image = {};
     image.version = PNG_IMAGE_VERSION;
@@ -201,7 +199,7 @@ static std::string PngBytes(const Picture &picture)
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
     std::string bytes(size, '\0');
     if (png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.rgb.data(), 0, nullptr) == 0) {
-        ReportError(std::string("no picture: ") + image.message);
+        ReportError(reporter, std::string("no picture: ") + image.message);
         size = 0;
     }
     bytes.resize(size);
@@ -210,17 +208,16 @@ static std::string PngBytes(const Picture &picture)
 
 // The bounds of the model over all frames. Leaves the last frame's model in model.
 static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
-                         const std::vector<int64_t> &frames, Model *model)
+                         const std::vector<int64_t> &frames, Model *model, Reporter *reporter)
 {
     Bounds bounds = NoBounds();
     for (const int64_t frame : frames) {
         model->reset();
-        *model = BuildModel(scene, asked, frame);
-        MuteLibrary(true); // later builds would repeat the same reports
+        *model = BuildModel(scene, asked, frame, reporter);
         for (const SeenMesh &mesh : FindMeshes(model->get()))
             GrowByFaces(&bounds, mesh);
     }
-    ReportModelErrors();
+    ReportModelErrors(reporter);
     return bounds;
 }
 
@@ -236,7 +233,7 @@ static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const 
             const auto at = [&](int corner) {
                 return Place(mesh.geometry.points[face.vertices[corner] - 1], mesh.placement);
             };
-            const Vector normal = Normal(at(0), at(1), at(2));
+            const Vector normal = FaceNormal(at(0), at(1), at(2));
             ++faces;
             clear += model.surfaces[face.surface].opacity > 0.0f ? 0 : 1;
             thin += Dot(normal, normal) > 0.0 ? 0 : 1;
@@ -303,7 +300,7 @@ static Canvas MakeCanvas(int width, int height, const Bounds &bounds, const McCl
 // in model.
 static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
                            const std::vector<int64_t> &frames, const Bounds &bounds, Model *model,
-                           Picture *picture)
+                           Picture *picture, Reporter *reporter)
 {
     const auto count = static_cast<int>(frames.size());
     const int width = (picture->width - stripGap * (count - 1)) / count, height = picture->height;
@@ -313,7 +310,7 @@ static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     for (size_t i = 0; i < frames.size(); ++i) {
         if (frames.size() > 1) {
             model->reset();
-            *model = BuildModel(scene, asked, frames[i]);
+            *model = BuildModel(scene, asked, frames[i], reporter);
         }
         Canvas canvas = MakeCanvas(width, height, bounds, model->get(), samplesMost / count);
         DrawModel(&canvas, model->get());
@@ -323,30 +320,27 @@ static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
         isCoarse = isCoarse || canvas.raster.width < 2 * width;
     }
     if (isCoarse)
-        ReportNote(
-            "the picture is coarse: so many faces lie over each other that a sharp one would take too long");
+        ReportFinding(reporter, {.kind = FindingKind::CoarsePicture, .weight = Weight::Note});
     return painted;
 }
 
-std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview)
+std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
+                        Reporter *reporter)
 {
     constexpr uint64_t leastPainted = 16; // samples; four pixels are hard to see
-    const std::vector<int64_t> frames = PickFrames(scene, preview);
+    const std::vector<int64_t> frames = PickFrames(scene, preview, reporter);
     if (frames.empty())
         return "";
     Model model(nullptr, McFreeModel);
-    errno = 0;
-    const Bounds bounds = FindBounds(scene, asked, frames, &model);
+    const Bounds bounds = FindBounds(scene, asked, frames, &model, reporter);
     Picture picture = MakePicture(preview, static_cast<int>(frames.size()));
-    const uint64_t painted = DrawFrames(scene, asked, frames, bounds, &model, &picture);
-    const std::string why = painted < leastPainted ? WhyEmpty(scene, model.get(), asked) : "";
-    MuteLibrary(false);
-    McClearErrors();
-    if (errno == ENOMEM || MemoryRanOut()) {
-        ReportError("out of memory while building the model");
+    const uint64_t painted = DrawFrames(scene, asked, frames, bounds, &model, &picture, reporter);
+    if (reporter->memoryRanOut) {
+        ReportError(reporter, "out of memory while building the model");
         return "";
     }
-    if (!why.empty())
-        ReportWarning("the picture is empty: " + why);
-    return PngBytes(picture);
+    if (painted < leastPainted)
+        ReportFinding(reporter,
+                      {.kind = FindingKind::EmptyPicture, .detail = WhyEmpty(scene, model.get(), asked)});
+    return PngBytes(picture, reporter);
 }

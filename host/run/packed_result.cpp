@@ -1,8 +1,42 @@
 // Packs a scene's result into bytes, to send it from a worker process to its parent.
 #include <cstring>
+#include <tuple>
 #include <type_traits>
 
-#include "run.h"
+#include "result.h"
+
+// The fields of a record that crosses. The bindings name all of them: a record with one more doesn't compile.
+static auto FieldsOf(NamedPart &part)
+{
+    auto &[name, isLater] = part;
+    return std::tie(name, isLater);
+}
+
+static auto FieldsOf(Finding &finding)
+{
+    auto &[kind, weight, report, times, count, of, most, size, names, detail] = finding;
+    return std::tie(kind, weight, report, times, count, of, most, size, names, detail);
+}
+
+static auto FieldsOf(WrittenFile &file)
+{
+    auto &[name, size] = file;
+    return std::tie(name, size);
+}
+
+static auto FieldsOf(GeometryCounts &counts)
+{
+    auto &[objects, vertices, triangles] = counts;
+    return std::tie(objects, vertices, triangles);
+}
+
+static auto FieldsOf(SceneResult &result)
+{
+    auto &[scene, done, error, bytes, read, model, seconds, written, kept, warnings, notes, missingTextures,
+           picture, said] = result;
+    return std::tie(scene, done, error, bytes, read, model, seconds, written, kept, warnings, notes,
+                    missingTextures, picture, said);
+}
 
 // Bytes that values are appended to, or read from in the same order.
 struct Parcel {
@@ -24,73 +58,45 @@ static void PassBytes(Parcel *parcel, void *value, size_t size)
     }
 }
 
-template <class Value>
-static void Pass(Parcel *parcel, Value *value)
-{
-    static_assert(std::is_trivially_copyable_v<Value>);
-    PassBytes(parcel, value, sizeof *value);
-}
-
 // Appends the size of a text or list, or reads it and resizes the list. Each entry takes at least one byte,
 // which bounds a wrong size.
 template <class List>
 static void PassSize(Parcel *parcel, List *list)
 {
     size_t size = list->size();
-    Pass(parcel, &size);
+    PassBytes(parcel, &size, sizeof size);
     parcel->isGood = parcel->isGood && (!parcel->isGiven || size <= parcel->bytes.size() - parcel->at);
     if (parcel->isGiven && parcel->isGood)
         list->resize(size);
 }
 
-static void Pass(Parcel *parcel, std::string *text)
+template <class Value>
+static void Pass(Parcel *parcel, Value *value)
 {
-    PassSize(parcel, text);
-    PassBytes(parcel, text->data(), text->size());
-}
-
-static void Pass(Parcel *parcel, std::vector<std::string> *texts)
-{
-    PassSize(parcel, texts);
-    for (std::string &text : *texts)
-        Pass(parcel, &text);
-}
-
-static void PassResult(Parcel *parcel, SceneResult *result)
-{
-    for (std::string *text : {&result->scene, &result->error, &result->picture, &result->said})
-        Pass(parcel, text);
-    for (std::vector<std::string> *texts : {&result->kept, &result->notes, &result->missingTextures})
-        Pass(parcel, texts);
-    Pass(parcel, &result->done);
-    Pass(parcel, &result->bytes);
-    Pass(parcel, &result->read);
-    Pass(parcel, &result->model);
-    Pass(parcel, &result->seconds);
-    PassSize(parcel, &result->written);
-    for (WrittenFile &file : result->written) {
-        Pass(parcel, &file.name);
-        Pass(parcel, &file.size);
-    }
-    PassSize(parcel, &result->warnings);
-    for (WarningKind &warning : result->warnings) {
-        Pass(parcel, &warning.kind);
-        Pass(parcel, &warning.first);
-        Pass(parcel, &warning.count);
-        Pass(parcel, &warning.weight);
+    if constexpr (std::is_arithmetic_v<Value> || std::is_enum_v<Value>) {
+        PassBytes(parcel, value, sizeof *value);
+    } else if constexpr (std::is_same_v<Value, std::string>) {
+        PassSize(parcel, value);
+        PassBytes(parcel, value->data(), value->size());
+    } else if constexpr (requires { value->resize(0); }) {
+        PassSize(parcel, value);
+        for (auto &item : *value)
+            Pass(parcel, &item);
+    } else {
+        std::apply([parcel](auto &...fields) { (Pass(parcel, &fields), ...); }, FieldsOf(*value));
     }
 }
 
 std::string PackResult(SceneResult *result)
 {
     Parcel parcel = {"", 0, false, true};
-    PassResult(&parcel, result);
+    Pass(&parcel, result);
     return parcel.bytes;
 }
 
 bool UnpackResult(const std::string &bytes, SceneResult *result)
 {
     Parcel parcel = {bytes, 0, true, true};
-    PassResult(&parcel, result);
+    Pass(&parcel, result);
     return parcel.isGood && parcel.at == bytes.size();
 }

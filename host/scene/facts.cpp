@@ -1,7 +1,10 @@
-#include "info.h"
+#include "scene.h"
 
-#include <algorithm>
+#include <memory>
+#include <new>
 #include <set>
+
+#include "output/output.h"
 
 bool IsDummy(const Mc3dsFile *scene, const Mc3dsObject *object)
 {
@@ -19,70 +22,49 @@ const char *ShadingName(int32_t shading)
 // reached.
 std::vector<TreeRow> FindTree(const Mc3dsFile *scene, std::vector<uint32_t> *unreached)
 {
-    const uint32_t none = scene->objectCount;
-    const uint32_t nodes =
-        std::min(scene->nodeCounter, 0x8000u); // outputs compare parent numbers as signed 16-bit numbers
-    std::vector<uint32_t> firstChild(nodes, none), nextSibling(scene->objectCount, none);
-    uint32_t firstRoot = none;
-    for (uint32_t i = scene->objectCount; i-- > 0;) {
-        const uint16_t parent = scene->objects[i].parentNode;
-        if (parent != 0xFFFF && parent >= nodes)
-            continue;
-        uint32_t *first = parent == 0xFFFF ? &firstRoot : &firstChild[parent];
-        nextSibling[i] = *first;
-        *first = i;
-    }
-    std::vector<TreeRow> tree, waiting;
-    std::vector<bool> reached(scene->objectCount);
+    const uint32_t none = scene->objectCount, nodes = Mc3dsParentNumbers(scene);
+    Mc3dsHierarchy children = {};
+    Mc3dsBuildHierarchy(scene, &children);
+    const std::unique_ptr<Mc3dsHierarchy, void (*)(Mc3dsHierarchy *)> owner(&children, Mc3dsFreeHierarchy);
+    if (!children.firstChild && none != 0)
+        throw std::bad_alloc();
+    std::vector<TreeRow> tree, waiting; // the last one is next
+    for (uint32_t i = none; i-- > 0;)
+        if (scene->objects[i].parentNode == 0xFFFF)
+            waiting.push_back({i, 0, waiting.empty()});
     const auto wait = [&](uint32_t object, uint32_t depth) {
         if (object != none)
-            waiting.push_back({object, depth, nextSibling[object] == none});
+            waiting.push_back({object, depth, children.nextSibling[object] == none});
     };
-    wait(firstRoot, 0);
+    std::vector<bool> reached(none);
     while (!waiting.empty()) {
         const TreeRow row = waiting.back();
         waiting.pop_back();
         tree.push_back(row);
         reached[row.object] = true;
-        wait(nextSibling[row.object], row.depth);
+        if (row.depth > 0)
+            wait(children.nextSibling[row.object], row.depth);
         const auto node = static_cast<uint32_t>(scene->objects[row.object].nodeId); // -1 becomes the largest
         if (node < nodes)
-            wait(firstChild[node], row.depth + 1);
+            wait(children.firstChild[node], row.depth + 1);
     }
-    for (uint32_t i = 0; i < scene->objectCount; ++i)
+    for (uint32_t i = 0; i < none; ++i)
         if (!reached[i])
             unreached->push_back(i);
     return tree;
 }
 
-static void AddObject(const Mc3dsFile *scene, const Mc3dsObject *object, SceneSummary *summary)
+static void AddObject(const Mc3dsFile *scene, const Mc3dsObject *object, SceneFacts *facts)
 {
-    summary->vertexCount += static_cast<uint64_t>(object->vertexCount);
-    summary->faceCount += static_cast<uint64_t>(object->faceCount);
-    summary->movingCount += scene->hasAnimation && object->hasFrames;
+    facts->movingCount += scene->hasAnimation && object->hasFrames;
     std::set<int32_t> materials;
     for (int32_t i = 0; i < object->faceCount; ++i) {
         const int32_t material = object->faces[i].material;
         if (i == 0 || material != object->faces[i - 1].material)
             materials.insert(material);
-        ++summary->facesOf.at(static_cast<size_t>(material));
+        ++facts->facesOf.at(static_cast<size_t>(material));
     }
-    summary->materialsOf.emplace_back(materials.begin(), materials.end());
-}
-
-bool FindSceneBounds(const Mc3dsFile *scene, float least[3], float most[3])
-{
-    bool found = true;
-    for (int axis = 0; axis < 3; ++axis) {
-        least[axis] = Mc3dsLargest;
-        most[axis] = -Mc3dsLargest;
-        for (uint32_t i = 0; i < scene->objectCount; ++i) {
-            least[axis] = std::min(least[axis], scene->objects[i].boundsMin[axis]);
-            most[axis] = std::max(most[axis], scene->objects[i].boundsMax[axis]);
-        }
-        found = found && least[axis] <= most[axis];
-    }
-    return found;
+    facts->materialsOf.emplace_back(materials.begin(), materials.end());
 }
 
 std::vector<TextureFile> FindTextures(const Mc3dsFile *scene, const std::string &scenePath)
@@ -101,14 +83,57 @@ std::vector<TextureFile> FindTextures(const Mc3dsFile *scene, const std::string 
     return textures;
 }
 
-SceneSummary Summarise(const Mc3dsFile *scene, const std::string &scenePath)
+SceneFacts FindFacts(const Mc3dsFile *scene, const std::string &scenePath)
 {
-    SceneSummary summary;
-    summary.facesOf.resize(static_cast<size_t>(scene->materialCount));
-    summary.tree = FindTree(scene, &summary.unreached);
+    SceneFacts facts;
+    facts.facesOf.resize(static_cast<size_t>(scene->materialCount));
+    facts.tree = FindTree(scene, &facts.unreached);
     for (uint32_t i = 0; i < scene->objectCount; ++i)
-        AddObject(scene, &scene->objects[i], &summary);
-    summary.hasBounds = FindSceneBounds(scene, summary.least, summary.most);
-    summary.textures = FindTextures(scene, scenePath);
-    return summary;
+        AddObject(scene, &scene->objects[i], &facts);
+    facts.counts = CountScene(scene);
+    Mc3dsFindBounds(scene, facts.least, facts.most);
+    facts.hasBounds =
+        facts.least[0] <= facts.most[0] && facts.least[1] <= facts.most[1] && facts.least[2] <= facts.most[2];
+    facts.textures = FindTextures(scene, scenePath);
+    return facts;
+}
+
+// Faces without all their vertices aren't written.
+static void AddCounts(const Mc3dsObject &object, GeometryCounts *counts)
+{
+    const auto isWritten = [&object](uint32_t face) {
+        return Mc3dsHasVertices(&object, &object.faces[face]);
+    };
+    ++counts->objects;
+    counts->vertices += static_cast<uint64_t>(object.vertexCount);
+    for (uint32_t i = 0; i < static_cast<uint32_t>(object.faceCount); ++i)
+        counts->triangles += object.faces[i].material == 0 && isWritten(i);
+    for (uint32_t i = 0; i < object.groupCount; ++i) {
+        const Mc3dsMaterialGroup &group = object.groups[i];
+        for (uint32_t at = 0; group.material != 0 && at < group.count; ++at)
+            counts->triangles += isWritten(group.faces[at]);
+    }
+}
+
+GeometryCounts CountModel(const Mc3dsFile *scene, uint32_t flags)
+{
+    GeometryCounts counts;
+    std::vector<uint32_t> unreached;
+    for (const TreeRow &row : FindTree(scene, &unreached))
+        AddCounts(scene->objects[row.object], &counts);
+    if (flags & (MC3DS_FLAT | MC3DS_PER_OBJECT))
+        for (const uint32_t object : unreached)
+            AddCounts(scene->objects[object], &counts);
+    return counts;
+}
+
+GeometryCounts CountScene(const Mc3dsFile *scene)
+{
+    GeometryCounts counts;
+    counts.objects = scene->objectCount;
+    for (uint32_t i = 0; i < scene->objectCount; ++i) {
+        counts.vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
+        counts.triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
+    }
+    return counts;
 }

@@ -1,46 +1,53 @@
-// Finds the parts of a scene that an output lacks, for conversions and for --info.
+// Finds the parts of a scene that an output lacks.
 #include <algorithm>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 
-#include "info.h"
+#include "scene.h"
 
-std::string CutFileText(const Mc3dsFile *scene)
+static Finding &Add(FindingKind kind, Weight weight, std::vector<Finding> *findings)
 {
-    if (scene->fileSize >= scene->rootSize)
-        return "";
-    return "the file is cut short: " + std::to_string(scene->fileSize) + " of " +
-           std::to_string(scene->rootSize) + " bytes";
+    findings->push_back({.kind = kind, .weight = weight});
+    return findings->back();
 }
 
-static void AddLostObjects(const Mc3dsFile *scene, std::vector<std::string> *losses)
+void FindCutEnd(const Mc3dsFile *scene, std::vector<Finding> *findings)
+{
+    if (scene->fileSize >= scene->rootSize)
+        return;
+    Finding &cut = Add(FindingKind::CutFile, Weight::Loss, findings);
+    cut.count = scene->fileSize;
+    cut.of = scene->rootSize;
+}
+
+static void FindOrphans(const Mc3dsFile *scene, std::vector<Finding> *findings)
 {
     std::vector<uint32_t> lost;
     FindTree(scene, &lost);
-    if (!lost.empty())
-        losses->push_back("objects without a parent in the scene, left out: " + std::to_string(lost.size()) +
-                          " of " + std::to_string(scene->objectCount) + "; --flat writes them; the first: " +
-                          InQuotes(scene->objects[lost.front()].safeName));
+    if (lost.empty())
+        return;
+    Finding &orphans = Add(FindingKind::OrphanObjects, Weight::Loss, findings);
+    orphans.count = lost.size();
+    orphans.of = scene->objectCount;
+    orphans.names = {{scene->objects[lost.front()].safeName}};
 }
 
 // A mesh has one placement: that of the last node that names it.
-static void AddLostPlacements(const Mc3dsFile *scene, std::vector<std::string> *losses)
+static void FindLostPlacements(const Mc3dsFile *scene, std::vector<Finding> *findings)
 {
-    uint64_t meshes = 0, placements = 0;
-    std::string first;
+    Finding lost = {.kind = FindingKind::LostPlacements, .weight = Weight::Loss};
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         const Mc3dsObject &object = scene->objects[i];
         if (object.nodeCount < 2)
             continue;
-        if (meshes++ == 0)
-            first = InQuotes(object.name) + ", in " + std::to_string(object.nodeCount) + " nodes";
-        placements += object.nodeCount - 1;
+        if (lost.count++ == 0) {
+            lost.names = {{object.name}};
+            lost.most = object.nodeCount;
+        }
+        lost.of += object.nodeCount - 1;
     }
-    if (meshes != 0)
-        losses->push_back("meshes placed by several nodes, of which only the last counts: " +
-                          std::to_string(meshes) + "; " + Counted(placements, "placement") +
-                          (placements == 1 ? " is" : " are") + " lost; the first: " + first);
+    if (lost.count != 0)
+        findings->push_back(lost);
 }
 
 // For each lost material: how many faces name it and have no other one.
@@ -58,70 +65,64 @@ static std::vector<uint64_t> CountFacesOfLost(const Mc3dsFile *scene)
     return faces;
 }
 
-// Some names of missing materials that faces use.
-static std::string MissingNames(const Mc3dsFile *scene, const std::vector<uint64_t> &facesOf)
+// The missing materials that faces use.
+static std::vector<NamedPart> MissingMaterials(const Mc3dsFile *scene, const std::vector<uint64_t> &facesOf)
 {
-    constexpr size_t namedMost = 3;
     std::unordered_set<std::string_view> known;
     for (int32_t i = 1; i < scene->materialCount; ++i)
         known.insert(scene->materials[i].name);
-    std::string text;
-    size_t names = 0;
+    std::vector<NamedPart> missing;
     for (uint32_t i = 0; i < scene->lostMaterialCount; ++i) {
         const Mc3dsLostMaterial &lost = scene->lostMaterials[i];
-        if (lost.fault || facesOf[i] == 0 || names++ >= namedMost)
-            continue;
-        text += (names == 1 ? "; they name " : ", ") + InQuotes(lost.name) +
-                (known.contains(lost.name) ? ", which comes later in the file" : ", which the file lacks");
+        if (!lost.fault && facesOf[i] != 0)
+            missing.push_back({lost.name, known.contains(lost.name)});
     }
-    return text + (names > namedMost ? " and " + std::to_string(names - namedMost) + " more" : "");
+    return missing;
 }
 
-static void AddLostMaterials(const Mc3dsFile *scene, std::vector<std::string> *losses)
+static void FindLostMaterials(const Mc3dsFile *scene, std::vector<Finding> *findings)
 {
-    uint64_t faces = 0, bare = 0;
+    Finding bare = {.kind = FindingKind::BareFaces, .weight = Weight::Loss};
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         const Mc3dsObject &object = scene->objects[i];
-        faces += static_cast<uint64_t>(object.faceCount);
+        bare.of += static_cast<uint64_t>(object.faceCount);
         for (int32_t at = 0; at < object.faceCount; ++at)
-            bare += object.faces[at].material == 0;
+            bare.count += object.faces[at].material == 0;
     }
     const std::vector<uint64_t> facesOf = CountFacesOfLost(scene);
-    if (bare != 0)
-        losses->push_back(std::to_string(bare) + " of " + std::to_string(faces) +
-                          " faces have no material and are flat green" + MissingNames(scene, facesOf));
+    bare.names = MissingMaterials(scene, facesOf);
+    if (bare.count != 0)
+        findings->push_back(bare);
     for (uint32_t i = 0; i < scene->lostMaterialCount; ++i)
-        if (const Mc3dsLostMaterial &lost = scene->lostMaterials[i]; lost.fault)
-            losses->push_back(lost.fault + (": material " + InQuotes(lost.name)) + " is left out; it costs " +
-                              Counted(facesOf[i], "face"));
+        if (const Mc3dsLostMaterial &lost = scene->lostMaterials[i]; lost.fault) {
+            Finding &invalid = Add(FindingKind::InvalidMaterial, Weight::Loss, findings);
+            invalid.count = facesOf[i];
+            invalid.names = {{lost.name}};
+            invalid.detail = lost.fault;
+        }
 }
 
-std::vector<std::string> FindLosses(const Mc3dsFile *scene, uint32_t flags)
+void FindLosses(const Mc3dsFile *scene, uint32_t flags, std::vector<Finding> *findings)
 {
-    std::vector<std::string> losses;
     if (!(flags & (MC3DS_FLAT | MC3DS_PER_OBJECT)))
-        AddLostObjects(scene, &losses);
+        FindOrphans(scene, findings);
     if (!(flags & MC3DS_PER_OBJECT))
-        AddLostPlacements(scene, &losses);
-    AddLostMaterials(scene, &losses);
-    return losses;
+        FindLostPlacements(scene, findings);
+    FindLostMaterials(scene, findings);
 }
 
-std::string SharedNamesText(const Mc3dsFile *scene)
+void FindSharedNames(const Mc3dsFile *scene, std::vector<Finding> *findings)
 {
     std::unordered_set<std::string_view> names;
-    uint32_t shared = 0;
-    const char *first = "";
+    Finding shared = {.kind = FindingKind::SharedNames};
     for (uint32_t i = 0; i < scene->objectCount; ++i)
-        if (!names.insert(scene->objects[i].safeName).second && shared++ == 0)
-            first = scene->objects[i].safeName;
-    if (shared == 0)
-        return "";
-    return "objects with the name of another one, which --protos can't tell apart: " +
-           std::to_string(shared) + "; the first: " + InQuotes(first);
+        if (const char *name = scene->objects[i].safeName; !names.insert(name).second && shared.count++ == 0)
+            shared.names = {{name}};
+    if (shared.count != 0)
+        findings->push_back(shared);
 }
 
-std::string LostKeysText(const Mc3dsFile *scene)
+void FindUnplayedKeys(const Mc3dsFile *scene, std::vector<Finding> *findings)
 {
     uint64_t moving = 0;
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
@@ -130,68 +131,8 @@ std::string LostKeysText(const Mc3dsFile *scene)
             std::max({object.positionKeyCount, object.rotationKeyCount, object.scaleKeyCount}) > 1 ? 1 : 0;
     }
     if (moving == 0 || scene->hasAnimation || scene->vueError != 0)
-        return "";
-    return "keys of " + Counted(moving, "object") + " move" +
-           (scene->frameCount == 0 ? "" : " over " + Counted(scene->frameCount, "frame")) +
-           "; animation comes from a .vue file alone, and there is none";
-}
-
-std::vector<std::string> FindAllLosses(const Mc3dsFile *scene)
-{
-    std::vector<std::string> losses;
-    if (const std::string cut = CutFileText(scene); !cut.empty())
-        losses.push_back(cut);
-    for (const std::string &loss : FindLosses(scene, 0))
-        losses.push_back(loss);
-    for (const std::string &other : {SharedNamesText(scene), LostKeysText(scene)})
-        if (!other.empty())
-            losses.push_back(other);
-    return losses;
-}
-
-// Faces with a vertex number out of range aren't written.
-static void AddCounts(const Mc3dsObject &object, GeometryCounts *counts)
-{
-    const auto limit = static_cast<uint32_t>(object.vertexCount);
-    const auto isSound = [limit](const Mc3dsFace &face) {
-        return face.a < limit && face.b < limit && face.c < limit;
-    };
-    ++counts->objects;
-    counts->vertices += limit;
-    bool allAreSound = true;
-    for (int32_t i = 0; i < object.faceCount; ++i) {
-        const Mc3dsFace &face = object.faces[i];
-        allAreSound = allAreSound && isSound(face);
-        counts->triangles += face.material == 0 && isSound(face);
-    }
-    for (uint32_t i = 0; i < object.groupCount; ++i) {
-        const Mc3dsMaterialGroup &group = object.groups[i];
-        if (group.material != 0 && allAreSound)
-            counts->triangles += group.count;
-        for (uint32_t at = 0; group.material != 0 && !allAreSound && at < group.count; ++at)
-            counts->triangles += isSound(object.faces[group.faces[at]]);
-    }
-}
-
-GeometryCounts CountModel(const Mc3dsFile *scene, uint32_t flags)
-{
-    GeometryCounts counts;
-    std::vector<uint32_t> unreached;
-    for (const TreeRow &row : FindTree(scene, &unreached))
-        AddCounts(scene->objects[row.object], &counts);
-    if (flags & (MC3DS_FLAT | MC3DS_PER_OBJECT))
-        for (const uint32_t object : unreached)
-            AddCounts(scene->objects[object], &counts);
-    return counts;
-}
-
-GeometryCounts CountScene(const Mc3dsFile *scene)
-{
-    GeometryCounts counts;
-    counts.objects = scene->objectCount;
-    for (uint32_t i = 0; i < scene->objectCount; ++i) {
-        counts.vertices += static_cast<uint64_t>(scene->objects[i].vertexCount);
-        counts.triangles += static_cast<uint64_t>(scene->objects[i].faceCount);
-    }
-    return counts;
+        return;
+    Finding &keys = Add(FindingKind::UnplayedKeys, Weight::Note, findings);
+    keys.count = moving;
+    keys.of = scene->frameCount;
 }

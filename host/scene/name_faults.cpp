@@ -1,4 +1,4 @@
-// Reports names that are valid in a 3D Studio file but cause faults in an output.
+// Finds names that are valid in a 3D Studio file but cause faults in an output.
 #include <cstring>
 #include <memory>
 #include <new>
@@ -6,7 +6,7 @@
 #include <unordered_set>
 
 #include "output/output.h"
-#include "view.h"
+#include "scene.h"
 
 // A name of the scene and where outputs use it.
 struct PlacedName {
@@ -15,22 +15,15 @@ struct PlacedName {
     bool inComment, inStatement, inTag;
 };
 
-// A fault of names: how many have it, and the first of them.
-struct Fault {
-    size_t count;
-    std::string first;
-};
-
-static void Add(Fault *fault, bool isBad, const char *name)
+static void Count(Finding *fault, bool isBad, const char *name)
 {
     if (isBad && fault->count++ == 0)
-        fault->first = name;
+        fault->names = {{name}};
 }
 
-static void Report(const Fault &fault, const char *what)
+static Finding Fault(FindingKind kind)
 {
-    if (fault.count != 0)
-        ReportWarning(what + (": " + std::to_string(fault.count)) + "; the first: " + InQuotes(fault.first));
+    return {.kind = kind};
 }
 
 static bool HasAny(std::string_view name, std::string_view bytes)
@@ -62,14 +55,6 @@ static bool BreaksStatement(const PlacedName &name, bool source)
     if (source)
         return HasAny(name.text, "\"\\");
     return name.text.empty() || HasAny(name.text, " #");
-}
-
-static bool IsIdentifierEnd(std::string_view name)
-{
-    for (const char c : name)
-        if (!(c >= '0' && c <= '9') && !(c >= 'A' && c <= 'Z') && !(c >= 'a' && c <= 'z') && c != '_')
-            return false;
-    return !name.empty();
 }
 
 // Visits the map names that are written for a surface. A reflection map replaces a missing texture map.
@@ -106,43 +91,35 @@ static void VisitNames(const Mc3dsOptions &options, const Mc3dsFile *scene, cons
             VisitMapNames(options, scene->materials[i], visit);
 }
 
-// Reports faults of the names in the header file, which always defines ROOT.
-static void ReportTags(const Mc3dsFile *scene)
+// Faults of the names in the header file, which always defines ROOT.
+static void FindTagFaults(const Mc3dsFile *scene, Finding *shared, Finding *invalid)
 {
     std::unordered_set<std::string_view> names = {"ROOT"};
-    Fault shared = {}, noTags = {};
     for (uint32_t i = 0; i < scene->objectCount; ++i) {
         const char *name = scene->objects[i].safeName;
-        Add(&shared, !names.insert(name).second, name);
-        Add(&noTags, !IsIdentifierEnd(name), name);
+        Count(shared, !names.insert(name).second, name);
+        Count(invalid, !IsIdentifierPart(name), name);
     }
-    Report(shared, "TAG_ lines of the header file that define a name again");
-    Report(noTags, "TAG_ lines of the header file whose names are none in C");
 }
 
-bool ReportNames(const Mc3dsOptions &options, const Mc3dsFile *scene, bool forceNames)
+void FindNameFaults(const Mc3dsOptions &options, const Mc3dsFile *scene, bool forceNames,
+                    std::vector<Finding> *findings, std::vector<std::string> *refused)
 {
     const bool source = options.flags & MC3DS_SOURCE;
+    Finding sharedTags = Fault(FindingKind::SharedTags), invalidTags = Fault(FindingKind::InvalidTags),
+            broken = Fault(source ? FindingKind::SourceBreaks : FindingKind::ScriptBreaks);
     if (options.flags & MC3DS_PROTOS)
-        if (const std::string shared = SharedNamesText(scene); !shared.empty())
-            ReportWarning(shared);
+        FindSharedNames(scene, findings);
     if (options.flags & MC3DS_HEADER)
-        ReportTags(scene);
-    Fault broken = {};
-    std::vector<std::string> refused;
+        FindTagFaults(scene, &sharedTags, &invalidTags);
     VisitNames(options, scene, [&](const PlacedName &name) {
         const bool breaksOut = BreaksOut(name, source);
         if (breaksOut && !forceNames)
-            refused.push_back(std::string(name.what) + ' ' + InQuotes(name.name));
+            refused->push_back(std::string(name.what) + ' ' + InQuotes(name.name));
         else
-            Add(&broken, breaksOut || (name.inStatement && BreaksStatement(name, source)), name.name);
+            Count(&broken, breaksOut || (name.inStatement && BreaksStatement(name, source)), name.name);
     });
-    Report(broken, source ? "names that break the C source" : "names that break the script");
-    if (refused.empty())
-        return true;
-    ReportError(Counted(refused.size(), "name") + " would break out of the " +
-                (source ? "C source" : "script") + "; nothing is written, --force-names writes all the same");
-    for (const std::string &name : refused)
-        ReportError("this name would break out: " + name);
-    return false;
+    for (const Finding &fault : {sharedTags, invalidTags, broken})
+        if (fault.count != 0)
+            findings->push_back(fault);
 }

@@ -1,8 +1,11 @@
-// The data for both forms of --info.
-#ifndef MC3DS_HOST_INFO_H
-#define MC3DS_HOST_INFO_H
+// Facts about a loaded scene, for conversions and for --info.
+#ifndef MC3DS_HOST_SCENE_H
+#define MC3DS_HOST_SCENE_H
 
-#include "view.h"
+#include "../base/base.h"
+#include "finding.h"
+
+// ---- facts.cpp
 
 // An object of the hierarchy; parents come before their children, as in an output.
 struct TreeRow {
@@ -17,29 +20,52 @@ struct TextureFile {
     std::string found; // the file's name, which may differ in case; empty: there is none
 };
 
-struct SceneSummary {
+struct GeometryCounts {
+    uint64_t objects = 0, vertices = 0, triangles = 0;
+};
+
+struct SceneFacts {
     std::vector<TreeRow> tree;
     std::vector<uint32_t> unreached;               // objects that aren't in the tree
     std::vector<std::vector<int32_t>> materialsOf; // for each object: the materials on its faces, sorted
     std::vector<uint64_t> facesOf;                 // for each material: the number of its faces
     std::vector<TextureFile> textures;             // each name once, sorted
-    uint64_t vertexCount = 0, faceCount = 0;
+    GeometryCounts counts;
     uint32_t movingCount = 0;          // objects that the animation names
     bool hasBounds = false;            // false: no vertex has three numbers
     float least[3] = {}, most[3] = {}; // in the file's co-ordinates: z is up
 };
 
+SceneFacts FindFacts(const Mc3dsFile *scene, const std::string &scenePath);
 // The hierarchy in the order of outputs. unreached gets the objects that aren't in it.
 std::vector<TreeRow> FindTree(const Mc3dsFile *scene, std::vector<uint32_t> *unreached);
-// The bounds that the library uses: those of the file's co-ordinates, before any placement. False: no vertex
-// has three numbers.
-bool FindSceneBounds(const Mc3dsFile *scene, float least[3], float most[3]);
 // The maps named by materials, each once, sorted.
 std::vector<TextureFile> FindTextures(const Mc3dsFile *scene, const std::string &scenePath);
-// All losses that a conversion could report, whatever its options.
-std::vector<std::string> FindAllLosses(const Mc3dsFile *scene);
-SceneSummary Summarise(const Mc3dsFile *scene, const std::string &scenePath);
 bool IsDummy(const Mc3dsFile *scene, const Mc3dsObject *object);
 const char *ShadingName(int32_t shading);
+// The counts of an output with these Mc3dsOptions.flags, and of the scene.
+GeometryCounts CountModel(const Mc3dsFile *scene, uint32_t flags);
+GeometryCounts CountScene(const Mc3dsFile *scene);
+
+// ---- losses.cpp: what outputs can't contain. Each function appends to findings.
+
+// What an output with these Mc3dsOptions.flags lacks, the most important first.
+void FindLosses(const Mc3dsFile *scene, uint32_t flags, std::vector<Finding> *findings);
+// The end of the file is missing.
+void FindCutEnd(const Mc3dsFile *scene, std::vector<Finding> *findings);
+// Objects have the same name, which --protos can't tell apart.
+void FindSharedNames(const Mc3dsFile *scene, std::vector<Finding> *findings);
+// Keys move objects, but the scene has no .vue file.
+void FindUnplayedKeys(const Mc3dsFile *scene, std::vector<Finding> *findings);
+
+// ---- faults.cpp, name_faults.cpp: faults that the library doesn't report. Each appends to findings.
+
+// An animation was requested, but the scene has none.
+void FindAnimationFault(const Mc3dsFile *scene, const std::string &scenePath, std::vector<Finding> *findings);
+// Numbers that aren't finite, and a size or scale without use.
+void FindNumberFaults(const Mc3dsOptions &options, const Mc3dsFile *scene, std::vector<Finding> *findings);
+// refused gets the names that would break out of the output's text, as in map "A"; empty with forceNames.
+void FindNameFaults(const Mc3dsOptions &options, const Mc3dsFile *scene, bool forceNames,
+                    std::vector<Finding> *findings, std::vector<std::string> *refused);
 
 #endif

@@ -1,8 +1,8 @@
 // --info for programs.
 #include <cstdio>
 
-#include "info.h"
-#include "json.h"
+#include "../base/json.h"
+#include "words.h"
 
 static Json CountsJson(const char *what, const std::map<std::string, size_t> &counts)
 {
@@ -12,8 +12,8 @@ static Json CountsJson(const char *what, const std::map<std::string, size_t> &co
     return list;
 }
 
-static Json ObjectJson(const Mc3dsFile *scene, const SceneSummary &summary, uint32_t index,
-                       const Json &parent, const Json &depth)
+static Json ObjectJson(const Mc3dsFile *scene, const SceneFacts &facts, uint32_t index, const Json &parent,
+                       const Json &depth)
 {
     const Mc3dsObject &object = scene->objects[index];
     return {{"name", object.name},
@@ -24,7 +24,7 @@ static Json ObjectJson(const Mc3dsFile *scene, const SceneSummary &summary, uint
             {"depth", depth},
             {"vertices", object.vertexCount},
             {"faces", object.faceCount},
-            {"materials", summary.materialsOf[index]},
+            {"materials", facts.materialsOf[index]},
             {"textured", object.hasTexture != 0},
             {"pivot", object.pivot},
             {"positionKeys", object.positionKeyCount},
@@ -34,11 +34,11 @@ static Json ObjectJson(const Mc3dsFile *scene, const SceneSummary &summary, uint
 }
 
 // In the order of the scene's records: the tag of an object's clump is its index here + 2.
-static Json ObjectsJson(const Mc3dsFile *scene, const SceneSummary &summary)
+static Json ObjectsJson(const Mc3dsFile *scene, const SceneFacts &facts)
 {
     std::vector<Json> parents(scene->objectCount), depths(scene->objectCount), objects;
     std::vector<uint32_t> ancestors; // by depth: the index of the object
-    for (const TreeRow &row : summary.tree) {
+    for (const TreeRow &row : facts.tree) {
         ancestors.resize(row.depth);
         if (row.depth > 0)
             parents[row.object] = ancestors.back();
@@ -46,7 +46,7 @@ static Json ObjectsJson(const Mc3dsFile *scene, const SceneSummary &summary)
         ancestors.push_back(row.object);
     }
     for (uint32_t i = 0; i < scene->objectCount; ++i)
-        objects.push_back(ObjectJson(scene, summary, i, parents[i], depths[i]));
+        objects.push_back(ObjectJson(scene, facts, i, parents[i], depths[i]));
     return objects;
 }
 
@@ -65,43 +65,47 @@ static Json MaterialJson(const Mc3dsMaterial &material, uint64_t faces)
             {"reflectionMap", material.reflectionMap}};
 }
 
-static void AddScene(const Mc3dsFile *scene, const SceneSummary &summary, Json *json)
+static void AddScene(const Mc3dsFile *scene, const SceneFacts &facts, Json *json)
 {
     Json materials = Json::array(), textures = Json::array(), bounds;
     // Entry 0 is the library's default material, for faces without a known one.
     for (int32_t i = 0; i < scene->materialCount; ++i)
-        materials.push_back(MaterialJson(scene->materials[i], summary.facesOf[static_cast<size_t>(i)]));
-    for (const TextureFile &file : summary.textures)
+        materials.push_back(MaterialJson(scene->materials[i], facts.facesOf[static_cast<size_t>(i)]));
+    for (const TextureFile &file : facts.textures)
         textures.push_back({{"name", file.name}, {"found", file.found.empty() ? Json() : Json(file.found)}});
-    if (summary.hasBounds)
-        bounds = {{"least", summary.least}, {"most", summary.most}};
-    json->update({{"vertices", summary.vertexCount},
-                  {"faces", summary.faceCount},
+    if (facts.hasBounds)
+        bounds = {{"least", facts.least}, {"most", facts.most}};
+    json->update({{"vertices", facts.counts.vertices},
+                  {"faces", facts.counts.triangles},
                   {"dummies", scene->dummyCount},
                   {"frames", scene->frameCount},
                   {"animation", scene->hasAnimation != 0},
                   {"ambient", scene->ambient},
                   {"bounds", bounds},
-                  {"objects", ObjectsJson(scene, summary)},
+                  {"objects", ObjectsJson(scene, facts)},
                   {"materials", materials},
                   {"textures", textures}});
 }
 
-void PrintJson(const Mc3dsFile *scene, const std::string &scenePath, const SceneNotes &notes)
+void PrintJson(const Mc3dsFile *scene, const std::string &scenePath,
+               const std::map<std::string, size_t> &reports)
 {
     Json json = {{"scene", scenePath}, {"loaded", scene != nullptr}};
-    if (scene)
-        AddScene(scene, Summarise(scene, scenePath), &json);
+    LeftBehind left;
     Json losses = Json::array();
-    if (scene)
-        losses = FindAllLosses(scene);
+    if (scene) {
+        AddScene(scene, FindFacts(scene, scenePath), &json);
+        left = FindLeftBehind(scene);
+    }
+    for (const Finding &loss : left.losses)
+        losses.push_back(SentenceOf(loss));
     json["leftBehind"] = {{"losses", losses},
-                          {"lights", notes.lights},
-                          {"cameras", notes.cameras},
-                          {"hidden", notes.hidden},
-                          {"unsupported", CountsJson("what", notes.unsupported)},
-                          {"chunks", CountsJson("tag", notes.chunks)}};
-    json["reports"] = CountsJson("text", notes.reports);
+                          {"lights", left.lights},
+                          {"cameras", left.cameras},
+                          {"hidden", left.hidden},
+                          {"unsupported", CountsJson("what", left.unsupported)},
+                          {"chunks", CountsJson("tag", left.chunks)}};
+    json["reports"] = CountsJson("text", reports);
     const std::string text = JsonText(json, 0);
     std::fwrite(text.data(), 1, text.size(), stdout);
 }

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "info.h"
+#include "words.h"
 
 // Deeper objects aren't indented further, but show their depth: a scene can have 32,769 levels.
 constexpr uint32_t indentMost = 12;
@@ -73,7 +73,7 @@ static std::string Colour(const Look &look, const float colour[3])
     return swatch + "m    \x1b[0m " + code;
 }
 
-static std::string ObjectText(const Mc3dsFile *scene, const SceneSummary &summary, uint32_t index)
+static std::string ObjectText(const Mc3dsFile *scene, const SceneFacts &facts, uint32_t index)
 {
     const Mc3dsObject &object = scene->objects[index];
     std::string text = Visible(object.name) + "  ";
@@ -82,7 +82,7 @@ static std::string ObjectText(const Mc3dsFile *scene, const SceneSummary &summar
     else
         text += Counted(static_cast<uint64_t>(object.vertexCount), "vertex", "vertices") + ", " +
                 Counted(static_cast<uint64_t>(object.faceCount), "face");
-    const std::vector<int32_t> &materials = summary.materialsOf[index];
+    const std::vector<int32_t> &materials = facts.materialsOf[index];
     for (size_t i = 0; i < materials.size() && i < listedMost; ++i)
         text += (i == 0 ? "; " : ", ") + Visible(scene->materials[materials[i]].name);
     if (materials.size() > listedMost)
@@ -96,13 +96,13 @@ static std::string ObjectText(const Mc3dsFile *scene, const SceneSummary &summar
     return text + '\n';
 }
 
-static void AddTree(const Look &look, const Mc3dsFile *scene, const SceneSummary &summary, std::string *text)
+static void AddTree(const Look &look, const Mc3dsFile *scene, const SceneFacts &facts, std::string *text)
 {
     const char *const through = look.boxes ? "│  " : "|  ", *const fork = look.boxes ? "├─ " : "|- ",
                       *const corner = look.boxes ? "└─ " : "`- ";
     bool ended[indentMost + 1] = {}; // by depth: whether the last child was shown
     *text += "\nObjects\n";
-    for (const TreeRow &row : summary.tree) {
+    for (const TreeRow &row : facts.tree) {
         *text += "  ";
         for (uint32_t depth = 1; depth < row.depth && depth < indentMost; ++depth)
             *text += ended[depth] ? "   " : through;
@@ -112,44 +112,45 @@ static void AddTree(const Look &look, const Mc3dsFile *scene, const SceneSummary
             *text += row.isLast ? corner : fork;
         if (row.depth > indentMost)
             *text += "depth " + std::to_string(row.depth) + ": ";
-        *text += ObjectText(scene, summary, row.object);
+        *text += ObjectText(scene, facts, row.object);
     }
-    if (!summary.unreached.empty())
+    if (!facts.unreached.empty())
         *text += "\nWithout a parent in the scene: only --flat writes them\n";
-    for (const uint32_t index : summary.unreached)
-        *text += "  " + ObjectText(scene, summary, index);
+    for (const uint32_t index : facts.unreached)
+        *text += "  " + ObjectText(scene, facts, index);
 }
 
-static void AddHead(const Look &look, const Mc3dsFile *scene, const SceneSummary &summary, std::string *text)
+static void AddHead(const Look &look, const Mc3dsFile *scene, const SceneFacts &facts, std::string *text)
 {
     *text += "  " + Counted(scene->objectCount, "object") + " (" +
              Counted(scene->dummyCount, "dummy", "dummies") + "), " +
-             Counted(summary.vertexCount, "vertex", "vertices") + ", " + Counted(summary.faceCount, "face") +
-             '\n';
-    if (summary.hasBounds) {
+             Counted(facts.counts.vertices, "vertex", "vertices") + ", " +
+             Counted(facts.counts.triangles, "face") + '\n';
+    if (facts.hasBounds) {
         float size[3];
         for (int axis = 0; axis < 3; ++axis)
-            size[axis] = summary.most[axis] - summary.least[axis];
-        *text += "  size " + NumbersText(size, " x ") + ", from " + NumbersText(summary.least) + " to " +
-                 NumbersText(summary.most) + " (z taken as up)\n";
+            size[axis] = facts.most[axis] - facts.least[axis];
+        *text += "  size " + NumbersText(size, " x ") + ", from " + NumbersText(facts.least) + " to " +
+                 NumbersText(facts.most) + " (z taken as up)\n";
     }
+    std::vector<Finding> keys;
+    FindUnplayedKeys(scene, &keys);
     *text += "  " + (scene->frameCount == 0 ? "no frames" : Counted(scene->frameCount, "frame"));
     if (scene->hasAnimation)
-        *text += ", animation of " + Counted(summary.movingCount, "object");
-    else if (const std::string keys = LostKeysText(scene); !keys.empty())
-        *text += "; " + keys;
+        *text += ", animation of " + Counted(facts.movingCount, "object");
+    else if (!keys.empty())
+        *text += "; " + SentenceOf(keys.front());
     else
         *text += ", no animation";
     *text += "\n  ambient light " + Colour(look, scene->ambient) + '\n';
 }
 
-static void AddMaterials(const Look &look, const Mc3dsFile *scene, const SceneSummary &summary,
-                         std::string *text)
+static void AddMaterials(const Look &look, const Mc3dsFile *scene, const SceneFacts &facts, std::string *text)
 {
     *text += "\nMaterials\n";
     for (int32_t i = 0; i < scene->materialCount; ++i) {
         const Mc3dsMaterial &material = scene->materials[i];
-        const uint64_t faces = summary.facesOf[static_cast<size_t>(i)];
+        const uint64_t faces = facts.facesOf[static_cast<size_t>(i)];
         if (i == 0 && faces == 0)
             continue; // the library's default material
         *text += "  " + Colour(look, material.diffuse) + ' ' + Visible(material.name) + "  " +
@@ -166,9 +167,9 @@ static void AddMaterials(const Look &look, const Mc3dsFile *scene, const SceneSu
                 *text += std::string(", ") + what + Visible(map);
         *text += '\n';
     }
-    if (!summary.textures.empty())
+    if (!facts.textures.empty())
         *text += "\nTextures\n";
-    for (const TextureFile &file : summary.textures) {
+    for (const TextureFile &file : facts.textures) {
         *text += "  " + Visible(file.name);
         if (file.found.empty())
             *text += "  is not beside the scene\n";
@@ -194,26 +195,35 @@ static void AddCounts(const char *what, const std::map<std::string, size_t> &cou
                  (count == 1 ? "" : ", " + std::to_string(count) + " times") + '\n';
 }
 
-void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath, const SceneNotes &notes)
+// The keys that no .vue file plays are shown at the top, and not again here.
+static std::string LeftText(const Mc3dsFile *scene)
+{
+    const LeftBehind left = FindLeftBehind(scene);
+    std::string text;
+    AddList("lights", left.lights, &text);
+    AddList("cameras", left.cameras, &text);
+    AddList("hidden meshes", left.hidden, &text);
+    AddCounts("", left.unsupported, &text);
+    AddCounts("unknown chunk ", left.chunks, &text);
+    for (const Finding &loss : left.losses)
+        if (loss.kind != FindingKind::UnplayedKeys)
+            text += "  " + Visible(SentenceOf(loss)) + '\n';
+    return text;
+}
+
+void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath,
+               const std::map<std::string, size_t> &reports)
 {
     const Look look = FindLook();
-    const SceneSummary summary = Summarise(scene, scenePath);
-    std::string text = Visible(scenePath) + '\n', left;
-    AddHead(look, scene, summary, &text);
-    AddTree(look, scene, summary, &text);
-    AddMaterials(look, scene, summary, &text);
-    AddList("lights", notes.lights, &left);
-    AddList("cameras", notes.cameras, &left);
-    AddList("hidden meshes", notes.hidden, &left);
-    AddCounts("", notes.unsupported, &left);
-    AddCounts("unknown chunk ", notes.chunks, &left);
-    for (const std::string &loss : FindAllLosses(scene))
-        if (loss != LostKeysText(scene)) // already shown at the top
-            left += "  " + Visible(loss) + '\n';
-    if (!left.empty())
+    const SceneFacts facts = FindFacts(scene, scenePath);
+    std::string text = Visible(scenePath) + '\n';
+    AddHead(look, scene, facts, &text);
+    AddTree(look, scene, facts, &text);
+    AddMaterials(look, scene, facts, &text);
+    if (const std::string left = LeftText(scene); !left.empty())
         text += "\nLeft behind\n" + left;
-    if (!notes.reports.empty())
+    if (!reports.empty())
         text += "\nReported while it was read\n";
-    AddCounts("", notes.reports, &text);
+    AddCounts("", reports, &text);
     std::fwrite(text.data(), 1, text.size(), stdout);
 }

@@ -1,9 +1,9 @@
-// The report of a run as an HTML page.
+// The results of a run as an HTML page.
 #include <algorithm>
 #include <cmath>
 #include <system_error>
 
-#include "view.h"
+#include "words.h"
 
 namespace fs = std::filesystem;
 
@@ -93,26 +93,41 @@ static std::string FileLine(const std::string &name, const std::string &note, co
     return "<li>" + shown + ", " + note + "</li>\n";
 }
 
-static std::string StateOf(const SceneResult &result)
+static std::string ListItems(const std::vector<Finding> &findings)
 {
-    return !result.done ? "failed" : WarningCount(result) != 0 ? "warned" : "done";
+    std::string html;
+    for (const Finding &finding : findings)
+        html += "<li>" + Escaped(WarningText(finding)) + "</li>\n";
+    return html;
+}
+
+// How well a scene was converted, the worst first.
+enum class State { Failed, Lossy, Warned, Bare, Done };
+
+static State StateOf(const SceneResult &result)
+{
+    return !result.done                      ? State::Failed
+           : HasLosses(result)               ? State::Lossy
+           : !result.warnings.empty()        ? State::Warned
+           : !result.missingTextures.empty() ? State::Bare
+                                             : State::Done;
+}
+
+static std::string StateLine(const SceneResult &result)
+{
+    switch (StateOf(result)) {
+    case State::Failed: return "<p class=\"failed\">failed: " + Escaped(result.error) + "</p>\n";
+    case State::Lossy: return "<p class=\"warned\">with losses</p>\n";
+    case State::Warned: return "<p class=\"warned\">with warnings</p>\n";
+    case State::Bare: return "<p class=\"done\">no losses, but textures are missing</p>\n";
+    case State::Done: break;
+    }
+    return "<p class=\"done\">no losses</p>\n";
 }
 
 static std::string Losses(const SceneResult &result)
 {
-    std::string html = "<p class=\"" + StateOf(result) + "\">";
-    if (!result.done)
-        html += "failed: " + Escaped(result.error);
-    else if (WarningCount(result) != 0)
-        html += "with losses or warnings";
-    else
-        html += result.missingTextures.empty() ? "no losses" : "no losses, but textures are missing";
-    html += "</p>\n<ul>\n";
-    for (const WarningKind &warning : result.warnings)
-        if (warning.count != 0)
-            html += "<li>" + Escaped(WarningText(warning)) + "</li>\n";
-    for (const std::string &note : result.notes)
-        html += "<li>" + Escaped(note) + "</li>\n";
+    std::string html = StateLine(result) + "<ul>\n" + ListItems(result.warnings) + ListItems(result.notes);
     for (const std::string &texture : result.missingTextures)
         html += "<li>missing texture " + Escaped(texture) + "</li>\n";
     return html + "</ul>\n";
@@ -149,34 +164,24 @@ static std::string Row(const SceneResult &result, const fs::path &folder)
     return html + "</ul></td></tr>\n";
 }
 
-static std::string Totals(const std::vector<SceneResult> &results, double seconds)
+static std::string Head(const RunTotals &totals, double seconds)
 {
-    size_t failed = 0, warned = 0;
-    uint64_t objects = 0, vertices = 0, triangles = 0;
-    for (const SceneResult &result : results) {
-        failed += result.done ? 0 : 1;
-        warned += StateOf(result) == "warned" ? 1 : 0;
-        objects += result.model.objects;
-        vertices += result.model.vertices;
-        triangles += result.model.triangles;
-    }
-    return "<p>" + Counted(results.size(), "scene") + ": " + std::to_string(results.size() - failed) +
-           " done (" + std::to_string(warned) + " with losses or warnings), " + std::to_string(failed) +
-           " failed; " + Counted(objects, "object") + ", " + Counted(vertices, "vertex", "vertices") + ", " +
-           Counted(triangles, "triangle") + ", " + NumberText(std::round(seconds * 100) / 100) + " s</p>\n";
+    return "<p>" + Counted(totals.scenes, "scene") + ": " + std::to_string(totals.scenes - totals.failed) +
+           " done (" + std::to_string(totals.withLosses) + " with losses), " + std::to_string(totals.failed) +
+           " failed; " + Counted(totals.model.objects, "object") + ", " +
+           Counted(totals.model.vertices, "vertex", "vertices") + ", " +
+           Counted(totals.model.triangles, "triangle") + ", " + NumberText(std::round(seconds * 100) / 100) +
+           " s</p>\n";
 }
 
-std::string ReportPage(const std::vector<SceneResult> &results, double seconds, const fs::path &folder)
+std::string PageText(const std::vector<SceneResult> &results, double seconds, const fs::path &folder)
 {
     std::vector<const SceneResult *> rows;
     for (const SceneResult &result : results)
         rows.push_back(&result);
-    const auto rank = [](const SceneResult *result) {
-        return !result->done ? 0 : WarningCount(*result) != 0 ? 1 : result->missingTextures.empty() ? 3 : 2;
-    };
     std::stable_sort(rows.begin(), rows.end(),
-                     [&](const SceneResult *a, const SceneResult *b) { return rank(a) < rank(b); });
-    std::string page = pageStart + Totals(results, seconds) +
+                     [](const SceneResult *a, const SceneResult *b) { return StateOf(*a) < StateOf(*b); });
+    std::string page = pageStart + Head(AddUp(results), seconds) +
                        "<table>\n<tr><th>Picture</th><th>Scene</th><th>Losses</th><th>Files</th></tr>\n";
     for (const SceneResult *result : rows)
         page += Row(*result, folder.empty() ? fs::path(".") : folder);

@@ -2,281 +2,223 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <unordered_map>
 
-#include "view.h"
+#include "words.h"
 
-static int reportVerbosity;
-static bool showsOneLineEach;
-static bool reportsAreKept;
-static bool libraryIsMuted;
-static bool linesAreLeftOut;                                // of the subject
-static thread_local SceneResult *reportSubject;             // null in the clean-up thread after an interrupt
-static std::unordered_map<std::string, size_t> kindIndices; // into the subject's warnings
-static size_t kindsShown;                                   // how many of the subject's warnings are shown
-static std::string heldErrors;                              // shown after the subject's warnings
-static std::string lastWarning;
-static size_t lastKind; // index of its kind
-static std::string lastLibraryError;
-static bool memoryRanOut;
-static std::string statusLine;
-static size_t statusWidth; // of the line on the terminal
-static void (*messageWatcher)(const char *text);
+// The library's callbacks have no argument of their own.
+static Reporter *listener;
 
-void SetStatusLine(const std::string &line)
+void SetStatusLine(Reporter *reporter, const std::string &line)
 {
-    if (line == statusLine && statusWidth != 0)
+    if (line == reporter->statusLine && reporter->statusWidth != 0)
         return;
     // Blanks clear a line on every terminal; escape sequences don't.
     std::string text = '\r' + line;
-    if (line.size() < statusWidth)
-        text += std::string(statusWidth - line.size(), ' ') + '\r';
+    if (line.size() < reporter->statusWidth)
+        text += std::string(reporter->statusWidth - line.size(), ' ') + '\r';
     std::fputs(text.c_str(), stderr);
-    statusLine = line;
-    statusWidth = line.size();
+    reporter->statusLine = line;
+    reporter->statusWidth = line.size();
 }
 
 // A damaged scene can cause a line for each vertex, so the kept lines are limited, except for errors.
-static void KeepLines(const std::string &lines, bool isError)
+static void KeepLines(Reporter *reporter, const std::string &lines, bool isError)
 {
     constexpr size_t most = size_t{4} << 20;
-    std::string &said = reportSubject->said;
+    std::string &said = reporter->scene->said;
     if (isError || said.size() + lines.size() < most) {
         said += lines;
-    } else if (!linesAreLeftOut) {
-        said += "3ds2mcx: " + Visible(reportSubject->scene) + ": further lines left out\n";
-        linesAreLeftOut = true;
+    } else if (!reporter->linesAreLeftOut) {
+        said += "3ds2mcx: " + Visible(reporter->scene->scene) + ": further lines left out\n";
+        reporter->linesAreLeftOut = true;
     }
 }
 
-static void Show(const std::string &lines, bool isError)
+static void Show(Reporter *reporter, const std::string &lines, bool isError)
 {
     StopIfInterrupted();
-    if (reportsAreKept && reportSubject) {
-        KeepLines(lines, isError);
+    if (reporter->keepsLines && reporter->scene) {
+        KeepLines(reporter, lines, isError);
         return;
     }
-    if (statusWidth != 0)
-        SetStatusLine("");
+    if (reporter->statusWidth != 0)
+        SetStatusLine(reporter, "");
     std::fputs(lines.c_str(), stderr);
 }
 
-void ShowLines(const std::string &lines)
+void ShowLines(Reporter *reporter, const std::string &lines)
 {
-    Show(lines, false);
+    Show(reporter, lines, false);
 }
 
-static std::string ReportLine(const std::string &subject, std::string_view kind, const std::string &text)
+// kind: such as "warning: "; empty for results.
+static std::string LineOf(const Reporter *reporter, const char *kind, const std::string &text)
 {
-    std::string line = "3ds2mcx: ";
-    if (!subject.empty())
-        line += Visible(subject) + ": ";
-    return line.append(kind) + Visible(text) + '\n';
+    const std::string subject = reporter->scene ? Visible(reporter->scene->scene) + ": " : "";
+    return "3ds2mcx: " + subject + kind + Visible(text) + '\n';
 }
 
-static void PrintReport(const std::string &subject, std::string_view kind, const std::string &text)
+static void ShowWarning(Reporter *reporter, const std::string &text)
 {
-    Show(ReportLine(subject, kind, text), kind.starts_with("error"));
+    Show(reporter, LineOf(reporter, "warning: ", text), false);
 }
 
-static std::string Subject()
+static void AddWarning(Reporter *reporter, const Finding &finding)
 {
-    return reportSubject ? reportSubject->scene : "";
-}
-
-// Replaces names and numbers by '*'. Names are in <> or quotes, except for objects in three texts of the
-// library. A digit inside a word isn't replaced.
-static std::string KindOf(std::string text)
-{
-    static const char *const bareNames[][2] = {
-        {"Object ", " not found"}, {"unable to find object ", ""}, {"Transform of object ", " for frame "}};
-    for (const auto &[before, behind] : bareNames) {
-        const size_t start = std::strlen(before), end = text.rfind(behind);
-        if (text.starts_with(before) && end != std::string::npos && end >= start)
-            text.replace(start, end - start, "*");
-    }
-    if (const size_t open = text.find('<'); open != std::string::npos) {
-        const size_t close = text.rfind('>'); // npos if the library truncated the text
-        text.replace(open + 1, close == std::string::npos ? close : close - open - 1, "*");
-    }
-    std::string kind;
-    bool quoted = false, inNumber = false;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        const bool digit = c >= '0' && c <= '9';
-        const char before = i > 0 ? text[i - 1] : ' ', behind = i + 1 < text.size() ? text[i + 1] : ' ';
-        const bool startsWord = before == ' ' || before == '(' || before == '-';
-        const bool endsWord = behind < 'A'; // letters come after that
-        if (quoted && c != '"')
-            continue;
-        if (c == '"') {
-            quoted = !quoted;
-            kind += quoted ? "\"*" : "\"";
-        } else if (!inNumber && digit && startsWord && endsWord) {
-            inNumber = true;
-            kind += '*';
-        } else if (c == ';') {
-            break; // a consequence or the first instance follows
-        } else if (!inNumber || !(digit || (c == '.' && behind >= '0' && behind <= '9'))) {
-            inNumber = false;
-            kind += c;
-        }
-    }
-    return kind;
-}
-
-static void AddWarning(const std::string &text, Weight weight)
-{
-    if (!reportSubject || reportVerbosity >= 1)
-        PrintReport(Subject(), "warning: ", text);
-    if (!reportSubject)
+    if (!reporter->scene || reporter->verbosity >= 1)
+        ShowWarning(reporter, SentenceOf(finding));
+    if (!reporter->scene)
         return;
-    std::vector<WarningKind> &warnings = reportSubject->warnings;
-    // A damaged mesh can repeat a text for each of its vertices, so KindOf is skipped for repeats.
-    if (text != lastWarning) {
-        const std::string kind = KindOf(text);
-        const auto [known, isNew] = kindIndices.try_emplace(kind, warnings.size());
-        if (isNew)
-            warnings.push_back({kind, text, 0, weight});
-        lastWarning = text;
-        lastKind = known->second;
+    reporter->lastReport.clear();
+    std::vector<Finding> &warnings = reporter->scene->warnings;
+    const auto known = std::find_if(warnings.begin(), warnings.end(), [&finding](const Finding &warning) {
+        return AreOneKind(warning, finding);
+    });
+    reporter->lastKind = static_cast<size_t>(known - warnings.begin());
+    if (known == warnings.end())
+        warnings.push_back(finding);
+    else
+        known->times += finding.times;
+}
+
+void ReportFinding(Reporter *reporter, const Finding &finding)
+{
+    if (finding.weight != Weight::Note) {
+        if (reporter->scene || reporter->verbosity >= 0)
+            AddWarning(reporter, finding);
+        return;
     }
-    ++warnings[lastKind].count;
-}
-
-void ReportWarning(const std::string &text, Weight weight)
-{
-    if (reportSubject || reportVerbosity >= 0)
-        AddWarning(text, weight);
-}
-
-void ReportNote(const std::string &text)
-{
-    if (reportSubject)
-        reportSubject->notes.push_back(text);
-    if (reportVerbosity > (showsOneLineEach ? 0 : -1))
-        PrintReport(Subject(), "note: ", text);
+    if (reporter->scene)
+        reporter->scene->notes.push_back(finding);
+    if (reporter->verbosity > (reporter->oneLineEach ? 0 : -1))
+        Show(reporter, LineOf(reporter, "note: ", SentenceOf(finding)), false);
 }
 
 // With one line for each scene, the warnings come before the errors, so errors are held until the scene ends.
-void ReportError(const std::string &text)
+void ReportError(Reporter *reporter, const std::string &text)
 {
-    if (reportSubject && reportSubject->error.empty())
-        reportSubject->error = text;
-    if (reportSubject && showsOneLineEach && reportVerbosity == 0) {
-        heldErrors += ReportLine(Subject(), "error: ", text);
+    if (reporter->scene && reporter->scene->error.empty())
+        reporter->scene->error = text;
+    const std::string line = LineOf(reporter, "error: ", text);
+    if (reporter->scene && reporter->oneLineEach && reporter->verbosity == 0) {
+        reporter->heldErrors += line;
         return;
     }
-    ShowWarnings();
-    PrintReport(Subject(), "error: ", text);
+    ShowWarnings(reporter);
+    Show(reporter, line, true);
 }
 
-static void ReportResult(const std::string &text)
+void ReportUnwritten(Reporter *reporter, const std::string &name, const std::string &why)
 {
-    if (reportVerbosity >= (showsOneLineEach ? 1 : 0))
-        PrintReport(Subject(), "", text);
+    ReportError(reporter, "cannot write " + InQuotes(name) + ": " + why);
 }
 
-void ReportWritten(const std::vector<WrittenFile> &files)
+static void ReportResult(Reporter *reporter, const std::string &text)
 {
-    uintmax_t bytes = 0;
+    if (reporter->verbosity >= (reporter->oneLineEach ? 1 : 0))
+        Show(reporter, LineOf(reporter, "", text), false);
+}
+
+void ReportWritten(Reporter *reporter, const std::vector<WrittenFile> &files)
+{
+    uint64_t bytes = 0;
     for (const WrittenFile &file : files) {
         bytes += file.size;
-        if (reportSubject)
-            reportSubject->written.push_back(file);
-        if (files.size() == 1 || reportVerbosity > 0)
-            ReportResult("wrote " + file.name + " (" + std::to_string(file.size) + " bytes)");
+        if (reporter->scene)
+            reporter->scene->written.push_back(file);
+        if (files.size() == 1 || reporter->verbosity > 0)
+            ReportResult(reporter, "wrote " + file.name + " (" + std::to_string(file.size) + " bytes)");
     }
-    if (files.size() > 1 && reportVerbosity == 0)
-        ReportResult("wrote " + files.front().name + " to " + files.back().name + ", " +
-                     std::to_string(files.size()) + " files, " + std::to_string(bytes) + " bytes");
+    if (files.size() > 1 && reporter->verbosity == 0)
+        ReportResult(reporter, "wrote " + files.front().name + " to " + files.back().name + ", " +
+                                   std::to_string(files.size()) + " files, " + std::to_string(bytes) +
+                                   " bytes");
 }
 
-void ReportKept(const std::vector<std::string> &names)
+void ReportKept(Reporter *reporter, const std::vector<std::string> &names)
 {
     for (const std::string &name : names) {
-        if (reportSubject)
-            reportSubject->kept.push_back(name);
-        if (names.size() == 1 || reportVerbosity > 0)
-            ReportResult("left " + name + " alone: it exists already");
+        if (reporter->scene)
+            reporter->scene->kept.push_back(name);
+        if (names.size() == 1 || reporter->verbosity > 0)
+            ReportResult(reporter, "left " + name + " alone: it exists already");
     }
-    if (names.size() > 1 && reportVerbosity == 0)
-        ReportResult("left " + names.front() + " to " + names.back() + " alone, " +
-                     std::to_string(names.size()) + " files: they exist already");
+    if (names.size() > 1 && reporter->verbosity == 0)
+        ReportResult(reporter, "left " + names.front() + " to " + names.back() + " alone, " +
+                                   std::to_string(names.size()) + " files: they exist already");
 }
 
-void ReportUnwritten(const std::string &name, const std::string &why)
+void ShowWarnings(Reporter *reporter)
 {
-    ReportError("cannot write " + InQuotes(name) + ": " + why);
-}
-
-std::string WarningText(const WarningKind &warning)
-{
-    return warning.count == 1 ? warning.first
-                              : std::to_string(warning.count) + " times, the first: " + warning.first;
-}
-
-void ShowWarnings()
-{
-    if (!reportSubject || reportVerbosity != 0 || showsOneLineEach)
+    if (!reporter->scene || reporter->verbosity != 0 || reporter->oneLineEach)
         return;
-    const std::vector<WarningKind> &warnings = reportSubject->warnings;
-    for (; kindsShown < warnings.size(); ++kindsShown)
-        if (warnings[kindsShown].count != 0)
-            PrintReport(Subject(), "warning: ", WarningText(warnings[kindsShown]));
+    const std::vector<Finding> &warnings = reporter->scene->warnings;
+    while (reporter->kindsShown < warnings.size())
+        ShowWarning(reporter, WarningText(warnings[reporter->kindsShown++]));
 }
 
-void MarkWarningsShown()
+void MarkWarningsShown(Reporter *reporter)
 {
-    kindsShown = reportSubject ? reportSubject->warnings.size() : 0;
+    reporter->kindsShown = reporter->scene->warnings.size();
 }
 
-static void ShowWeightiest()
+static void ShowWorst(Reporter *reporter)
 {
-    const std::vector<WarningKind> &warnings = reportSubject->warnings;
-    const WarningKind *worst = nullptr;
-    size_t others = 0;
-    for (size_t i = kindsShown; i < warnings.size(); ++i) {
-        if (warnings[i].count == 0)
-            continue;
-        others += worst ? 1 : 0;
-        if (!worst || warnings[i].weight < worst->weight)
-            worst = &warnings[i];
-    }
-    if (worst)
-        PrintReport(Subject(), "warning: ",
-                    WarningText(*worst) + (others == 0 ? "" : "; and " + Counted(others, "more kind")));
+    const std::vector<Finding> &warnings = reporter->scene->warnings;
+    const auto first = warnings.begin() + static_cast<ptrdiff_t>(reporter->kindsShown);
+    const auto worst = std::min_element(
+        first, warnings.end(), [](const Finding &a, const Finding &b) { return a.weight < b.weight; });
+    if (worst == warnings.end())
+        return;
+    const auto others = static_cast<uint64_t>(warnings.end() - first - 1);
+    ShowWarning(reporter, WarningText(*worst) + (others == 0 ? "" : "; and " + Counted(others, "more kind")));
 }
 
-static void EndSubject()
+void BeginScene(Reporter *reporter, SceneResult *scene)
 {
-    if (showsOneLineEach && reportVerbosity == 0)
-        ShowWeightiest();
+    reporter->scene = scene;
+    reporter->modelIsHeard = reporter->memoryRanOut = reporter->linesAreLeftOut = false;
+    reporter->notAScene.clear();
+    reporter->reports = nullptr;
+    reporter->kindsShown = 0;
+    reporter->lastReport.clear();
+}
+
+void EndScene(Reporter *reporter)
+{
+    if (reporter->oneLineEach && reporter->verbosity == 0)
+        ShowWorst(reporter);
     else
-        ShowWarnings();
-    if (!heldErrors.empty())
-        Show(heldErrors, true);
-    heldErrors.clear();
-    std::stable_sort(reportSubject->warnings.begin(), reportSubject->warnings.end(),
-                     [](const WarningKind &a, const WarningKind &b) { return a.weight < b.weight; });
+        ShowWarnings(reporter);
+    if (!reporter->heldErrors.empty())
+        Show(reporter, reporter->heldErrors, true);
+    reporter->heldErrors.clear();
+    std::stable_sort(reporter->scene->warnings.begin(), reporter->scene->warnings.end(),
+                     [](const Finding &a, const Finding &b) { return a.weight < b.weight; });
+    reporter->scene = nullptr;
 }
 
-// Both callbacks keep errno for the library's caller, as a write to a full or closed stderr changes it.
-static void OnLibraryError(int32_t level, const char *text)
+// A damaged mesh can repeat a report for each of its vertices, so repeats are counted without a look-up.
+static void HearError(Reporter *reporter, const Mc3dsReport &report)
 {
-    const int before = errno;
-    // errno alone is no proof: malloc sets it when its first attempt fails, even if the second one succeeds.
-    const std::string_view report = text;
-    if (before == ENOMEM && (report.starts_with("malloc failed") || report.starts_with("Out of memory")))
-        memoryRanOut = true;
-    if (!libraryIsMuted) {
-        if (level <= 1)
-            lastLibraryError = text;
-        // FindLosses reports these with the material's name and its number of faces.
-        if (!report.starts_with("Invalid Material "))
-            AddWarning(text, level <= 1 ? Weight::Damage : Weight::Doubt);
+    if (reporter->reports)
+        ++(*reporter->reports)[report.text];
+    switch (report.kind) {
+    case Mc3dsReportKind::CantOpen:        // reported by the program with the reason
+    case Mc3dsReportKind::InvalidMaterial: // found by FindLosses with the name and the number of faces
+        return;
+    case Mc3dsReportKind::NotAScene: reporter->notAScene = report.text; return;
+    default: break;
     }
-    errno = before;
+    if (reporter->scene && reporter->verbosity < 1 && reporter->lastReport == report.text) {
+        ++reporter->scene->warnings[reporter->lastKind].times;
+        return;
+    }
+    ReportFinding(reporter, {.kind = FindingKind::LibraryReport,
+                             .weight = report.level <= 1 ? Weight::Damage : Weight::Doubt,
+                             .report = report.kind,
+                             .detail = report.text});
+    reporter->lastReport = report.text;
 }
 
 // Tabs before the first blank and the first name separate columns and are kept. Later tabs belong to a name.
@@ -286,71 +228,31 @@ static std::string VisibleMessage(std::string_view text)
     return Visible(text.substr(0, columns), true) + Visible(text.substr(columns));
 }
 
-static void OnLibraryMessage(int32_t level, const char *text)
+// Both callbacks keep errno for the library, as a write to a full or closed stderr changes it.
+static void OnError(int32_t, const char *)
+{
+    const int before = errno;
+    HearError(listener, *Mc3dsNewestReport());
+    errno = before;
+}
+
+static void OnMessage(int32_t level, const char *text)
 {
     StopIfInterrupted();
     const int before = errno;
     // Some texts start with a line feed to separate them, which a line for each text does as well.
-    if (reportVerbosity > (level <= 1 ? 0 : 1) && !libraryIsMuted)
-        ShowLines(VisibleMessage(*text == '\n' ? text + 1 : text) + '\n');
-    if (messageWatcher)
-        messageWatcher(text);
+    if (listener->verbosity > (level <= 1 ? 0 : 1))
+        ShowLines(listener, VisibleMessage(*text == '\n' ? text + 1 : text) + '\n');
+    if (listener->onMessage)
+        listener->onMessage(*Mc3dsNewestReport());
     errno = before;
 }
 
 // Without use for messages no callback is set: the library sends ten for each object.
-static void ListenToMessages()
+void ListenToLibrary(Reporter *reporter)
 {
-    Mc3dsSetMessageCallback(reportVerbosity >= 1 || messageWatcher ? OnLibraryMessage : nullptr);
-}
-
-void StartReports(int verbosity, bool oneLineEach)
-{
-    reportVerbosity = verbosity;
-    showsOneLineEach = oneLineEach;
-    Mc3dsSetErrorCallback(OnLibraryError);
-    ListenToMessages();
-}
-
-void SetReportSubject(SceneResult *subject)
-{
-    if (reportSubject)
-        EndSubject();
-    reportSubject = subject;
-    kindsShown = 0;
-    kindIndices.clear();
-    lastWarning.clear();
-    lastLibraryError.clear();
-    memoryRanOut = false;
-    libraryIsMuted = false;
-    linesAreLeftOut = false;
-}
-
-void KeepReports(bool keep)
-{
-    reportsAreKept = keep;
-}
-
-void MuteLibrary(bool mute)
-{
-    libraryIsMuted = mute;
-}
-
-void WatchMessages(void (*watcher)(const char *text))
-{
-    messageWatcher = watcher;
-    ListenToMessages();
-}
-
-bool MemoryRanOut()
-{
-    return memoryRanOut;
-}
-
-std::string TakeLibraryError()
-{
-    const auto known = kindIndices.find(KindOf(lastLibraryError));
-    if (reportSubject && known != kindIndices.end())
-        --reportSubject->warnings[known->second].count;
-    return lastLibraryError;
+    listener = reporter;
+    Mc3dsSetErrorCallback(reporter ? OnError : nullptr);
+    Mc3dsSetMessageCallback(reporter && (reporter->verbosity >= 1 || reporter->onMessage) ? OnMessage
+                                                                                          : nullptr);
 }
