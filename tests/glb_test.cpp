@@ -334,12 +334,11 @@ TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
     WriteFile("sky.JPEG", "\xff\xd8\xff" + std::string(40, 'j'));
     WriteFile("WOOD.jpg", "no picture");
     const Outcome run = Start("worked.3ds --glb m.glb -o m.mcx");
-    EXPECT_NE(run.said.find("note: textures that the .glb names and doesn't hold: 2;"), std::string::npos)
-        << run.said;
+    EXPECT_TRUE(Has(run.said, "note: textures that the .glb names and doesn't hold: 2;"));
     const GlbFile file = ReadGlb("m.glb");
-    EXPECT_NE(file.binary.find(png), std::string::npos);
+    EXPECT_TRUE(Has(file.binary, png));
     EXPECT_EQ(file.json["images"].size(), 2u);
-    EXPECT_EQ(run.said.find("note: faces"), std::string::npos) << run.said;
+    EXPECT_FALSE(Has(run.said, "note: faces"));
     size_t targets = 0;
     for (const Json &view : file.json["bufferViews"]) {
         EXPECT_EQ(view["byteOffset"].get<size_t>() % 4, 0u);
@@ -410,10 +409,9 @@ TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
                              Faces({0, 4, 5, 1, 4, 5, 4, 2, 5, 5, 4, 3})});
     WriteFile("hole.3ds", Scene({NamedObject("HOLE", {hole})}));
     const Outcome run = Start("hole.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
-    EXPECT_NE(run.said.find("note: faces that the .glb lacks, as their corners are no finite numbers: 3\n"),
-              std::string::npos)
-        << run.said;
-    EXPECT_EQ(run.said.find("textures"), std::string::npos) << run.said;
+    EXPECT_TRUE(
+        Has(run.said, "note: faces that the .glb lacks, as their corners are no finite numbers: 3\n"));
+    EXPECT_FALSE(Has(run.said, "textures"));
     EXPECT_EQ(TrianglesOf(ReadGlb("m.glb")).size(), 1u);
     WriteFile(
         "far.3ds",
@@ -422,8 +420,7 @@ TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
                NamedObject("LEFT", {Mesh({Points({-99, 0, 0, -98, 0, 0, -99, 1, 0}), Faces({0, 1, 2})})})}));
     Start("far.3ds --glb m.glb -o m.mcx");
     EXPECT_EQ(TrianglesOf(ReadGlb("m.glb")).size(), 3u);
-    EXPECT_NE(Start("far.3ds --glb m.glb -o m.mcx --scale 3e37").said.find("no finite numbers: 3\n"),
-              std::string::npos);
+    EXPECT_TRUE(Has(Start("far.3ds --glb m.glb -o m.mcx --scale 3e37").said, "no finite numbers: 3\n"));
     Start("worked.3ds --glb m.glb -o m.mcx --texture-lit --texture-foreshorten");
     size_t modes = 0;
     const GlbFile lit = ReadGlb("m.glb");
@@ -540,10 +537,8 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
     for (const char *size : {"60", "1e-6"}) {
         const Outcome run = Start(std::string("bent.3ds --glb b.glb -o b.mcx --size ") + size);
         EXPECT_EQ(ReadGlb("b.glb").json["animations"][0]["channels"].size(), 3u);
-        EXPECT_TRUE(std::regex_search(
-            run.said, std::regex("note: a .glb can't store shear; the nearest placements of the "
-                                 "animation are used, up to [0-9.]+ units of the file away\n")))
-            << run.said;
+        EXPECT_TRUE(Says(run.said, "note: a .glb can't store shear; the nearest placements of the "
+                                   "animation are used, up to [0-9.]+ units of the file away\n"));
     }
     // The distance is that of the bounds' worst corner; of two axes at 45 degrees each is turned by 22.5.
     for (const char *rows : {"1 1 0 0 1 0 0 0 1", "1 0 0 0 1 1 0 0 1", "1 0 1 0 1 0 0 0 1"}) {
@@ -574,7 +569,7 @@ TEST_F(GlbTest, ASlantedObjectKeepsItsShapeWhenItMoves)
     WriteFile("bent.vue",
               "frame 0 transform BOX 1 1 0 0 1 0 0 0 1 0 0 0 frame 1 transform BOX 1 1 0 0 1 0 0 0 1 5 0 0");
     const Outcome run = Start("bent.3ds --animation --glb b.glb -o b.mcx");
-    EXPECT_EQ(run.said.find("nearest"), std::string::npos) << run.said;
+    EXPECT_FALSE(Has(run.said, "nearest"));
     GlbFile file = ReadGlb("b.glb");
     const std::vector<Triangle3> first = TrianglesOf(file);
     GoToLastFrame(&file);
@@ -621,8 +616,7 @@ TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)
 {
     MakeInputs();
     WriteFile("bare.3ds", Scene({}, {Kfhdr(1), ObjectNode("$$$DUMMY", noParent)}));
-    EXPECT_TRUE(std::regex_match(Start("bare.3ds --glb bare.glb -o bare.mcx").said,
-                                 std::regex("(.*: wrote .*\n){2}")));
+    EXPECT_TRUE(Says(Start("bare.3ds --glb bare.glb -o bare.mcx").said, "^(.*: wrote .*\n){2}$"));
     EXPECT_FALSE(ReadGlb("bare.glb").json.contains("buffers"));
     fs::remove("bare.glb"), fs::remove("bare.mcx");
     EXPECT_EQ(Start("two.3ds --info --glb m.glb").files, "m.glb");
@@ -634,8 +628,8 @@ TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)
     EXPECT_EQ(Start("two.3ds --glb m.glb --no-clobber -q").status, 0);
     EXPECT_EQ(ReadFile("m.glb"), "old");
     Start("two.3ds --glb m.glb --summary sum.json --report r.html -q");
-    EXPECT_NE(ReadFile("sum.json").find("\"m.glb\""), std::string::npos);
-    EXPECT_NE(ReadFile("r.html").find("./m.glb\""), std::string::npos);
+    EXPECT_TRUE(Has(ReadFile("sum.json"), "\"m.glb\""));
+    EXPECT_TRUE(Has(ReadFile("r.html"), "./m.glb\""));
 }
 
 #if !defined(_WIN32)
@@ -643,7 +637,7 @@ TEST_F(GlbTest, WhyItCannotBeWrittenIsSaid)
 {
     const Outcome run = Start("worked.3ds --info --glb m.glb", "ulimit -f 1; ");
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.said.find("cannot write \"m.glb\": File too large"), std::string::npos) << run.said;
+    EXPECT_TRUE(Has(run.said, "cannot write \"m.glb\": File too large"));
 }
 
 TEST_F(GlbTest, TheValidatorFindsNothing)

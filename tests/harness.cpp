@@ -5,6 +5,7 @@
 #include <iterator>
 #include <map>
 #include <random>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -127,6 +128,31 @@ testing::AssertionResult LinesMatch(const std::string &lines, const std::string 
             return testing::AssertionFailure() << "expected:\n" << expected << "got:\n" << lines;
     }
     return testing::AssertionSuccess();
+}
+
+// EXPECT_FALSE shows the words of a success.
+static testing::AssertionResult Searched(bool found, const std::string &text, const std::string &what)
+{
+    return testing::AssertionResult(found)
+           << "  wanted: " << what << (found ? "\n  found in: " : "\n  not found in: ") << text;
+}
+
+testing::AssertionResult Has(const std::string &text, const std::string &part)
+{
+    return Searched(text.find(part) != std::string::npos, text, part);
+}
+
+testing::AssertionResult Says(const std::string &text, const std::string &expression)
+{
+    return Searched(std::regex_search(text, std::regex(expression)), text, expression);
+}
+
+size_t CountOf(const std::string &text, const std::string &part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
 }
 
 Mc3dsOptions DefaultOptions(uint32_t flags)

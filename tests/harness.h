@@ -51,6 +51,13 @@ std::string TakeLoadReports(const std::string &channels = "EM", int32_t maxLevel
 // damaged files, tests fix the channel and level of a report and not its wording.
 testing::AssertionResult LinesMatch(const std::string &lines, const std::string &expected);
 
+// Whether part, or a match of the expression, is anywhere in text. A failed check shows both.
+testing::AssertionResult Has(const std::string &text, const std::string &part);
+testing::AssertionResult Says(const std::string &text, const std::string &expression);
+
+// How often part is in text.
+size_t CountOf(const std::string &text, const std::string &part);
+
 // The given flags, scale 1, the luma weights of television, textures on; files out.mcx (out.c for C source),
 // out.h and out.anm; clump name Scene.
 Mc3dsOptions DefaultOptions(uint32_t flags = 0);

@@ -58,25 +58,24 @@ TEST_F(InfoPreviewTest, NamesAndNumbersOfADamagedFileDoNoHarm)
               {Kfhdr(1), ObjectNode(name, noParent, {Pivot(NAN, INFINITY, 1)}), ObjectNode("LOST", 9)}));
     const std::string json = Info("--json"), text = Info();
     EXPECT_TRUE(IsJson(json)) << json;
-    EXPECT_NE(json.find(R"("name":"\"\u001b[\u00e4\\")"), std::string::npos) << json;
-    EXPECT_NE(json.find("\"A\\u009b\\u007f\xC3\xA4\""), std::string::npos) << json;
-    EXPECT_NE(json.find("\"pivot\":[null,null,1]"), std::string::npos) << json;
-    EXPECT_NE(text.find("  3 objects (0 dummies), 1 vertex, 0 faces\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("\n  1 frame, no animation\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("  \"\\x1b[\\xe4\\  1 vertex"), std::string::npos) << text;
-    EXPECT_NE(text.find("  size 0 x 0 x 0, from 0 0 0 to 0 0 0 (z taken as up)\n"), std::string::npos)
-        << text;
-    EXPECT_TRUE(std::regex_search(text, std::regex("only --flat writes them\n  LOST"))) << text;
+    EXPECT_TRUE(Has(json, R"("name":"\"\u001b[\u00e4\\")"));
+    EXPECT_TRUE(Has(json, "\"A\\u009b\\u007f\xC3\xA4\""));
+    EXPECT_TRUE(Has(json, "\"pivot\":[null,null,1]"));
+    EXPECT_TRUE(Has(text, "  3 objects (0 dummies), 1 vertex, 0 faces\n"));
+    EXPECT_TRUE(Has(text, "\n  1 frame, no animation\n"));
+    EXPECT_TRUE(Has(text, "  \"\\x1b[\\xe4\\  1 vertex"));
+    EXPECT_TRUE(Has(text, "  size 0 x 0 x 0, from 0 0 0 to 0 0 0 (z taken as up)\n"));
+    EXPECT_TRUE(Says(text, "only --flat writes them\n  LOST"));
 }
 
 TEST_F(InfoPreviewTest, TheSizeIsThatOfTheVertices)
 {
     WriteFile("scene.3ds", Scene({NamedObject("A", {Mesh({})})}));
-    EXPECT_EQ(Info().find("size"), std::string::npos);
-    EXPECT_NE(Info().find("\n  no frames, no animation\n"), std::string::npos);
-    EXPECT_NE(Info("--json").find("\"bounds\":null"), std::string::npos);
+    EXPECT_FALSE(Has(Info(), "size"));
+    EXPECT_TRUE(Has(Info(), "\n  no frames, no animation\n"));
+    EXPECT_TRUE(Has(Info("--json"), "\"bounds\":null"));
     WriteFile("scene.3ds", Scene({NamedObject("A", {Mesh({Points({1, 2, 3, 4, 6, 9})})})}));
-    EXPECT_NE(Info().find("  size 3 x 4 x 6, from 1 2 3 to 4 6 9 (z taken as up)\n"), std::string::npos);
+    EXPECT_TRUE(Has(Info(), "  size 3 x 4 x 6, from 1 2 3 to 4 6 9 (z taken as up)\n"));
 }
 
 #if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)
@@ -229,7 +228,7 @@ TEST_F(InfoPreviewTest, FacesWithoutAPlaceAreNotDrawnAndThoseWithoutANormalAre)
                NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9}),
                                        Faces({0, 1, 2, 0, 2, 1}, {MaterialGroup("CLAY", {0, 1})})})})}));
     MustRun(program + "--info --preview p.png --preview-size 64x48 >shown");
-    EXPECT_NE(AsText(ReadPicture("p.png")).find("PPPPPPPP"), std::string::npos);
+    EXPECT_TRUE(Has(AsText(ReadPicture("p.png")), "PPPPPPPP"));
     const auto draw = [&clay](const std::vector<uint16_t> &corners, uint32_t shading) {
         const float nan = std::numeric_limits<float>::quiet_NaN(),
                     infinite = std::numeric_limits<float>::infinity();
@@ -263,7 +262,7 @@ TEST_F(InfoPreviewTest, ACoarsePictureShowsTheSame)
         return AsText(ReadPicture("p.png"));
     };
     const std::string sharp = draw(1), coarse = draw(60000);
-    EXPECT_NE(ReadText("sum.json").find("the picture is coarse: "), std::string::npos);
+    EXPECT_TRUE(Has(ReadText("sum.json"), "the picture is coarse: "));
     size_t others = 0;
     for (size_t i = 0; i < sharp.size(); ++i)
         others += std::abs(sharp[i] - coarse.at(i)) > 1 ? 1 : 0;
@@ -307,13 +306,12 @@ TEST_F(InfoPreviewTest, WhyAPictureIsEmptyIsSaid)
     };
     WriteFile("scene.3ds", rows[3].first);
     MustRun(program + "--info --preview p.png --preview-frame strip --summary sum.json >shown");
-    EXPECT_NE(ReadText("sum.json").find("the scene has no animation: the strip is one picture"),
-              std::string::npos);
+    EXPECT_TRUE(Has(ReadText("sum.json"), "the scene has no animation: the strip is one picture"));
     for (const auto &[scene, says] : rows) {
         WriteFile("scene.3ds", scene);
         MustRun(program + "--info --preview p.png --summary sum.json >shown");
         const std::string said = ReadText("sum.json");
-        EXPECT_TRUE(std::regex_search(said, std::regex(says))) << says << '\n' << said;
+        EXPECT_TRUE(Says(said, says));
     }
 }
 
@@ -323,8 +321,7 @@ TEST_F(InfoPreviewTest, EachOfManyScenesGetsAPictureOfItsOwn)
     std::filesystem::copy_file("scene.3ds", "other.3ds");
     MustRun(program + "other.3ds --output-dir out --preview p.png");
     MustRun(program + "other.3ds --info --preview out/q.png");
-    EXPECT_NE(RunCommand(program + "out/../scene.3ds --info --preview x.png").output.find("both write"),
-              std::string::npos);
+    EXPECT_TRUE(Has(RunCommand(program + "out/../scene.3ds --info --preview x.png").output, "both write"));
     for (const char *name : {"out/scene.p.png", "out/other.p.png", "out/scene.q.png", "out/other.q.png"})
         EXPECT_TRUE(ReadFile(name) == ReadFile("out.png")) << name;
 }
@@ -346,9 +343,8 @@ TEST_F(InfoPreviewTest, AStripShowsTheFramesOfTheAnimationSideBySide)
     EXPECT_TRUE(Draw(1, 0, "--preview-frame 2").rgb == Draw(1, 0, "").rgb); // each is framed separately
     WriteFile("scene.vue", "frame 0 transform CUBE 3 0 0 0 1 0 0 0 1 0 0 0");
     EXPECT_FALSE(Draw(1, 0, "--preview-frame 0").rgb == Draw(1, 0, "").rgb); // stretched
-    EXPECT_NE(RunCommand(program + "-o out.mcx --preview x.png --preview-frame 3")
-                  .output.find("error: the scene has no frame 3: the last one is 2\n"),
-              std::string::npos);
+    EXPECT_TRUE(Has(RunCommand(program + "-o out.mcx --preview x.png --preview-frame 3").output,
+                    "error: the scene has no frame 3: the last one is 2\n"));
 }
 #endif
 

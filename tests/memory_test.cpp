@@ -168,14 +168,6 @@ TEST_P(MemoryTest, ALoadIsWholeOrTellsOnceWhatHasNoMemory)
                          "Out of memory allocating frames"}));
 }
 
-static int Count(const std::string &text, const std::string &word)
-{
-    int count = 0;
-    for (size_t at = 0; (at = text.find(word, at)) != std::string::npos; at += word.size())
-        ++count;
-    return count;
-}
-
 TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
 {
     for (const char *name : {"Textures", "Materials", "Deep"})
@@ -193,10 +185,10 @@ TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
                     break;
                 const std::string lacking = TakeReportLines("E", 0);
                 const bool told = lacking != wholeReports;
-                EXPECT_LE(Count(lacking, "\n") - Count(lacking, "E0 Out of memory for the name"), 1)
+                EXPECT_LE(CountOf(lacking, "\n") - CountOf(lacking, "E0 Out of memory for the name"), 1u)
                     << lacking;
                 const bool modelLacks = text.ends_with(": out of memory"); // as the Meshcaster library says
-                EXPECT_TRUE(modelLacks || Count(text, "Begin") == Count(text, "End"));
+                EXPECT_TRUE(modelLacks || CountOf(text, "Begin") == CountOf(text, "End"));
                 EXPECT_TRUE(told || text == whole || modelLacks) << text;
                 EXPECT_EQ(text.empty() || modelLacks, whole.empty() || failing == 1);
                 EXPECT_EQ(memory.live, liveBefore);

@@ -300,7 +300,7 @@ TEST_F(OutputTest, ACallbackMayChangeTheOptions)
             if (std::string(text).starts_with("Scale"))
                 changing.textureExtension = longExtension.c_str();
         });
-        EXPECT_NE(Output(scene, changing).find(longExtension), std::string::npos);
+        EXPECT_TRUE(Has(Output(scene, changing), longExtension));
     }
     Mc3dsSetMessageCallback(nullptr);
 }
@@ -314,15 +314,13 @@ TEST_F(OutputTest, AmbientCoefficientsHaveAFloorAndCentresTwiceTheRange)
         const Bytes dark = Colour24(level, level, level),
                     material = Material("M", {Finish(dark, grey, grey, 1)});
         const Bytes faces = Faces({0, 1, 2}, {MaterialGroup("M", {0})});
-        EXPECT_NE(Written(Scene({material, Object("A", corners, faces)}))
-                      .find(std::string("Surface ") + written + ' '),
-                  std::string::npos)
-            << written;
+        EXPECT_TRUE(Has(Written(Scene({material, Object("A", corners, faces)})),
+                        std::string("Surface ") + written + ' '));
     }
     const std::string far =
         Written(Scene({Object("A", {3e38f, 0, 0, 3.2e38f, 0, 0, 3e38f, 1, 0})}), MC3DS_CENTRE);
-    EXPECT_EQ(far.find("inf"), std::string::npos) << "the sum of two bounds is taken in 64 bits";
-    EXPECT_EQ(far.find("nan"), std::string::npos) << far;
+    EXPECT_FALSE(Has(far, "inf")) << "the sum of two bounds is taken in 64 bits";
+    EXPECT_FALSE(Has(far, "nan"));
 }
 
 TEST_F(OutputTest, FacesThatCannotBeDrawnAreLeftOutAndNothingElse)

@@ -65,14 +65,6 @@ inline void MakeInputs()
     std::filesystem::create_directory("dir");
 }
 
-inline size_t CountOf(const std::string &text, const std::string &part)
-{
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
-}
-
 // before: shell text in front of the program's name.
 inline Outcome Start(const std::string &arguments, [[maybe_unused]] const std::string &before = "")
 {

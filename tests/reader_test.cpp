@@ -294,8 +294,8 @@ TEST_F(ReaderTest, AHiddenMarkerTakesTheMeshAheadOfIt)
             EXPECT_EQ(scene->objectCount, before + row.objects);
             EXPECT_EQ(scene->objects == nullptr, scene->objectCount == 0);
             const std::string reports = TakeLoadReports("EM", 1);
-            EXPECT_EQ(reports.find("M1 Hidden Object ... removing\n") != std::string::npos, row.reported);
-            EXPECT_EQ(reports.find("E"), std::string::npos);
+            EXPECT_EQ(CountOf(reports, "M1 Hidden Object ... removing\n") != 0, row.reported);
+            EXPECT_FALSE(Has(reports, "E"));
         }
     }
 }

@@ -44,7 +44,7 @@ TEST_F(ReportPageTest, FailedScenesComeFirstAndLinksLeadToTheFiles)
                              "../out/sub/c.mcx\"", " bytes</li>", "a &amp; b#.3ds",
                              "missing texture <bdi>PANE.GIF", "\"./../out/a%20%26%20b%23.mcx\""});
 #if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)
-        EXPECT_NE(page.find("iVBORw0KGgoAAAANSUhEUgAAAUAAAADw"), std::string::npos) << "a PNG of 320 x 240";
+        EXPECT_TRUE(Has(page, "iVBORw0KGgoAAAANSUhEUgAAAUAAAADw")) << "a PNG of 320 x 240";
 #endif
         page = std::regex_replace(page, std::regex("[0-9.e-]+ s</p>"), "");
         EXPECT_TRUE(before.empty() || before == page);
@@ -59,10 +59,10 @@ TEST_F(ReportPageTest, AnOverviewOfOneObjectHasItsPicture)
               chunks::Scene({chunks::NamedObject("DOT", {chunks::Mesh({chunks::Points({0, 0, 0})})})}));
     EXPECT_EQ(Start("box.3ds --info --report r.html").status, 0);
 #if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)
-    EXPECT_NE(ReadText("r.html").find("iVBORw0KGgoAAAANSUhEUgAAAUAAAADw"), std::string::npos);
+    EXPECT_TRUE(Has(ReadText("r.html"), "iVBORw0KGgoAAAANSUhEUgAAAUAAAADw"));
 #endif
     Start("dot.3ds --report r.html");
-    EXPECT_NE(ReadText("r.html").find("1 object, 1 vertex, 0 triangles, "), std::string::npos);
+    EXPECT_TRUE(Has(ReadText("r.html"), "1 object, 1 vertex, 0 triangles, "));
 }
 
 TEST_F(ReportPageTest, ThePageTakesTheNameOfNoOtherFile)

@@ -95,7 +95,7 @@ TEST_F(VueTest, FramesThatTheSceneHasNotAreDroppedWithAWarning)
         EXPECT_EQ(scene->objects[0].hasFrames, 0u);
         const std::string reports = TakeReportLines("E");
         EXPECT_EQ(reports.substr(0, 3), "E2 ");
-        EXPECT_NE(reports.find(told), std::string::npos) << reports;
+        EXPECT_TRUE(Has(reports, told));
     }
 }
 
