@@ -1,4 +1,4 @@
-// Files that open but can't be read. `--wrap` redirects fopen64 of every object of this program to this file.
+// Files that open but can't be read. `--wrap` redirects the library's opening of files to this file.
 
 #include <algorithm>
 #include <cerrno>
@@ -9,7 +9,9 @@
 #include "harness.h"
 #include "seeds.h"
 
-extern "C" FILE *__real_fopen64(const char *path, const char *mode);
+#include "frame/load_state.h"
+
+extern "C" FILE *__real__Z15Mc3dsOpenToReadPKcS0_(const char *path, const char *mode);
 
 // Simulates the files whose path ends with suffix, unless suffix is empty.
 static struct {
@@ -46,10 +48,10 @@ static int MoveTo(void *, off64_t *offset, int whence)
     return 0;
 }
 
-extern "C" FILE *__wrap_fopen64(const char *path, const char *mode)
+extern "C" FILE *__wrap__Z15Mc3dsOpenToReadPKcS0_(const char *path, const char *mode)
 {
     if (disk.suffix.empty() || !std::string(path).ends_with(disk.suffix))
-        return __real_fopen64(path, mode);
+        return __real__Z15Mc3dsOpenToReadPKcS0_(path, mode);
     return fopencookie(nullptr, mode, {ReadPiece, nullptr, MoveTo, nullptr});
 }
 

@@ -1,7 +1,5 @@
 #include "text_stream.h"
 
-#include <cerrno>
-
 // A NUL follows the last buffered byte, so that numbers are parsed without checks against the buffer's end.
 
 void Mc3dsOpenTextStream(Mc3dsFile *file, uint64_t size)
@@ -10,7 +8,8 @@ void Mc3dsOpenTextStream(Mc3dsFile *file, uint64_t size)
     load->nextText = load->lastText = load->bytes;
     load->bytes[0] = '\0';
     load->textLeft = size;
-    load->failed = false;
+    load->position = 0;
+    load->isElsewhere = false;
 }
 
 bool Mc3dsRefillText(Mc3dsFile *file)
@@ -21,16 +20,13 @@ bool Mc3dsRefillText(Mc3dsFile *file)
         // One extra byte is requested and discarded: a folder of size 0 then shows by a read error.
         constexpr size_t most = sizeof load->bytes - 1;
         const size_t wanted = load->textLeft < most ? static_cast<size_t>(load->textLeft) + 1 : most;
-        length = std::fread(load->bytes, 1, wanted, file->stream);
-        if (std::ferror(file->stream))
-            file->vueError = errno != 0 ? errno : EIO;
-        if (length > load->textLeft)
-            length = static_cast<size_t>(load->textLeft);
+        const Mc3dsPiece piece = Mc3dsReadPiece(file, load->bytes, wanted, load->position, true);
+        file->vueError = piece.error;
+        length = piece.length < load->textLeft ? piece.length : static_cast<size_t>(load->textLeft);
         load->textLeft -= length;
-    }
-    if (length == 0 && file->vueError != 0 && !load->failed) {
-        load->failed = true;
-        Mc3dsError(0, Mc3dsReportKind::FileError, "File Error");
+        load->position += length;
+        if (piece.error != 0)
+            Mc3dsError(0, Mc3dsReportKind::FileError, "File Error");
     }
     load->bytes[length] = '\0';
     load->nextText = load->bytes;

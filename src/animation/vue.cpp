@@ -201,7 +201,7 @@ uint32_t Mc3dsReadVue(Mc3dsFile *file)
     if (length < 3 || file->load->fileNameIsCut)
         return 0;
     std::memcpy(name + length - 3, "vue", 3);
-    file->stream = std::fopen(name, "r");
+    file->stream = Mc3dsOpenToRead(name, "r");
     if (!file->stream) {
         if (errno != ENOENT && errno != ENOTDIR)
             file->vueError = errno;

@@ -26,6 +26,7 @@ struct Mc3dsLoad {
     uint64_t end;            // file offset at which reading met the end; UINT64_MAX until then
     uint64_t budget;         // bytes that may still be read, those past the end of the file included
     bool failed;             // a requested byte could not be read
+    bool isElsewhere;        // after an error the stream isn't where the last read ended
     bool spent;              // the budget was exceeded
     bool fileNameIsCut;      // the path has more than 255 characters, so fileName names another file
     uint32_t objectCapacity; // capacity of file->objects in records
@@ -55,6 +56,19 @@ uint32_t Mc3dsLoseMaterial(Mc3dsFile *file, const char name[20], const char *fau
 // ---- file_stream.cpp: the stream, with 64-bit positions on every system
 
 bool Mc3dsSeekStream(FILE *stream, int64_t offset, int origin); // as fseek; true on success
+
+// fopen for reading. Null with errno. A pipe is refused, without waiting for its writer.
+FILE *Mc3dsOpenToRead(const char *path, const char *mode);
+
+struct Mc3dsPiece {
+    size_t length; // bytes read
+    bool isEnd;    // the file ends after them
+    int error;     // errno, if not even the first byte can be read
+};
+
+// Reads up to wanted bytes of file->stream at offset; goesOn: the last read ended there. Bytes are read
+// ahead, so after an error fewer are read: only the first byte's error counts.
+Mc3dsPiece Mc3dsReadPiece(Mc3dsFile *file, void *bytes, size_t wanted, uint64_t offset, bool goesOn);
 
 // Returns the file size in bytes and rewinds. Negative if the stream can't seek.
 int64_t Mc3dsMeasureStream(FILE *stream);

@@ -27,7 +27,7 @@ static Mc3dsFile *OpenScene(const char *path)
         return nullptr;
     }
     errno = 0;
-    file->stream = std::fopen(path, "rb");
+    file->stream = Mc3dsOpenToRead(path, "rb");
     // A pipe can be opened, but walking chunks needs seeks.
     if (!file->stream || !Mc3dsOpenStream(file)) {
         Mc3dsNoteOpenError(errno);

@@ -1,7 +1,5 @@
 #include "reader.h"
 
-#include <cerrno>
-
 static char nameBuffer[130]; // 129 bytes and a NUL
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
@@ -42,38 +40,23 @@ bool Mc3dsSpend(Mc3dsFile *file, uint64_t bytes)
     return true;
 }
 
-static void NoteError(Mc3dsFile *file)
-{
-    if (file->readError == 0)
-        file->readError = errno != 0 ? errno : EIO;
-}
-
-// False at the end of the file and on an error. A read error is permanent.
+// False at the end of the file, and if the byte at the position can't be read. Such an error is permanent.
 static bool Refill(Mc3dsFile *file)
 {
     Mc3dsLoad *load = file->load;
-    if (load->position >= load->end)
+    if (load->failed || load->position >= load->end)
         return false;
     const bool goesOn = load->position == load->start + load->length;
-    if (std::ferror(file->stream)) {
-        load->failed = true;
-        load->length = 0; // so that no seek returns to buffered bytes
-        return false;
-    }
-    if (!goesOn && !Mc3dsSeekStream(file->stream, static_cast<int64_t>(load->position), SEEK_SET)) {
-        NoteError(file);
-        return false;
-    }
     // After a seek to somewhere else, read only 4 KiB: the next seek often returns.
     constexpr size_t whole = sizeof load->bytes - 1;
-    const size_t wanted = goesOn ? whole : whole / 16;
+    const Mc3dsPiece piece =
+        Mc3dsReadPiece(file, load->bytes, goesOn ? whole : whole / 16, load->position, goesOn);
     load->start = load->position;
-    load->length = std::fread(load->bytes, 1, wanted, file->stream);
-    if (load->length < wanted && !std::ferror(file->stream))
+    load->length = piece.length;
+    if (piece.isEnd)
         load->end = load->start + load->length;
-    if (std::ferror(file->stream))
-        NoteError(file);
-    load->failed = std::ferror(file->stream) && load->length == 0;
+    load->failed = piece.error != 0;
+    file->readError = piece.error;
     return load->length > 0;
 }
 
