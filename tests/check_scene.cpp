@@ -110,6 +110,12 @@ std::string CheckScene(const Mc3dsFile *file)
             return fault + ", material " + std::to_string(i);
     REQUIRE(Reaches(file->objects, file->objectCount) && (file->objectCount != 0 || !file->objects));
     REQUIRE(file->hasAnimation == 0 || (file->hasAnimation == 1 && file->frameCount != 0));
+    REQUIRE(Reaches(file->skipped, file->skippedCount) && (file->skippedCount != 0 || !file->skipped));
+    for (uint32_t i = 0; i < file->skippedCount; ++i)
+        REQUIRE(Ends(file->skipped[i].name) && file->skipped[i].kind <= Mc3dsSkippedKind::HiddenMesh);
+    const uint32_t *ignored = file->unknownChunks;
+    REQUIRE(!ignored ||
+            std::any_of(ignored, ignored + Mc3dsTagCount, [](uint32_t count) { return count != 0; }));
     std::set<int32_t> nodes;
     uint32_t roots = 0;
     for (uint32_t i = 0; i < file->objectCount; ++i) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "check_reports.h"
 #include "check_scene.h"
 #include "harness.h"
 #include "seeds.h"
@@ -13,9 +14,15 @@ namespace fs = std::filesystem;
 
 static int level1Errors;
 
-static void CountError(int32_t level, const char *)
+static void CountError(int32_t level, const char *text)
 {
+    EXPECT_EQ(NoteReport('E', level, text), "");
     level1Errors += level == 1;
+}
+
+static void CheckMessage(int32_t level, const char *text)
+{
+    EXPECT_EQ(NoteReport('M', level, text), "");
 }
 
 struct DamageTest : SceneTest, testing::WithParamInterface<std::string> {
@@ -31,7 +38,7 @@ struct DamageTest : SceneTest, testing::WithParamInterface<std::string> {
         if (std::ofstream("/dev/shm/" + base + "3ds"))
             base = "/dev/shm/" + base;
         Mc3dsSetErrorCallback(CountError);
-        Mc3dsSetMessageCallback(nullptr);
+        Mc3dsSetMessageCallback(CheckMessage);
         const bool isSample = GetParam() == "windmill" || GetParam() == "orrery";
         const char *isLong = std::getenv("MC3DS_LONG");
         if (isSample && (isLong == nullptr || *isLong != '1')) // the whole samples take half an hour
@@ -57,7 +64,9 @@ struct DamageTest : SceneTest, testing::WithParamInterface<std::string> {
         SCOPED_TRACE(damage + std::to_string(at) + ": " + std::to_string(value));
         ++cases;
         level1Errors = 0;
+        ForgetReports();
         Mc3dsFile *file = Mc3dsLoadFile((base + "3ds").c_str());
+        EXPECT_EQ(CheckLoad(file), "");
         EXPECT_EQ(CheckScene(file), "");
         EXPECT_TRUE(file || level1Errors == 1) << "null without its report";
         for (const uint32_t flags : {MC3DS_ANIMATION | MC3DS_HEADER, MC3DS_SOURCE, MC3DS_DIRECT})

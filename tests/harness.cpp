@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "check_reports.h"
 #include "check_scene.h"
 
 namespace fs = std::filesystem;
@@ -25,11 +26,13 @@ static std::vector<Report> reports;
 
 static void CaptureError(int32_t level, const char *text)
 {
+    EXPECT_EQ(NoteReport('E', level, text), "");
     reports.push_back({'E', level, text});
 }
 
 static void CaptureMessage(int32_t level, const char *text)
 {
+    EXPECT_EQ(NoteReport('M', level, text), "");
     reports.push_back({'M', level, text});
 }
 
@@ -71,7 +74,9 @@ void WriteFile(const fs::path &path, const std::string &bytes)
 
 LoadedScene Load(const std::string &path)
 {
+    ForgetReports();
     const LoadedScene scene(Mc3dsLoadFile(path.c_str()), Mc3dsUnloadFile);
+    EXPECT_EQ(CheckLoad(scene.get()), "");
     EXPECT_EQ(CheckScene(scene.get()), "");
     return scene;
 }

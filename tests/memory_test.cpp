@@ -7,6 +7,7 @@
 
 #include "check_scene.h"
 #include "frame/load_state.h"
+#include "frame/outcome.h"
 #include "harness.h"
 #include "seeds.h"
 #if defined(MC3DS_HAVE_MCLMODEL)
@@ -138,7 +139,7 @@ TEST(NamesWithoutMemory, AreComparedOneByOne)
 TEST_P(MemoryTest, ALoadIsWholeOrTellsOnceWhatHasNoMemory)
 {
     std::set<std::string> heard;
-    for (const char *name : {"BareEditor", "LongNames", "Replacements", "Animated"}) {
+    for (const char *name : {"BareEditor", "LongNames", "Replacements", "Animated", "Hidden"}) {
         const std::string whole = Describe(LoadBytes(FindSeed(name).scene, FindSeed(name).vue));
         for (int failing = 1;; ++failing) {
             SCOPED_TRACE(std::string(name) + ", allocation " + std::to_string(failing));
@@ -147,6 +148,7 @@ TEST_P(MemoryTest, ALoadIsWholeOrTellsOnceWhatHasNoMemory)
             LoadedScene scene;
             if (!RunShortOfMemory(failing, GetParam(), [&] { scene = Load("scene.3ds"); }))
                 break;
+            EXPECT_TRUE(Mc3dsGetOutcome()->outOfMemory);
             size_t told = 0;
             for (const Report &report : TakeReports())
                 if (report.channel == 'E' && report.level == 0) {
@@ -158,7 +160,9 @@ TEST_P(MemoryTest, ALoadIsWholeOrTellsOnceWhatHasNoMemory)
             EXPECT_EQ(told == 0 && !scene, failing <= 2) << "without a report";
             scene.reset();
             EXPECT_EQ(memory.live, liveBefore);
-            EXPECT_EQ(Describe(Load("scene.3ds")), whole) << "the next load";
+            const LoadedScene next = Load("scene.3ds");
+            EXPECT_FALSE(Mc3dsGetOutcome()->outOfMemory);
+            EXPECT_EQ(Describe(next), whole) << "the next load";
         }
     }
     EXPECT_EQ(heard, (std::set<std::string>{
@@ -183,6 +187,7 @@ TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
                 std::string text;
                 if (!RunShortOfMemory(failing, GetParam(), [&] { text = WriteAll(scene, flags); }))
                     break;
+                const bool noted = Mc3dsGetOutcome()->outOfMemory;
                 const std::string lacking = TakeReportLines("E", 0);
                 const bool told = lacking != wholeReports;
                 EXPECT_LE(CountOf(lacking, "\n") - CountOf(lacking, "E0 Out of memory for the name"), 1u)
@@ -190,10 +195,13 @@ TEST_P(MemoryTest, AnOutputIsWholeOrTellsWhatIsMissingOrWritesNothing)
                 const bool modelLacks = text.ends_with(": out of memory"); // as the Meshcaster library says
                 EXPECT_TRUE(modelLacks || CountOf(text, "Begin") == CountOf(text, "End"));
                 EXPECT_TRUE(told || text == whole || modelLacks) << text;
+                EXPECT_TRUE(noted || (flags & MC3DS_DIRECT)) << lacking;
+                EXPECT_TRUE(noted || !told) << lacking;
                 EXPECT_EQ(text.empty() || modelLacks, whole.empty() || failing == 1);
                 EXPECT_EQ(memory.live, liveBefore);
                 EXPECT_EQ(CheckScene(scene.get()), "");
                 EXPECT_EQ(WriteAll(scene, flags), whole) << "the next output";
+                EXPECT_FALSE(Mc3dsGetOutcome()->outOfMemory);
                 TakeReports();
             }
         }

@@ -48,7 +48,7 @@ LeftBehind FindLeftBehind(const Mc3dsFile *scene)
     for (size_t i = 0; i < Mc3dsUnsupportedCount; ++i)
         if (scene->unsupported[i] != 0)
             left.unsupported[NameOf(static_cast<Mc3dsUnsupported>(i))] = scene->unsupported[i];
-    for (uint32_t tag = 0; scene->unknownChunks && tag < 0x10000; ++tag)
+    for (uint32_t tag = 0; scene->unknownChunks && tag < Mc3dsTagCount; ++tag)
         if (scene->unknownChunks[tag] != 0)
             left.chunks[InHexadecimal(tag)] = scene->unknownChunks[tag];
     return left;

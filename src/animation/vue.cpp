@@ -209,7 +209,7 @@ uint32_t Mc3dsReadVue(Mc3dsFile *file)
     }
     Mc3dsMessage(0, "\nReading File <%s>", name);
     // Files that can't seek count as empty. So do folders, for which some systems give 2^63 - 1.
-    const int64_t measured = Mc3dsMeasureStream(file->stream);
+    const int64_t measured = Mc3dsStartStream(file->stream);
     const uint64_t size = measured > 0 && measured < INT64_MAX ? static_cast<uint64_t>(measured) : 0;
     const bool hasFrames = AllocateFrames(file, size);
     if (hasFrames) {

@@ -30,8 +30,9 @@ bool Mc3dsSeekStream(FILE *stream, int64_t offset, int origin)
 }
 #endif
 
-int64_t Mc3dsMeasureStream(FILE *stream)
+int64_t Mc3dsStartStream(FILE *stream)
 {
+    std::setvbuf(stream, nullptr, _IONBF, 0);
     // Some systems open folders, where this seek may fail; the first read then reports an error.
     const int64_t size = Mc3dsSeekStream(stream, 0, SEEK_END) ? TellStream(stream) : 0;
     return Mc3dsSeekStream(stream, 0, SEEK_SET) ? size : -1;

@@ -118,6 +118,8 @@ enum class Mc3dsUnsupported : uint8_t {
 };
 constexpr size_t Mc3dsUnsupportedCount = 13;
 
+constexpr uint32_t Mc3dsTagCount = 0x10000;
+
 struct Mc3dsLoad;
 
 // A whole scene. Owns everything that its pointers refer to.
@@ -146,7 +148,7 @@ struct Mc3dsFile {
     Mc3dsSkippedObject *skipped; // owned; null if there are none; in the order of the file
     uint32_t skippedCount;
     uint32_t unsupported[Mc3dsUnsupportedCount]; // how many, by Mc3dsUnsupported
-    uint32_t *unknownChunks; // owned; how many, by tag, 65,536 entries; null if there are none
+    uint32_t *unknownChunks; // owned; how many, by tag, Mc3dsTagCount entries; null if there are none
 };
 
 // The largest finite float. Bounds start with it and its negative.

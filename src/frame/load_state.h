@@ -70,8 +70,9 @@ struct Mc3dsPiece {
 // ahead, so after an error fewer are read: only the first byte's error counts.
 Mc3dsPiece Mc3dsReadPiece(Mc3dsFile *file, void *bytes, size_t wanted, uint64_t offset, bool goesOn);
 
-// Returns the file size in bytes and rewinds. Negative if the stream can't seek.
-int64_t Mc3dsMeasureStream(FILE *stream);
+// Turns off the stream's buffer, as the load has its own, and rewinds. Returns the file size in bytes;
+// negative if the stream can't seek.
+int64_t Mc3dsStartStream(FILE *stream);
 
 void Mc3dsCloseStream(Mc3dsFile *file);
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "load_state.h"
+#include "outcome.h"
 
 constexpr uint32_t none = UINT32_MAX;
 
@@ -57,8 +58,10 @@ static bool Extend(Mc3dsNames *names, const char *records, size_t size, uint32_t
     if (count > names->capacity) {
         const uint64_t capacity = uint64_t{count} * 2;
         void *nodes = Mc3dsResize(names->nodes, capacity, sizeof(Mc3dsNameNode));
-        if (!nodes)
+        if (!nodes) {
+            Mc3dsNoteLackOfMemory();
             return false;
+        }
         names->nodes = static_cast<Mc3dsNameNode *>(nodes);
         names->capacity = static_cast<uint32_t>(capacity);
     }

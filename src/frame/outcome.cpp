@@ -19,6 +19,11 @@ void Mc3dsNoteLackOfMemory()
     outcome.outOfMemory = true;
 }
 
+void Mc3dsNoteNoScene()
+{
+    outcome.isNoScene = true;
+}
+
 void Mc3dsNoteOpenError(int error)
 {
     outcome.openError = error != 0 ? error : EIO;

@@ -10,6 +10,7 @@ enum class Mc3dsFileStep : uint8_t { None, Open, Write, Flush, Close };
 // Reset by each call of Mc3dsLoadFile and Mc3dsOutput.
 struct Mc3dsOutcome {
     bool outOfMemory;         // an allocation failed
+    bool isNoScene;           // the file is no 3D Studio file
     int openError;            // errno of opening the scene's file; 0 if it was opened
     Mc3dsFileStep failedStep; // of the first output file that failed
     int failedError;          // its errno
@@ -23,6 +24,7 @@ const Mc3dsOutcome *Mc3dsGetOutcome();
 
 void Mc3dsResetOutcome();
 void Mc3dsNoteLackOfMemory();
+void Mc3dsNoteNoScene();
 void Mc3dsNoteOpenError(int error);
 // Begins the next output file.
 void Mc3dsNoteOutputFile();

@@ -1,5 +1,6 @@
 #include <cstdlib>
 
+#include "../frame/outcome.h"
 #include "output.h"
 
 uint32_t Mc3dsParentNumbers(const Mc3dsFile *file)
@@ -16,6 +17,7 @@ void Mc3dsBuildHierarchy(const Mc3dsFile *file, Mc3dsHierarchy *hierarchy)
         static_cast<uint32_t *>(Mc3dsResize(nullptr, file->objectCount, sizeof(uint32_t)));
     if (!hierarchy->firstChild || !hierarchy->nextSibling) {
         Mc3dsFreeHierarchy(hierarchy);
+        Mc3dsNoteLackOfMemory();
         return;
     }
     for (uint32_t node = 0; node < parentNumbers; ++node)

@@ -63,13 +63,18 @@ static bool ReadRoot(Mc3dsFile *file)
         }
         return true;
     case MDATA: Mc3dsReadEditorChunks(file, &root); return true;
-    default: Mc3dsError(1, Mc3dsReportKind::NotAScene, "File is not a 3DS file"); return false;
+    default:
+        Mc3dsNoteNoScene();
+        Mc3dsError(1, Mc3dsReportKind::NotAScene, "File is not a 3DS file");
+        return false;
     }
 }
 
 Mc3dsFile *Mc3dsLoadFile(const char *path)
 {
     Mc3dsResetOutcome();
+    if (!path)
+        Mc3dsNoteOpenError(EINVAL);
     Mc3dsFile *file = path ? OpenScene(path) : nullptr;
     if (!file)
         return nullptr;

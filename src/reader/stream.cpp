@@ -4,9 +4,7 @@ static char nameBuffer[130]; // 129 bytes and a NUL
 
 bool Mc3dsOpenStream(Mc3dsFile *file)
 {
-    // The load has a buffer of its own.
-    std::setvbuf(file->stream, nullptr, _IONBF, 0);
-    const int64_t size = Mc3dsMeasureStream(file->stream);
+    const int64_t size = Mc3dsStartStream(file->stream);
     if (size < 0)
         return false;
     // Limited to what 32-bit positions reach: some systems give a folder the size 2^63 - 1.

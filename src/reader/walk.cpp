@@ -54,7 +54,7 @@ bool Mc3dsNextChunk(Mc3dsFile *file, const Mc3dsChunk *parent, Mc3dsChunk *child
 void Mc3dsIgnoreChunk(Mc3dsFile *file, uint16_t tag)
 {
     if (!file->unknownChunks)
-        file->unknownChunks = static_cast<uint32_t *>(std::calloc(0x10000, sizeof(uint32_t)));
+        file->unknownChunks = static_cast<uint32_t *>(std::calloc(Mc3dsTagCount, sizeof(uint32_t)));
     if (file->unknownChunks)
         ++file->unknownChunks[tag];
     else
