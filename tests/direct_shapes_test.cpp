@@ -1,17 +1,13 @@
 // Positions of objects in direct builds, for every shape of the tree.
-#include <algorithm>
-#include <array>
-#include <cmath>
 #include <sstream>
 
 #include "harness.h"
 #include "mclmodel.h"
+#include "script.h"
 
 using namespace chunks;
 
 struct DirectShapes : SceneTest {};
-
-using Point = std::array<double, 3>;
 
 // An object of the file and its place in the tree.
 struct Piece {
@@ -71,21 +67,13 @@ static std::string Vue()
     return vue.str();
 }
 
-static Point Apply(const Point &p, const double m[16])
-{
-    Point out;
-    for (size_t c = 0; c < 3; ++c)
-        out[c] = p[0] * m[c] + p[1] * m[4 + c] + p[2] * m[8 + c] + m[12 + c];
-    return out;
-}
-
 static void AppendFaces(const McGeometryView &geometry, const double *inner, const double *outer,
                         std::vector<Point> &world)
 {
     for (size_t face = 0; face < geometry.faceCount; ++face)
         for (const int number : geometry.faces[face].vertices) {
             const McPoint &p = geometry.points[number - 1];
-            world.push_back(Apply(inner ? Apply({p.x, p.y, p.z}, inner) : Point{p.x, p.y, p.z}, outer));
+            world.push_back(Place(Place({p.x, p.y, p.z}, inner), outer));
         }
 }
 
@@ -96,7 +84,7 @@ static void AppendClumps(McClump *clump, std::vector<Point> &world)
     McInstanceView instance;
     McPrototypeView prototype;
     for (; McGetClump(clump, &view); clump = view.nextSibling) {
-        AppendFaces(view.geometry, nullptr, view.world, world);
+        AppendFaces(view.geometry, identity.data(), view.world, world);
         for (size_t i = 0; McGetInstance(clump, i, &instance); ++i)
             if (McGetPrototype(clump, static_cast<size_t>(instance.prototype), &prototype))
                 AppendFaces(prototype.geometry, instance.placement, view.world, world);
@@ -130,17 +118,6 @@ static void AppendExpected(const Piece &piece, const Point &moved, double scale,
         if (i % 3 == 2)
             world.push_back({p[0], p[2], -p[1]});
     }
-}
-
-static double Distance(const std::vector<Point> &a, const std::vector<Point> &b)
-{
-    double most = a.size() == b.size() ? 0 : INFINITY;
-    for (size_t i = 0; i < a.size() && most < INFINITY; ++i)
-        for (size_t axis = 0; axis < 3; ++axis) {
-            const double distance = std::fabs(a[i][axis] - b[i][axis]);
-            most = distance < 1e9 ? std::max(most, distance) : INFINITY; // NaN counts as infinite
-        }
-    return most;
 }
 
 TEST_F(DirectShapes, EveryShapeOfTheTreePutsEveryFaceWhereTheFileHasIt)
@@ -195,34 +172,32 @@ TEST_F(DirectShapes, BelowASingularObjectANestedTreeFallsOntoItsPosition)
     }
 }
 
-// The lines of an animation file as matrices, frame by frame.
-static std::vector<std::array<double, 16>> FrameLines(const LoadedScene &scene, uint32_t flags)
+// Both frames of an animation file, with the objects in the order of the pieces.
+static std::vector<std::array<Matrix, 5>> Frames(const LoadedScene &scene, uint32_t flags)
 {
     Mc3dsOptions options = DefaultOptions(flags | MC3DS_ANIMATION | MC3DS_CENTRE);
     Output(scene, options);
-    std::vector<std::array<double, 16>> all(2 * pieces.size());
-    std::istringstream words(ReadFile("output/out.anm"));
-    size_t frame = 0, number = 0;
-    for (std::string word; words >> word;)
-        if (words >> (word == "Frame" ? frame : number); word == "Transform")
-            for (size_t i = 0; i < 12; ++i)
-                words >> all.at(frame * pieces.size() + number - 1)[i / 3 * 4 + i % 3];
-    return all;
+    std::vector<std::array<Matrix, 5>> frames;
+    for (const FrameLines &lines : ReadFrames(ReadFile("output/out.anm"))) {
+        frames.emplace_back();
+        for (const auto &[number, matrix] : lines)
+            frames.back().at(number - 1) = matrix;
+    }
+    return frames;
 }
 
 TEST_F(DirectShapes, ALineOfTheAnimationTimesTheParentsWorldIsTheObjectsWorld)
 {
     const LoadedScene scene = LoadBytes(SceneOf(pieces), Vue());
-    const auto relative = FrameLines(scene, 0), world = FrameLines(scene, MC3DS_FLAT);
-    for (size_t line = 0; line < world.size(); ++line) {
-        const uint16_t parent = pieces[line % 5].parent;
-        for (const Point &p : {Point{0, 0, 0}, Point{1, 0, 0}, Point{0, 1, 0}, Point{0, 0, 1}}) {
-            Point placed = Apply(p, relative[line].data());
-            if (parent != noParent)
-                placed = Apply(placed, world[line - line % 5 + parent].data());
-            EXPECT_LT(Distance({placed}, {Apply(p, world[line].data())}), 5e-5) << line;
+    const auto relative = Frames(scene, 0), world = Frames(scene, MC3DS_FLAT);
+    ASSERT_EQ(relative.size(), 2u);
+    for (size_t frame = 0; frame < 2; ++frame)
+        for (size_t i = 0; i < pieces.size(); ++i) {
+            const Matrix &mine = relative[frame][i], &wanted = world.at(frame)[i];
+            const uint16_t parent = pieces[i].parent;
+            const Matrix placed = parent == noParent ? mine : Times(mine, world[frame][parent]);
+            for (size_t n = 0; n < 16; ++n)
+                EXPECT_NEAR(placed[n], wanted[n], 5e-5) << frame << ' ' << i << ' ' << n;
         }
-    }
-    EXPECT_NE(world[0][12], 0); // some lines were read
-    EXPECT_NE(world[0], world[5]);
+    EXPECT_NE(world[0], world[1]);
 }

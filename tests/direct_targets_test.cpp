@@ -4,51 +4,43 @@
 #include <charconv>
 #include <cmath>
 #include <map>
-#include <sstream>
 
 #include "command.h"
 #include "harness.h"
+#include "script.h"
 #include "worked_scene.h"
 
 using namespace chunks;
 
 struct DirectTargets : SceneTest {};
 
-static std::vector<std::string> Words(const std::string &line)
-{
-    std::istringstream words(line.substr(0, line.find('#')));
-    std::vector<std::string> all;
-    for (std::string word; words >> word;)
-        all.push_back(word);
-    return all;
-}
+using Calls = std::vector<std::vector<std::string>>;
 
-// The calls of a script in the format of the recorder. Calls for the matrix itself have no line in a script.
-static std::string ScriptCalls(const std::string &script)
+// The calls of a script as the recorder prints them. Calls for the matrix itself have no line in a script.
+static Calls ScriptCalls(const std::string &script)
 {
     const std::map<std::string, int> values = {
         {"NULL", 0},   {"HS", 2},        {"EDITABLE", 4}, {"Null", 0},  {"Lit", 1},   {"Foreshorten", 2},
         {"Filter", 4}, {"WIREFRAME", 2}, {"SOLID", 4},    {"FACET", 1}, {"VERTEX", 2}};
-    std::istringstream lines(script);
-    std::string calls = "CreateMatrix\n";
-    for (std::string line; std::getline(lines, line);) {
-        const std::vector<std::string> words = Words(line);
-        const std::string name = words.empty() ? "" : words[0];
-        int sum = 0;
-        for (size_t i = 1; i < words.size(); ++i)
-            if (name == "Transform")
-                calls += "MatrixElement 1 " + std::to_string((i - 1) / 4) + ' ' +
-                         std::to_string((i - 1) % 4) + ' ' + words[i] + '\n';
-            else if (const auto value = values.find(words[i]); value != values.end())
-                sum += value->second;
-        if (name == "Transform")
-            calls += "TransformCTM 1\n";
-        else if (name == "Hints" || name == "TextureModes" || name.ends_with("Sampling"))
-            calls += name + ' ' + std::to_string(sum) + '\n';
-        else if (!name.empty())
-            calls += line + '\n';
+    Calls calls = {{"CreateMatrix"}};
+    for (const std::vector<std::string> &words : Statements(script)) {
+        const std::string &name = words[0];
+        if (name == "Transform") {
+            for (size_t i = 0; i < 16; ++i)
+                calls.push_back(
+                    {"MatrixElement", "1", std::to_string(i / 4), std::to_string(i % 4), words.at(i + 1)});
+            calls.push_back({"TransformCTM", "1"});
+        } else if (name == "Hints" || name == "TextureModes" || name.ends_with("Sampling")) {
+            int sum = 0;
+            for (size_t i = 1; i < words.size(); ++i)
+                sum += values.at(words[i]);
+            calls.push_back({name, std::to_string(sum)});
+        } else {
+            calls.push_back(words);
+        }
     }
-    return calls + "DestroyMatrix 1\n";
+    calls.push_back({"DestroyMatrix", "1"});
+    return calls;
 }
 
 // Numbers may differ by half a unit of the sixth decimal plus the rounding to float.
@@ -61,18 +53,16 @@ static bool SameWord(const std::string &a, const std::string &b)
     return std::fabs(x - y) <= 0.501e-6 + 1.2e-7 * std::fabs(x);
 }
 
-static testing::AssertionResult SameCalls(const std::string &calls, const std::string &others)
+static testing::AssertionResult SameCalls(const Calls &calls, const Calls &others)
 {
-    std::istringstream lines(calls), otherLines(others);
-    for (int number = 1;; ++number) {
-        std::string line, other;
-        const bool more = !!std::getline(lines, line), otherMore = !!std::getline(otherLines, other);
-        const std::vector<std::string> a = Words(line), b = Words(other);
-        if (more != otherMore || !std::equal(a.begin(), a.end(), b.begin(), b.end(), SameWord))
-            return testing::AssertionFailure() << "call " << number << ": " << line << "\nagainst: " << other;
-        if (!more)
-            return testing::AssertionSuccess();
+    for (size_t i = 0; i < std::max(calls.size(), others.size()); ++i) {
+        const std::vector<std::string> a = i < calls.size() ? calls[i] : Calls::value_type(),
+                                       b = i < others.size() ? others[i] : Calls::value_type();
+        if (!std::equal(a.begin(), a.end(), b.begin(), b.end(), SameWord))
+            return testing::AssertionFailure() << "call " << i << ": " << testing::PrintToString(a)
+                                               << "\nagainst: " << testing::PrintToString(b);
     }
+    return testing::AssertionSuccess();
 }
 
 static std::string Folder(const std::string &path)
@@ -141,8 +131,8 @@ TEST_F(DirectTargets, AllThreeMakeTheSameCalls)
         const std::string direct = MustRun(MC3DS_EMULATOR " ./direct scene.3ds " + std::to_string(row.flags) +
                                            ' ' + std::to_string(row.surfaceFlags) + ' ' +
                                            std::to_string(row.hintFlags) + ' ' + std::to_string(row.scale));
-        EXPECT_TRUE(SameCalls(direct, MustRun(MC3DS_EMULATOR " ./built")));
-        EXPECT_TRUE(SameCalls(direct.substr(0, direct.find("result")), ScriptCalls(script)));
+        EXPECT_TRUE(SameCalls(Statements(direct), Statements(MustRun(MC3DS_EMULATOR " ./built"))));
+        EXPECT_TRUE(SameCalls(Statements(direct.substr(0, direct.find("result"))), ScriptCalls(script)));
     }
 }
 #endif
