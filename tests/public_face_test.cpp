@@ -126,11 +126,12 @@ TEST_F(PublicFace, SettersGiveBackWhatWasSetBeforeEachForItself)
     EXPECT_EQ(Mc3dsGetVersion(), Mc3dsGetVersion());
 }
 
-TEST_F(PublicFace, ALongReportIsCutAndNoOtherFollows)
+TEST_F(PublicFace, AFileThatCannotBeOpenedIsToldOnceAndALongPathIsCut)
 {
-    const std::string path(300, 'x');
-    EXPECT_FALSE(Load(path));
-    EXPECT_EQ(TakeReportLines(), "E1 " + ("Unable to open file <" + path).substr(0, 255) + "\n");
+    for (const std::string &path : {std::string("missing.3ds"), std::string(300, 'x')}) {
+        EXPECT_FALSE(Load(path));
+        EXPECT_EQ(TakeReportLines(), "E1 " + ("Unable to open file <" + path + '>').substr(0, 255) + "\n");
+    }
     Mc3dsUnloadFile(nullptr);
     EXPECT_EQ(Mc3dsLoadFile(nullptr), nullptr);
     EXPECT_EQ(TakeReportLines(), "");

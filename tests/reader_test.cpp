@@ -80,14 +80,6 @@ TEST_F(ReaderTest, EveryFileEndsInASceneOrInNothing)
     }
 }
 
-TEST_F(ReaderTest, APathThatIsNoFileGivesNothing)
-{
-    EXPECT_FALSE(Load("missing.3ds"));
-    EXPECT_EQ(TakeReportLines(), "E1 Unable to open file <missing.3ds>\n");
-    EXPECT_EQ(Mc3dsLoadFile(nullptr), nullptr);
-    EXPECT_EQ(TakeReportLines(), "");
-}
-
 TEST_F(ReaderTest, CountsThatNoFileCanHoldEndTheLoadOnce)
 {
     const Bytes huge = Chunk(0x4110, {U16(0xFFFF)});

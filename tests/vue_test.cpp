@@ -42,6 +42,8 @@ TEST_F(VueTest, RecordsAreFoundAmongWhateverElseIsThere)
     } rows[] = {
         {"nothing", "\n", still + other, ""},
         {"a record", "frame 1\ntransform \"BOX\"" + turned + "5 0 0\n", moved, ""},
+        {"the frame after the last", "frame 3 transform BOX" + turned + "5 0 0",
+         "1 1,0,0 1,0,0 1,0,0 5,1,0" + other, ""},
         {"keywords in capitals, no line ends", "FRAME 1 Transform BOX" + turned + "5 0 0", moved, ""},
         {"a word that is quoted in part", "frame \"1\" transform BOX" + turned + "5 0 0", still + other, ""},
         {"a quoted keyword, backslashes", "\"fra\\me\" 1 transform \"\\B\\O\\X\"" + turned + "5 0 0", moved,
@@ -114,13 +116,6 @@ TEST_F(VueTest, APathOf255CharactersStillLeadsToTheFile)
         EXPECT_EQ(scene->hasAnimation, length < 256 ? 1u : 0u);
         EXPECT_EQ(TakeReportLines("E").empty(), length < 256);
     }
-}
-
-TEST_F(VueTest, TheFrameAfterTheLastIsAcceptedToo)
-{
-    const LoadedScene scene = Load("frame 3 transform BOX" + turned + "5 0 0");
-    EXPECT_EQ(scene->objects[0].frames[3].m[3][0], 5);
-    EXPECT_EQ(TakeReportLines("E"), "");
 }
 
 // 4,194,304 and the bytes of the .vue file; takes 200 MB.
