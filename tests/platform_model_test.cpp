@@ -217,7 +217,10 @@ TEST_F(PlatformModel, CallsOutOfOrderAreCountedAndTheFirstIsNamed)
         set();
         EXPECT_EQ(McFirstError(), std::string(name) + ": no model is open");
     }
-    McClearErrors();
+}
+
+TEST_F(PlatformModel, NumbersOutOfRangeAndMissingNamesAreCounted)
+{
     Tell("[(vvv");
     for (const int outside : {0, 4})
         McTriangle(outside, 1, 2), McTriangle(1, outside, 2), McTriangle(1, 2, outside);

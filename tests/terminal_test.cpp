@@ -61,6 +61,14 @@ TEST_F(TerminalTest, ColoursBoxesAndTheStatusLineFollowTheTerminal)
         for (const char *part : row.hasNot)
             EXPECT_FALSE(Has(shown, part));
     }
+}
+
+TEST_F(TerminalTest, ALongRunHasABarAndALongNameItsEnd)
+{
+    if (RunCommand("command -v script").status != 0)
+        GTEST_SKIP() << "no script";
+    MakeInputs();
+    std::filesystem::copy_file("two.3ds", "b.3ds");
     // Nobody reads the first scene's output for more than a second, after which there is a bar.
     MustRun("mkfifo slow.mcx");
     std::filesystem::copy_file("two.3ds", "slow.3ds");
