@@ -183,7 +183,7 @@ TEST_F(GlbTest, NodesHaveTheirPlacements)
     for (const Json &node : file.json["nodes"])
         matrices += node.contains("matrix") ? 1 : 0;
     EXPECT_EQ(matrices, 4u);
-    // What a matrix can't say is in the vertices: any two axes aslant, or any axis lost.
+    // What a matrix can't store is in the vertices: any two axes aslant, or any axis lost.
     const char *const bent[] = {"1 1 0 0 1 0 0 0 1", "1 0 0 0 1 1 0 0 1", "1 0 1 0 1 0 0 0 1",
                                 "0 0 0 0 1 0 0 0 1", "1 0 0 0 0 0 0 0 1", "1 0 0 0 1 0 0 0 0"};
     for (const std::string rows : bent) {
@@ -435,11 +435,12 @@ TEST_F(GlbTest, TheAnimationIsThatOfTheAnimationFile)
 }
 
 // Two axes at 45 degrees are each turned by 22.5; the distance told is that of the bounds' worst corner.
-TEST_F(GlbTest, WhatAnAnimationCannotSayIsTheNearestThatItCan)
+TEST_F(GlbTest, ShearInAnAnimationBecomesTheNearestPlacement)
 {
     const std::string straight = "1 0 0 0 1 0 0 0 1 0 0 0";
-    const std::string note = "note: placements of the animation that a .glb can't say are the nearest that "
-                             "it can: up to ([0-9.]+) units of the file away\n";
+    const std::string note =
+        "note: a .glb can't store shear; the nearest placements of the animation are used, "
+        "up to ([0-9.]+) units of the file away\n";
     for (const std::string slant : {"1 1 0 0 1 0 0 0 1", "1 0 0 0 1 1 0 0 1", "1 0 1 0 1 0 0 0 1"}) {
         SCOPED_TRACE(slant);
         WriteMovingBox("bent", {straight, slant + " 5 0 0"});
