@@ -65,15 +65,16 @@ std::map<std::string, std::string> FindBeside(const std::filesystem::path &path,
 
 // ---- process.cpp
 
-// Lets the use of a closed standard stream fail, and turns a failing write into an error instead of a signal.
-void PrepareProcess();
-// From this call on, an interrupt or termination request ends the worker processes, runs cleanUp in a
-// separate thread and ends the program. Only the first call counts.
-void CleanUpWhenInterrupted(void (*cleanUp)());
 // Whether an interrupt is being handled. False in the thread that runs cleanUp.
 bool IsInterrupted();
 // Doesn't return after an interrupt: cleanUp removes files that the caller may be using.
 void StopIfInterrupted();
+std::string RandomText();
+
+// ---- system_posix.cpp or system_windows.cpp
+
+// Lets the use of a closed standard stream fail, and turns a failing write into an error instead of a signal.
+void PrepareProcess();
 bool IsTerminal(FILE *stream);
 // Turns off the conversion of line ends on standard output.
 void MakeStandardOutputBinary();
@@ -81,12 +82,20 @@ void MakeStandardOutputBinary();
 bool OutputReaderIsGone();
 // Renames a file. Returns file_exists instead of replacing a file.
 std::error_code MoveToNewName(const std::filesystem::path &from, const std::filesystem::path &to);
-std::string RandomText();
 // Creates a folder that only its owner can enter, named beginning plus random letters. On failure returns an
 // empty path and the reason in why.
 std::filesystem::path MakeOwnFolder(const std::filesystem::path &beginning, std::string *why);
 // False if the folder isn't empty.
 bool RemoveEmptyFolder(const std::filesystem::path &folder);
+
+// ---- interrupts_posix.cpp or system_windows.cpp
+
+// From this call on, an interrupt or termination request ends the worker processes, runs cleanUp in a
+// separate thread and ends the program. Only the first call counts.
+void CleanUpWhenInterrupted(void (*cleanUp)());
+
+// ---- workers_posix.cpp or system_windows.cpp
+
 // Whether RunInProcesses starts processes; else it does all work one by one in this one.
 bool CanSplitProcesses();
 // Calls work for each index below count, in up to atOnce worker processes. Calls finished in this process, in
