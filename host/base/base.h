@@ -69,6 +69,10 @@ std::map<std::string, std::string> FindBeside(const std::filesystem::path &path,
 bool IsInterrupted();
 // Doesn't return after an interrupt: cleanUp removes files that the caller may be using.
 void StopIfInterrupted();
+// Between these two an interrupt waits, so that what belongs together is done as a whole. A call of
+// HoldInterrupts without the other extends the time.
+void HoldInterrupts();
+void ReleaseInterrupts();
 std::string RandomText();
 
 // ---- system_posix.cpp or system_windows.cpp

@@ -1,10 +1,13 @@
 // Interrupts on POSIX systems, and the child processes that they end too.
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <mutex>
 #include <pthread.h>
 #include <semaphore>
+#include <thread>
 #include <vector>
 #if defined(__linux__)
 #include <sys/prctl.h>
@@ -23,13 +26,36 @@ static std::binary_semaphore interruptThreadWaits{0};
 static std::mutex childrenMutex;
 static std::vector<pid_t> children;
 
+// What happens first decides: an interrupt, or the end of the program.
+enum class Ending { None, Interrupt, Normal };
+static std::atomic<Ending> ending;
+
+static bool DecideEnding(Ending wanted)
+{
+    Ending none = Ending::None;
+    return ending.compare_exchange_strong(none, wanted);
+}
+
+static bool HasChildren(int number)
+{
+    const std::lock_guard lock(childrenMutex);
+    for (const pid_t id : children) {
+        kill(id, number);
+        kill(id, SIGCONT); // a stopped one gets the signal only when it goes on
+    }
+    return !children.empty();
+}
+
+// The thread that started the children goes on collecting what they still send, and reaps them.
 static void InterruptChildren(int number)
 {
-    childrenMutex.lock(); // never unlocked: no other child may start
-    for (const pid_t id : children)
-        kill(id, number);
-    for (const pid_t id : children)
-        waitpid(id, nullptr, 0);
+    constexpr int grace = 200; // times 10 ms
+    HasChildren(number);
+    for (int i = 0; CollectsResults() && i < 2 * grace; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        if (i >= grace)
+            HasChildren(SIGKILL);
+    }
 }
 
 // A signal handler must not remove folders; a thread that waits for the signal may.
@@ -37,10 +63,11 @@ static void *WaitForInterrupt(void *)
 {
     int number = 0;
     interruptThreadWaits.release();
-    if (sigwait(&interruptSignals, &number) != 0)
+    if (sigwait(&interruptSignals, &number) != 0 || !DecideEnding(Ending::Interrupt))
         return nullptr;
     BeginCleanUp();
     InterruptChildren(number);
+    CollectResults(false);
     interruptCleanUp();
     signal(number, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &interruptSignals, nullptr);
@@ -48,9 +75,11 @@ static void *WaitForInterrupt(void *)
     std::_Exit(exitFailed);
 }
 
+// The clean-up after an interrupt is never cancelled: it ends the program.
 static void EndWaiting()
 {
-    pthread_cancel(interruptThread);
+    if (DecideEnding(Ending::Normal))
+        pthread_cancel(interruptThread);
     pthread_join(interruptThread, nullptr);
 }
 
@@ -84,13 +113,18 @@ void CleanUpWhenInterrupted(void (*cleanUp)())
 pid_t StartChild()
 {
     const std::lock_guard lock(childrenMutex);
+    if (IsCleaningUp()) {
+        errno = EINTR;
+        return -1;
+    }
     children.reserve(children.size() + 1); // a child that isn't listed would never end
     const pid_t id = fork();
     if (id > 0)
         children.push_back(id);
     if (id == 0) {
         // fork copies only the calling thread.
-        EndCleanUp();
+        ForgetInterrupts();
+        ending = Ending::None;
         interruptCleanUp = nullptr;
         children.clear();
 #if defined(__linux__)

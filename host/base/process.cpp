@@ -6,28 +6,70 @@
 
 #include "interrupts.h"
 
-static std::atomic<bool> interrupted;
+static std::atomic<bool> requested, interrupted, held, collects;
 static thread_local bool cleansUp; // true in the thread that handles an interrupt
+
+static void Pause()
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+}
 
 void BeginCleanUp()
 {
-    interrupted = cleansUp = true;
+    requested = cleansUp = true;
+    while (held)
+        Pause();
+    interrupted = true;
 }
 
-void EndCleanUp()
+void ForgetInterrupts()
 {
-    interrupted = false;
+    requested = interrupted = held = collects = false;
+}
+
+void CollectResults(bool isCollecting)
+{
+    collects = isCollecting;
+}
+
+bool CollectsResults()
+{
+    return collects;
+}
+
+bool IsCleaningUp()
+{
+    return interrupted;
 }
 
 bool IsInterrupted()
 {
-    return interrupted && !cleansUp;
+    return interrupted && !cleansUp && !collects;
 }
 
 void StopIfInterrupted()
 {
     while (IsInterrupted())
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        Pause();
+}
+
+// Either the hold is seen by the clean-up, which waits, or the request is seen here.
+void HoldInterrupts()
+{
+    if (cleansUp)
+        return;
+    held = true;
+    if (!requested)
+        return;
+    held = false;
+    while (!collects)
+        Pause();
+}
+
+void ReleaseInterrupts()
+{
+    if (!cleansUp)
+        held = false;
 }
 
 std::string RandomText()

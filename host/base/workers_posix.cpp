@@ -1,51 +1,44 @@
 // Work that is shared out among several processes, on POSIX systems.
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <new>
+#include <deque>
+#include <fcntl.h>
 #include <poll.h>
-#include <string>
-#include <sys/mman.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
 #include "interrupts.h"
 
-// A process that takes tasks until none is left.
+// A process that takes indices from one pipe and writes answers to another: a size and then its bytes.
 struct Worker {
     pid_t id;
-    int answers;       // a pipe; for each answer an AnswerHead and then its bytes
-    size_t place;      // its index in TaskList::busyWith
-    std::string bytes; // read from the pipe and not handled yet
+    int tasks; // closed, -1: it gets no more
+    int answers;
+    std::deque<size_t> given = {}; // indices without an answer; it works on the first
+    std::string bytes = {};        // read from the pipe and not handled yet
 };
 
-struct AnswerHead {
-    size_t index, size;
+// The run as its parent sees it.
+struct Crew {
+    std::deque<size_t> waiting = {}; // indices that no worker has
+    std::vector<Worker> workers = {};
+    const std::function<std::string(size_t)> &work;
+    void (*cleanUp)();
+    std::string whyNoWorker = {};
 };
-
-// In memory that the workers and their parent share.
-struct TaskList {
-    std::atomic<size_t> next; // the first index that no worker has taken
-    size_t count;
-    std::atomic<size_t> busyWith[1]; // for each worker: the index it works on; count if none
-};
-
-static std::vector<Worker> workers;
 
 bool CanSplitProcesses()
 {
     return true;
 }
 
-static bool WriteFully(int pipe, const std::string &bytes)
+static bool WriteFully(int pipe, const void *bytes, size_t size)
 {
-    const char *from = bytes.data();
-    for (size_t size = bytes.size(); size > 0;) {
+    const char *from = static_cast<const char *>(bytes);
+    while (size > 0) {
         const ssize_t length = write(pipe, from, size);
         if (length <= 0)
             return false;
@@ -55,59 +48,97 @@ static bool WriteFully(int pipe, const std::string &bytes)
     return true;
 }
 
-static bool DoTasks(TaskList *tasks, const Worker &self, const std::function<std::string(size_t)> &work)
+static bool DoTasks(int tasks, int answers, const std::function<std::string(size_t)> &work)
 {
-    for (size_t index; (index = tasks->next++) < tasks->count;) {
-        tasks->busyWith[self.place] = index;
+    for (size_t index; read(tasks, &index, sizeof index) == sizeof index;) {
         const std::string answer = work(index);
-        const AnswerHead head = {index, answer.size()};
-        if (!WriteFully(self.answers,
-                        std::string(reinterpret_cast<const char *>(&head), sizeof head) + answer))
+        const size_t size = answer.size();
+        const bool done = WriteFully(answers, &size, sizeof size) && WriteFully(answers, answer.data(), size);
+        ReleaseInterrupts(); // now the parent knows which files were delivered
+        if (!done)
             return false;
-        tasks->busyWith[self.place] = tasks->count;
     }
     return true;
 }
 
 // _Exit skips the exit handlers of the parent.
-[[noreturn]] static void WorkAsChild(TaskList *tasks, const Worker &self,
-                                     const std::function<std::string(size_t)> &work, void (*cleanUp)())
+[[noreturn]] static void WorkAsChild(int tasks, int answers, const Crew &crew)
 {
-    CleanUpWhenInterrupted(cleanUp);
+    CleanUpWhenInterrupted(crew.cleanUp);
     bool done = false;
     try {
-        done = DoTasks(tasks, self, work);
+        done = DoTasks(tasks, answers, crew.work);
     } catch (const std::exception &) { // the parent reports the missing answer
     }
-    cleanUp();
+    crew.cleanUp();
     StopIfInterrupted();
     std::_Exit(done ? exitDone : exitFailed);
 }
 
-// Returns why no worker was started; empty on success.
-static std::string StartWorker(TaskList *tasks, size_t place, const std::function<std::string(size_t)> &work,
-                               void (*cleanUp)())
+// Opens two pipes. False, with errno set and both closed, if that fails.
+static bool OpenPipes(int tasks[2], int answers[2])
 {
-    int answers[2];
-    if (pipe(answers) != 0)
-        return std::strerror(errno);
+    if (pipe(tasks) != 0)
+        return false;
+    if (pipe(answers) == 0)
+        return true;
+    const int reason = errno;
+    close(tasks[0]);
+    close(tasks[1]);
+    errno = reason;
+    return false;
+}
+
+// False, with the reason in whyNoWorker, if no worker can be started.
+static bool StartWorker(Crew *crew)
+{
+    int tasks[2], answers[2];
+    crew->workers.reserve(crew->workers.size() + 1); // before the fork: a worker must not be forgotten
+    if (!OpenPipes(tasks, answers)) {
+        crew->whyNoWorker = std::strerror(errno);
+        return false;
+    }
     std::fflush(nullptr); // else both processes would write the buffered output
-    tasks->busyWith[place] = tasks->count;
     const pid_t id = StartChild();
     const int reason = errno;
     if (id == 0) {
-        for (const Worker &other : workers)
+        // A pipe ends only when all its writers are closed.
+        for (const Worker &other : crew->workers) {
+            close(other.tasks);
             close(other.answers);
+        }
+        close(tasks[1]);
         close(answers[0]);
-        WorkAsChild(tasks, {0, answers[1], place, ""}, work, cleanUp);
+        WorkAsChild(tasks[0], answers[1], *crew);
     }
+    close(tasks[0]);
     close(answers[1]);
     if (id > 0) {
-        workers.push_back({id, answers[0], place, ""});
-        return "";
+        crew->workers.push_back({.id = id, .tasks = tasks[1], .answers = answers[0]});
+        return true;
     }
+    close(tasks[1]);
     close(answers[0]);
-    return std::strerror(reason);
+    crew->whyNoWorker = std::strerror(reason);
+    return false;
+}
+
+// While there is much to do, gives the worker one index more than it works on, so that it needn't wait. One
+// without work gets its pipe closed, which ends it. Two indices fit into a pipe, so the parent never waits.
+static void Deal(Crew *crew, Worker *worker)
+{
+    const size_t most = crew->waiting.size() > 4 * crew->workers.size() ? 2 : 1;
+    while (worker->tasks >= 0 && worker->given.size() < most && !crew->waiting.empty()) {
+        const size_t index = crew->waiting.front();
+        if (!WriteFully(worker->tasks, &index, sizeof index))
+            return; // it has died, which the other pipe shows
+        worker->given.push_back(index);
+        crew->waiting.pop_front();
+    }
+    if (worker->tasks >= 0 && (worker->given.empty() || IsCleaningUp())) {
+        close(worker->tasks);
+        worker->tasks = -1;
+    }
 }
 
 // Reads from the worker's pipe. False at its end.
@@ -125,89 +156,73 @@ using Finished = std::function<void(size_t, const std::string &answer, const std
 // Passes complete answers to finished.
 static void TakeAnswers(Worker *worker, const Finished &finished)
 {
-    AnswerHead head;
     size_t at = 0;
-    for (; worker->bytes.size() - at >= sizeof head; at += sizeof head + head.size) {
-        std::memcpy(&head, worker->bytes.data() + at, sizeof head);
-        if (worker->bytes.size() - at - sizeof head < head.size)
+    for (size_t size; worker->bytes.size() - at >= sizeof size; at += sizeof size + size) {
+        std::memcpy(&size, worker->bytes.data() + at, sizeof size);
+        if (worker->bytes.size() - at - sizeof size < size || worker->given.empty())
             break;
-        finished(head.index, worker->bytes.substr(at + sizeof head, head.size), "");
+        const size_t index = worker->given.front();
+        worker->given.pop_front();
+        finished(index, worker->bytes.substr(at + sizeof size, size), "");
     }
     worker->bytes.erase(0, at);
 }
 
-static Worker EndWorker(size_t number, std::string *failure)
+// Removes a worker whose pipe has ended. Of the indices that it had, the first has failed with it.
+static void EndWorker(Crew *crew, size_t number, const Finished &finished)
 {
-    const Worker ended = workers[number];
-    workers.erase(workers.begin() + static_cast<ptrdiff_t>(number));
+    const Worker ended = std::move(crew->workers[number]);
+    crew->workers.erase(crew->workers.begin() + static_cast<ptrdiff_t>(number));
     close(ended.answers);
+    if (ended.tasks >= 0)
+        close(ended.tasks);
     const int status = ReapChild(ended.id);
-    *failure = "its process failed";
-    if (WIFSIGNALED(status))
-        *failure = std::string("its process was ended by a signal: ") + strsignal(WTERMSIG(status));
-    return ended;
+    if (ended.given.empty() || IsCleaningUp())
+        return;
+    crew->waiting.insert(crew->waiting.begin(), ended.given.begin() + 1, ended.given.end());
+    finished(ended.given.front(), "",
+             WIFSIGNALED(status)
+                 ? std::string("its process was ended by a signal: ") + strsignal(WTERMSIG(status))
+                 : "its process failed");
+    if (!crew->waiting.empty())
+        StartWorker(crew);
 }
 
-// Waits for an answer and then 2 ms more, to handle answers of several workers at once.
-static std::vector<pollfd> WaitForAnswers()
+// Handles what the workers have sent, from the last to the first, as ended ones are removed.
+static void HandleAnswers(Crew *crew, const Finished &finished)
 {
     std::vector<pollfd> pipes;
-    for (const Worker &worker : workers)
+    for (const Worker &worker : crew->workers)
         pipes.push_back({worker.answers, POLLIN, 0});
     poll(pipes.data(), pipes.size(), -1);
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    poll(pipes.data(), pipes.size(), 0);
-    return pipes;
-}
-
-static TaskList *MakeTaskList(size_t count, size_t workerCount)
-{
-    const size_t size = sizeof(TaskList) + workerCount * sizeof(std::atomic<size_t>);
-    void *memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED)
-        throw std::bad_alloc();
-    auto *tasks = new (memory) TaskList();
-    tasks->count = count;
-    return tasks;
+    for (size_t i = pipes.size(); i-- > 0;) {
+        if (pipes[i].revents == 0)
+            continue;
+        if (!ReadAnswers(&crew->workers[i])) {
+            EndWorker(crew, i, finished);
+            continue;
+        }
+        TakeAnswers(&crew->workers[i], finished);
+        Deal(crew, &crew->workers[i]);
+    }
 }
 
 void RunInProcesses(size_t count, size_t atOnce, const std::function<std::string(size_t)> &work,
                     void (*cleanUp)(), const Finished &finished)
 {
-    TaskList *const tasks = MakeTaskList(count, atOnce);
-    // A worker may be killed after it has answered, or after it has taken an index that nobody knows of.
-    std::vector<bool> isFinished(count);
-    const Finished finish = [&](size_t index, const std::string &answer, const std::string &failure) {
-        if (!isFinished[index])
-            finished(index, answer, failure);
-        isFinished[index] = true;
-    };
-    std::string why = "its process is lost";
-    const auto start = [&](size_t place) {
-        const std::string failure = StartWorker(tasks, place, work, cleanUp);
-        if (!failure.empty())
-            why = "no process can be started: " + failure;
-        return failure.empty();
-    };
-    for (size_t i = 0; i < std::min(atOnce, count) && start(i); ++i) {
-    }
-    while (!workers.empty()) {
-        const std::vector<pollfd> pipes = WaitForAnswers();
-        for (size_t i = pipes.size(); i-- > 0;) {
-            if (pipes[i].revents == 0 || ReadAnswers(&workers[i])) {
-                TakeAnswers(&workers[i], finish);
-                continue;
-            }
-            std::string failure;
-            const Worker ended = EndWorker(i, &failure);
-            const size_t index = tasks->busyWith[ended.place];
-            if (index < count)
-                finish(index, "", failure);
-            if (index < count && tasks->next < count)
-                start(ended.place);
-        }
-    }
+    Crew crew = {.work = work, .cleanUp = cleanUp};
     for (size_t index = 0; index < count; ++index)
-        finish(index, "", why);
-    munmap(static_cast<void *>(tasks), sizeof(TaskList) + atOnce * sizeof(std::atomic<size_t>));
+        crew.waiting.push_back(index);
+    CollectResults(true);
+    for (size_t i = 0; i < std::min(atOnce, count) && StartWorker(&crew); ++i) {
+    }
+    while (!crew.workers.empty()) {
+        for (Worker &worker : crew.workers)
+            Deal(&crew, &worker);
+        HandleAnswers(&crew, finished);
+    }
+    CollectResults(false);
+    StopIfInterrupted();
+    for (const size_t index : crew.waiting)
+        finished(index, "", "no process can be started: " + crew.whyNoWorker);
 }

@@ -48,6 +48,7 @@ static void RunOneByOne(const HostOptions &options, const std::vector<SceneJob> 
         ShowScene(progress, i + 1, jobs[i].scene, jobs[i].bytes);
         const SceneResult result = ConvertScene(options, jobs[i], reporter);
         Finish(i, result);
+        ReleaseInterrupts();
         CountBytes(progress, jobs[i].bytes);
     }
 }

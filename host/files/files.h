@@ -23,6 +23,8 @@ struct OutputFile {
 
 // Creates a folder in parent for this process alone. On failure returns an empty path and the reason in why.
 std::filesystem::path MakePrivateFolder(const std::filesystem::path &parent, std::string *why);
+// A path in a private folder that no output of a scene has.
+std::filesystem::path SpareName(const std::filesystem::path &folder);
 // Removes all private folders with their contents. None may be the current folder.
 void RemovePrivateFolders();
 // Adds mark to the names of private folders from now on. If this process dies, another one finds them in
@@ -53,9 +55,19 @@ bool WriteBytes(const OutputFile &file, const std::string &bytes, Reporter *repo
 
 enum class Delivery { Done, Kept, Unread, Failed }; // Unread: standard output was closed by its reader
 
-// Moves or copies a written file to its target. size gets its bytes, why the reason of a failure. noClobber:
-// an existing target is kept, even one created during the conversion.
-Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size, std::string *why);
+// A target that was replaced or created.
+struct Replaced {
+    std::filesystem::path target = {};
+    std::filesystem::path aside = {}; // the old file, in the private folder; empty: there was none
+};
+
+// Copies a written file into its target. On failure why gets the reason.
+Delivery CopyFile(const OutputFile &file, std::string *why);
+// Moves a written file to its target. noClobber: an existing target is kept, even one created during the
+// conversion. On failure why gets the reason, and PutBack(*replaced) restores the target.
+Delivery MoveFile(const OutputFile &file, bool noClobber, Replaced *replaced, std::string *why);
+// Undoes MoveFile. False if that fails.
+bool PutBack(const Replaced &replaced);
 
 // ---- write_files.cpp
 

@@ -22,10 +22,19 @@ fs::path MakePrivateFolder(const fs::path &parent, std::string *why)
     CleanUpWhenInterrupted(RemovePrivateFolders);
     StopIfInterrupted();
     const std::lock_guard lock(foldersMutex);
+    if (IsInterrupted()) { // since then; the folders are removed already
+        *why = "the run is interrupted";
+        return {};
+    }
     fs::path folder = MakeOwnFolder(parent / (folderStart + folderMark), why);
     if (!folder.empty())
         folders.push_back(folder);
     return folder;
+}
+
+fs::path SpareName(const fs::path &folder)
+{
+    return folder / (".spare-" + RandomText());
 }
 
 void RemovePrivateFolders()

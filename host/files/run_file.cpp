@@ -14,6 +14,7 @@ bool WriteRunFile(const OutputFile &located, bool noClobber, const std::string &
     std::vector<OutputFile> files = {located};
     const bool done = MakeRoom(&files, "", false, reporter) && WriteBytes(files.front(), text, reporter) &&
                       DeliverAll(files, false, noClobber, reporter);
+    ReleaseInterrupts();
     RemovePrivateFolders();
     return done;
 }

@@ -116,8 +116,8 @@ static bool WritePicture([[maybe_unused]] const HostOptions &options, [[maybe_un
     PreviewOptions preview = options.preview;
     if (!file) // small, as one page holds the pictures of all scenes
         preview = {.width = pagePictureWidth, .height = pagePictureHeight};
-    *picture = DrawPreview(scene, asked, preview, reporter);
-    return !picture->empty() && (!file || WriteBytes(*file, *picture, reporter));
+    return DrawPreview(scene, asked, preview, reporter, picture) &&
+           (!file || picture->empty() || WriteBytes(*file, *picture, reporter));
 #else
     return options.previewFile.empty();
 #endif
@@ -125,11 +125,14 @@ static bool WritePicture([[maybe_unused]] const HostOptions &options, [[maybe_un
 
 static bool WriteModel([[maybe_unused]] const Mc3dsFile *scene, [[maybe_unused]] const Mc3dsOptions &asked,
                        [[maybe_unused]] const std::string &scenePath, const OutputFile &file,
-                       Reporter *reporter)
+                       Reporter *reporter, [[maybe_unused]] bool *isEmpty)
 {
     std::string why = "the model can't be seen";
 #if defined(MC3DS_HAVE_MCLMODEL)
-    why = WriteGlb(scene, asked, scenePath, file.written, reporter);
+    const fs::path working = SpareName(file.written.parent_path());
+    why = WriteGlb(scene, asked, scenePath, file.written, working, reporter, isEmpty);
+    if (*isEmpty && why.empty())
+        ReportFinding(reporter, {.kind = FindingKind::NothingToShow, .names = {{file.shown}}});
 #endif
     if (!why.empty())
         ReportUnwritten(reporter, file.shown, why);
@@ -151,49 +154,95 @@ static bool WriteAll(const HostOptions &options, const std::string &scenePath, c
         !WritePicture(options, scene, *asked, FindKind(*files, TextKind::Picture), reporter, picture))
         return false;
     const OutputFile *const glb = FindKind(*files, TextKind::Glb);
-    return !glb || WriteModel(scene, *asked, scenePath, *glb, reporter);
+    bool isEmpty = false;
+    if (glb && !WriteModel(scene, *asked, scenePath, *glb, reporter, &isEmpty))
+        return false;
+    // What has nothing to show isn't delivered.
+    std::erase_if(*files, [&](const OutputFile &file) {
+        return (file.kind == TextKind::Picture && picture->empty()) ||
+               (file.kind == TextKind::Glb && isEmpty);
+    });
+    return true;
 }
 
-// Returns the file that can't be delivered, with the reason in why, or null.
-static const OutputFile *DeliverEach(const std::vector<OutputFile> &files, bool noClobber,
-                                     std::vector<WrittenFile> *written, std::vector<std::string> *kept,
-                                     std::string *why)
+struct Delivered {
+    std::vector<WrittenFile> written;
+    size_t copies = 0; // how many of them were copied, and can't be undone
+    std::vector<std::string> kept;
+    std::vector<Replaced> replaced;
+    const OutputFile *failed = nullptr;
+    std::string why;
+};
+
+static void Note(const OutputFile &file, Delivery delivery, uint64_t size, Delivered *delivered)
 {
-    // Copies come first, as they fail more often than renames: until then no file is replaced.
+    if (delivery == Delivery::Failed)
+        delivered->failed = &file;
+    else if (delivery == Delivery::Kept)
+        delivered->kept.push_back(file.shown);
+    else if (delivery == Delivery::Done)
+        delivered->written.push_back({file.shown, size});
+}
+
+// Copies come first, as they fail more often than renames: until then no file is replaced. Interrupts wait
+// until all files are renamed. If one can't be, the others are put back.
+static Delivered DeliverEach(const std::vector<OutputFile> &files, bool noClobber)
+{
+    Delivered delivered;
+    std::error_code failure;
     for (const bool inPlace : {true, false}) {
+        if (!inPlace) {
+            delivered.copies = delivered.written.size();
+            HoldInterrupts();
+        }
         for (const OutputFile &file : files) {
-            uintmax_t size = 0;
-            if (file.inPlace != inPlace)
+            if (file.inPlace != inPlace || delivered.failed)
                 continue;
-            switch (Deliver(file, noClobber, &size, why)) {
-            case Delivery::Failed: return &file;
-            case Delivery::Unread: break;
-            case Delivery::Kept: kept->push_back(file.shown); break;
-            case Delivery::Done: written->push_back({file.shown, size});
-            }
+            const uint64_t size = fs::file_size(file.written, failure);
+            delivered.why = failure ? failure.message() : "";
+            Replaced replaced;
+            const Delivery delivery = failure   ? Delivery::Failed
+                                      : inPlace ? CopyFile(file, &delivered.why)
+                                                : MoveFile(file, noClobber, &replaced, &delivered.why);
+            Note(file, delivery, size, &delivered);
+            if (!replaced.target.empty() && (delivery == Delivery::Done || !replaced.aside.empty()))
+                delivered.replaced.push_back(replaced);
         }
     }
-    return nullptr;
+    return delivered;
+}
+
+// Restores the old files after a failed delivery. Returns what can't be restored, for the report.
+static std::string PutAllBack(Delivered *delivered)
+{
+    std::string lost;
+    for (; !delivered->replaced.empty(); delivered->replaced.pop_back())
+        if (const Replaced &last = delivered->replaced.back(); !PutBack(last))
+            lost += "; " + InQuotes(last.target.string()) + " can't be put back";
+    delivered->written.resize(delivered->copies);
+    return lost;
 }
 
 bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noClobber, Reporter *reporter)
 {
-    std::vector<WrittenFile> written;
-    std::vector<std::string> kept;
-    std::string why;
-    const OutputFile *const failed = DeliverEach(files, noClobber, &written, &kept, &why);
+    Delivered delivered = DeliverEach(files, noClobber);
+    const std::string lost = delivered.failed ? PutAllBack(&delivered) : "";
+    std::error_code ignored;
+    for (const Replaced &replaced : delivered.replaced)
+        if (!replaced.aside.empty())
+            fs::remove(replaced.aside, ignored);
     if (areNumbered) {
-        ReportKept(reporter, kept);
-        ReportWritten(reporter, written);
+        ReportKept(reporter, delivered.kept);
+        ReportWritten(reporter, delivered.written);
     } else {
-        for (const std::string &name : kept)
+        for (const std::string &name : delivered.kept)
             ReportKept(reporter, {name});
-        for (const WrittenFile &file : written)
+        for (const WrittenFile &file : delivered.written)
             ReportWritten(reporter, {file});
     }
-    if (failed)
-        ReportUnwritten(reporter, failed->shown, why);
-    return !failed;
+    if (delivered.failed)
+        ReportUnwritten(reporter, delivered.failed->shown, delivered.why + lost);
+    return !delivered.failed;
 }
 
 // Doesn't follow links below the folder that the user named: they may be someone else's.

@@ -48,7 +48,7 @@ static bool CopyToTarget(const OutputFile &file)
     return CopyInto(file.written, out.get()) && std::fclose(out.release()) == 0;
 }
 
-static Delivery Copy(const OutputFile &file, std::string *why)
+Delivery CopyFile(const OutputFile &file, std::string *why)
 {
     errno = 0;
     if (CopyToTarget(file))
@@ -59,16 +59,34 @@ static Delivery Copy(const OutputFile &file, std::string *why)
     return Delivery::Failed;
 }
 
-static Delivery Move(const OutputFile &file, bool noClobber, std::string *why)
+// Gives the existing target a second name, so that it can be put back. Where that isn't possible it is moved.
+static std::error_code KeepOld(const fs::path &target, const fs::path &aside)
 {
     std::error_code failure;
-    // A new file gets the permissions of the one that it replaces.
+    fs::create_hard_link(target, aside, failure);
+    if (failure)
+        fs::rename(target, aside, failure);
+    return failure;
+}
+
+Delivery MoveFile(const OutputFile &file, bool noClobber, Replaced *replaced, std::string *why)
+{
+    std::error_code failure;
     const fs::file_status before = fs::symlink_status(file.target, failure);
     if (fs::exists(before) && noClobber)
         return Delivery::Kept;
     failure.clear();
-    if (fs::is_regular_file(before))
-        fs::permissions(file.written, before.permissions(), failure);
+    replaced->target = file.target;
+    if (fs::exists(before)) {
+        // A new file gets the permissions of the one that it replaces.
+        if (fs::is_regular_file(before))
+            fs::permissions(file.written, before.permissions(), failure);
+        const fs::path aside = SpareName(file.written.parent_path());
+        if (!failure)
+            failure = KeepOld(file.target, aside);
+        if (!failure)
+            replaced->aside = aside;
+    }
     if (!failure && noClobber)
         failure = MoveToNewName(file.written, file.target);
     else if (!failure)
@@ -79,13 +97,12 @@ static Delivery Move(const OutputFile &file, bool noClobber, std::string *why)
     return failure ? Delivery::Failed : Delivery::Done;
 }
 
-Delivery Deliver(const OutputFile &file, bool noClobber, uintmax_t *size, std::string *why)
+bool PutBack(const Replaced &replaced)
 {
     std::error_code failure;
-    *size = fs::file_size(file.written, failure);
-    if (failure) {
-        *why = failure.message();
-        return Delivery::Failed;
-    }
-    return file.inPlace ? Copy(file, why) : Move(file, noClobber, why);
+    if (replaced.aside.empty())
+        fs::remove(replaced.target, failure);
+    else
+        fs::rename(replaced.aside, replaced.target, failure);
+    return !failure;
 }

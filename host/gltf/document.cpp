@@ -14,8 +14,13 @@ size_t AddGlbView(Glb *glb, const void *bytes, size_t size, size_t stride, int t
 {
     constexpr char zeros[4] = {};
     const size_t padding = (4 - size % 4) % 4;
-    glb->failed = glb->failed || std::fwrite(bytes, 1, size, glb->binary) != size ||
-                  std::fwrite(zeros, 1, padding, glb->binary) != padding;
+    // Beyond what the format can count nothing is written, as the file would be refused.
+    if (glb->size + size + padding <= UINT32_MAX && glb->error == 0) {
+        errno = 0;
+        if (std::fwrite(bytes, 1, size, glb->binary) != size ||
+            std::fwrite(zeros, 1, padding, glb->binary) != padding)
+            glb->error = errno != 0 ? errno : EIO;
+    }
     Json view = {{"buffer", 0}, {"byteOffset", glb->size}, {"byteLength", size}};
     if (stride != 0)
         view["byteStride"] = stride;
@@ -179,14 +184,18 @@ static std::string HeadOf(const Glb &glb, std::string json)
     return head;
 }
 
-static bool Append(FILE *from, FILE *to)
+// Appends all of from, which is read from its start. Returns errno; 0 on success.
+static int Append(FILE *from, FILE *to)
 {
     std::vector<char> block(1 << 17);
-    std::rewind(from);
+    errno = 0;
+    // A rewind would hide an error of the last flush.
+    if (std::fflush(from) != 0 || std::fseek(from, 0, SEEK_SET) != 0)
+        return errno != 0 ? errno : EIO;
     while (const size_t length = std::fread(block.data(), 1, block.size(), from))
         if (std::fwrite(block.data(), 1, length, to) != length)
-            return false;
-    return !std::ferror(from);
+            return errno != 0 ? errno : EIO;
+    return std::ferror(from) ? EIO : 0;
 }
 
 static void ReportGlbNotes(const Glb &glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, float scale,
@@ -212,35 +221,49 @@ static void ReportGlbNotes(const Glb &glb, const Mc3dsFile *scene, const Mc3dsOp
     ReportMissingTextures(glb, reporter);
 }
 
-std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const std::string &scenePath,
-                     const fs::path &file, Reporter *reporter)
+// Writes the file from its head and the data. Returns errno; 0 on success.
+static int WriteWhole(const std::string &head, const Glb &glb, const fs::path &file)
 {
-    const fs::path binaryFile = PathOf(file.string() + ".bin");
     errno = 0;
-    const Stream binary(std::fopen(binaryFile.string().c_str(), "w+b"), std::fclose);
     Stream out(std::fopen(file.string().c_str(), "wb"), std::fclose);
-    if (!binary || !out)
+    if (!out)
+        return errno;
+    int error = std::fwrite(head.data(), 1, head.size(), out.get()) == head.size() ? 0 : errno;
+    error = error == 0 ? Append(glb.binary, out.get()) : error;
+    const bool closed = std::fclose(out.release()) == 0;
+    return error != 0 || closed ? error : errno;
+}
+
+std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const std::string &scenePath,
+                     const fs::path &file, const fs::path &working, Reporter *reporter, bool *isEmpty)
+{
+    errno = 0;
+    const Stream binary(std::fopen(working.string().c_str(), "w+b"), std::fclose);
+    if (!binary)
         return std::strerror(errno);
+    std::error_code ignored;
+    fs::remove(working, ignored); // where an open file can have no name, it goes with the private folder
     Glb glb = {};
     glb.binary = binary.get();
     glb.scenePath = scenePath;
+    glb.reporter = reporter;
     float scale = 1.0f;
     AddNodes(&glb, scene, BuildModel(scene, asked, -1, reporter, 0, 0, &scale).get());
     PlaceGlbNodes(&glb, scene, asked, reporter);
     AddMeshes(&glb);
     AddGeometry(&glb, scene, asked, reporter);
-    AddGlbAnimation(&glb, scene, asked, reporter);
+    *isEmpty = std::all_of(glb.meshes.begin(), glb.meshes.end(),
+                           [](const GlbMesh &mesh) { return mesh.primitives.empty(); });
+    if (!*isEmpty)
+        AddGlbAnimation(&glb, scene, asked, reporter);
     if (reporter->memoryRanOut)
         return "out of memory while building the model";
     ReportGlbNotes(glb, scene, asked, scale, reporter);
+    if (*isEmpty)
+        return "";
     const std::string head = HeadOf(glb, JsonText(DocumentOf(&glb), 0));
     if (head.empty())
         return "it would take 4 GiB or more, which its format can't count";
-    errno = 0;
-    const bool done = !glb.failed && std::fwrite(head.data(), 1, head.size(), out.get()) == head.size() &&
-                      Append(binary.get(), out.get());
-    const bool closed = std::fclose(out.release()) == 0;
-    std::error_code ignored;
-    fs::remove(binaryFile, ignored);
-    return done && closed ? "" : errno != 0 ? std::strerror(errno) : "a write failed";
+    const int error = glb.error != 0 ? glb.error : WriteWhole(head, glb, file);
+    return error != 0 ? std::strerror(error) : "";
 }

@@ -9,10 +9,12 @@
 
 // ---- document.cpp
 
-// Writes the model for the form and size options in asked to file as binary glTF 2.0, with a temporary file
-// beside it. Looks for pictures of textures beside the scene. Returns why it failed; empty on success.
+// Writes the model for the form and size options in asked to file as binary glTF 2.0; working: a temporary
+// file. Looks for pictures of textures beside the scene. Returns why it failed; empty on success. isEmpty
+// gets true if the model has nothing to show, and then there is no file.
 std::string WriteGlb(const Mc3dsFile *scene, const Mc3dsOptions &asked, const std::string &scenePath,
-                     const std::filesystem::path &file, Reporter *reporter);
+                     const std::filesystem::path &file, const std::filesystem::path &working,
+                     Reporter *reporter, bool *isEmpty);
 
 // ==== Only for the files of this folder
 
@@ -42,15 +44,17 @@ struct GlbNode {
 
 struct Glb {
     FILE *binary;  // the data of all views
-    uint64_t size; // bytes in binary
-    bool failed;   // a write failed
+    uint64_t size; // bytes in binary, or requested, if that is more than the format can count
+    int error;     // errno of the first write that failed; 0 if none did
     std::string scenePath;
+    Reporter *reporter;
     std::vector<GlbNode> nodes;
     std::vector<GlbMesh> meshes;
     Json accessors = Json::array(), views = Json::array(), materials = Json::array();
     Json textures = Json::array(), images = Json::array(), animations = Json::array();
     std::map<std::string, int> materialIndices; // by the values of a surface
     std::map<std::string, int> textureIndices;  // by name; -1: no picture beside the scene
+    std::map<std::string, int> pictureIndices;  // the same by the picture's file
     uint64_t lostFaces;                         // left out, as a corner isn't finite
     double worstError; // largest error of a position in the animation, in the model's units
 };

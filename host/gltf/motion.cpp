@@ -1,10 +1,13 @@
 // Placements in the format's form (TRS): translation, rotation and scale along three axes, but no shear.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <limits>
 
 #include "gltf.h"
 
 constexpr double framesPerSecond = 30.0;
+constexpr uint32_t allFramesMost = 100000; // an hour; up to here each frame is sampled
 
 struct Trs {
     float translation[3];
@@ -17,16 +20,23 @@ static Vector RowOf(const Matrix &m, size_t row)
     return {m[row * 4], m[row * 4 + 1], m[row * 4 + 2]};
 }
 
-static bool IsFinite(const Matrix &m)
+// Whether all numbers are finite as floats, in which viewers keep them.
+static bool FitsFloats(const Matrix &m)
 {
-    return std::all_of(m.begin(), m.end(), [](double part) { return std::isfinite(part); });
+    return std::all_of(m.begin(), m.end(),
+                       [](double part) { return std::isfinite(static_cast<float>(part)); });
 }
 
+// Infinity if a number isn't finite.
 static double Furthest(const Matrix &a, const Matrix &b)
 {
     double most = 0.0;
-    for (size_t i = 0; i < 16; ++i)
-        most = std::max(most, std::abs(a[i] - b[i]));
+    for (size_t i = 0; i < 16; ++i) {
+        const double distance = std::abs(a[i] - b[i]);
+        if (!std::isfinite(distance))
+            return std::numeric_limits<double>::infinity();
+        most = std::max(most, distance);
+    }
     return most;
 }
 
@@ -40,7 +50,7 @@ static bool IsTrs(const Matrix &m)
         if (!(Dot(a, a) > 0.0) || !(std::abs(Dot(a, b)) <= tolerance * std::sqrt(Dot(a, a) * Dot(b, b))))
             return false;
     }
-    return IsFinite(m);
+    return FitsFloats(m);
 }
 
 // Finds the rotation nearest to a placement, which may have shear and axes of length 0.
@@ -156,6 +166,16 @@ static std::vector<Matrix> WorldsIn(const Mc3dsFile *scene, const Mc3dsOptions &
     return worlds;
 }
 
+// Whether all objects stand as in the frame before. Long animations mostly repeat a frame.
+static bool RepeatsFrame(const Mc3dsFile *scene, uint32_t frame)
+{
+    for (uint32_t i = 0; frame != 0 && i < scene->objectCount; ++i)
+        if (const Mc3dsTransform *at = scene->objects[i].frames;
+            at && std::memcmp(&at[frame], &at[frame - 1], sizeof *at) != 0)
+            return false;
+    return frame != 0;
+}
+
 static const Matrix *ParentOf(const GlbNode &node, const std::vector<Matrix> &worlds)
 {
     return node.parent < 0 ? nullptr : &worlds[static_cast<size_t>(node.parent)];
@@ -172,6 +192,8 @@ static void FindMoving(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &ask
     for (const GlbNode &node : glb->nodes)
         rest.push_back(node.world);
     for (uint32_t frame = 0; frame < scene->frameCount; ++frame) {
+        if (RepeatsFrame(scene, frame))
+            continue;
         const std::vector<Matrix> worlds = WorldsIn(scene, asked, frame, reporter);
         for (size_t i = 0; i < glb->nodes.size() && worlds.size() == rest.size(); ++i) {
             GlbNode &node = glb->nodes[i];
@@ -196,7 +218,7 @@ void PlaceGlbNodes(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked, 
     for (GlbNode &node : glb->nodes) {
         const Matrix *above = node.parent < 0 ? nullptr : &glb->nodes[static_cast<size_t>(node.parent)].used;
         Matrix local = LocalOf(node.world, above);
-        if (node.moves && IsFinite(local)) {
+        if (node.moves && FitsFloats(local)) {
             const Trs trs = NearestTrs(local);
             StoreTrs(trs, &node.json);
             local = MatrixOf(trs);
@@ -242,8 +264,11 @@ static void SampleFrame(Glb *glb, const std::vector<Matrix> &worlds, std::vector
         Matrix local;
         if (node.moves) {
             const Matrix exact = LocalOf(wanted, above);
-            Trs trs = NearestTrs(IsFinite(exact) ? exact : identityMatrix);
             std::vector<Trs> &all = (*samples)[i];
+            // A frame without finite numbers repeats the one before it.
+            Trs trs = FitsFloats(exact) || all.empty()
+                          ? NearestTrs(FitsFloats(exact) ? exact : identityMatrix)
+                          : all.back();
             float turn = 0.0f; // below 0: -q, the same rotation, is nearer to the last sample
             for (int part = 0; part < 4 && !all.empty(); ++part)
                 turn += trs.rotation[part] * all.back().rotation[part];
@@ -287,8 +312,15 @@ void AddGlbAnimation(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &asked
         return;
     std::vector<std::vector<Trs>> samples(glb->nodes.size());
     std::vector<float> times;
+    std::vector<Matrix> worlds;
     for (uint32_t frame = 0; frame < scene->frameCount; ++frame) {
-        const std::vector<Matrix> worlds = WorldsIn(scene, asked, frame, reporter);
+        const bool repeats = RepeatsFrame(scene, frame);
+        // In a very long animation only the ends of a standstill are sampled.
+        const bool isInside = repeats && frame + 1 < scene->frameCount && RepeatsFrame(scene, frame + 1);
+        if (isInside && scene->frameCount > allFramesMost)
+            continue;
+        if (!repeats)
+            worlds = WorldsIn(scene, asked, frame, reporter);
         if (worlds.size() != glb->nodes.size())
             return; // out of memory, which WriteGlb reports
         SampleFrame(glb, worlds, &samples);

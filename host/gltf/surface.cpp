@@ -1,8 +1,8 @@
 // Converts the surfaces of a model to materials, with the pictures that they name.
 #include <algorithm>
-#include <cmath>
-#include <fstream>
-#include <iterator>
+#include <cerrno>
+#include <cstring>
+#include <memory>
 #include <system_error>
 
 #include "gltf.h"
@@ -19,56 +19,128 @@ static double Linear(float level)
     return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
 }
 
+static uint32_t NumberAt(const std::string &bytes, size_t at, size_t size)
+{
+    uint32_t number = 0;
+    for (size_t i = 0; i < size; ++i)
+        number = number << 8 | static_cast<unsigned char>(bytes[at + i]);
+    return number;
+}
+
+// Whether the chunks of a PNG file reach its end mark, with data among them.
+static bool IsWholePng(const std::string &bytes)
+{
+    bool hasData = false;
+    for (size_t at = 8; bytes.size() - at >= 12;) {
+        const size_t length = NumberAt(bytes, at, 4);
+        const std::string_view type(bytes.data() + at + 4, 4);
+        if (length > bytes.size() - at - 12 || (at == 8 && type != "IHDR"))
+            return false;
+        hasData = hasData || type == "IDAT";
+        if (type == "IEND")
+            return hasData;
+        at += 12 + length;
+    }
+    return false;
+}
+
+// Whether the segments of a JPEG file reach a scan, with a frame before it and an end mark after it.
+static bool IsWholeJpeg(const std::string &bytes)
+{
+    bool hasFrame = false;
+    for (size_t at = 2; bytes.size() - at >= 4;) {
+        const uint32_t marker = NumberAt(bytes, at, 2), length = NumberAt(bytes, at + 2, 2);
+        if (marker == 0xFFFF) { // a filling byte
+            ++at;
+            continue;
+        }
+        if (marker < 0xFFC0 || length < 2 || length > bytes.size() - at - 2)
+            return false;
+        if (marker == 0xFFDA)
+            return hasFrame && bytes.find("\xff\xd9", at + 2 + length) != std::string::npos;
+        // Frames are C0 to CF without the tables C4, C8 and CC.
+        hasFrame = hasFrame || (marker <= 0xFFCF && marker != 0xFFC4 && marker != 0xFFC8 && marker != 0xFFCC);
+        at += 2 + length;
+    }
+    return false;
+}
+
 // The type of a picture in a supported format, from its first bytes; null for others.
 static const char *PictureType(const std::string &bytes)
 {
-    if (bytes.starts_with(std::string_view("\x89PNG\r\n\x1a\n", 8)) && bytes.size() > 32)
+    if (bytes.starts_with(std::string_view("\x89PNG\r\n\x1a\n", 8)))
         return "image/png";
-    if (bytes.starts_with("\xff\xd8\xff") && bytes.size() > 32)
-        return "image/jpeg";
-    return nullptr;
+    return bytes.starts_with("\xff\xd8\xff") ? "image/jpeg" : nullptr;
 }
 
-// The bytes of a picture beside the scene; empty if it isn't one. Links aren't followed: in a folder from
-// someone else they may point to other folders.
-static std::string ReadPicture(const fs::path &path)
+// Reads a picture beside the scene. Returns why it can't be embedded; empty if it can. Links aren't followed:
+// in a folder from someone else they may point to other folders.
+static std::string ReadPicture(const fs::path &path, std::string *bytes)
 {
     constexpr uintmax_t most = 256u << 20;
     std::error_code failure;
-    if (!fs::is_regular_file(fs::symlink_status(path, failure)) || fs::file_size(path, failure) > most)
-        return "";
-    std::ifstream stream(path, std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    return PictureType(bytes) ? bytes : "";
+    const fs::file_status status = fs::symlink_status(path, failure);
+    if (fs::is_symlink(status))
+        return "it is a link";
+    if (!fs::is_regular_file(status))
+        return failure ? failure.message() : "it is no regular file";
+    const uintmax_t size = fs::file_size(path, failure);
+    if (failure || size > most)
+        return failure ? failure.message() : "it is larger than 256 MiB";
+    errno = 0;
+    const std::unique_ptr<FILE, int (*)(FILE *)> stream(std::fopen(path.string().c_str(), "rb"), std::fclose);
+    if (!stream)
+        return std::strerror(errno);
+    bytes->resize(static_cast<size_t>(size));
+    bytes->resize(std::fread(bytes->data(), 1, bytes->size(), stream.get()));
+    if (std::ferror(stream.get()))
+        return std::strerror(errno);
+    if (!PictureType(*bytes))
+        return "it is neither a PNG nor a JPEG file";
+    return IsWholePng(*bytes) || IsWholeJpeg(*bytes) ? "" : "it is damaged or cut short";
 }
 
-// Finds a picture by the texture's name, or by that name with the extension of a picture.
-static std::string FindPicture(const std::string &scenePath, const std::string &texture)
+static void NotePicture(const Glb *glb, const std::string &file, const std::string &why)
 {
-    const std::string stem = PathOf(texture).stem().string();
-    const std::vector<std::string> names = {texture, stem + ".png", stem + ".jpg", stem + ".jpeg"};
-    const fs::path scene = PathOf(scenePath);
-    const std::map<std::string, std::string> found = FindBeside(scene, {names.begin(), names.end()});
-    for (const std::string &name : names)
-        if (const auto file = found.find(name); file != found.end())
-            if (std::string bytes = ReadPicture(scene.parent_path() / PathOf(file->second)); !bytes.empty())
-                return bytes;
-    return "";
+    ReportFinding(
+        glb->reporter,
+        {.kind = FindingKind::GlbPicture, .weight = Weight::Note, .names = {{file}}, .detail = why});
 }
 
-// The index of the texture; -1 if its picture isn't available.
+// Embeds a picture once, whatever number of textures it serves. Returns the index of its texture; -1, with a
+// note, if it can't be embedded.
+static int AddPicture(Glb *glb, const std::string &name, const std::string &file)
+{
+    const auto [known, isNew] = glb->pictureIndices.try_emplace(file, -1);
+    if (!isNew)
+        return known->second;
+    std::string bytes;
+    const std::string why = ReadPicture(PathOf(glb->scenePath).parent_path() / PathOf(file), &bytes);
+    if (!why.empty()) {
+        NotePicture(glb, file, why);
+        return -1;
+    }
+    const size_t view = AddGlbView(glb, bytes.data(), bytes.size(), 0, 0);
+    glb->images.push_back({{"name", name}, {"mimeType", PictureType(bytes)}, {"bufferView", view}});
+    glb->textures.push_back({{"source", glb->images.size() - 1}});
+    return known->second = static_cast<int>(glb->textures.size() - 1);
+}
+
+// The index of the texture; -1 if its picture isn't available. The picture has the texture's name, or that
+// name with the extension of a picture.
 static int AddTexture(Glb *glb, const std::string &name)
 {
     const auto [known, isNew] = glb->textureIndices.try_emplace(name, -1);
     if (!isNew)
         return known->second;
-    const std::string bytes = FindPicture(glb->scenePath, name);
-    if (bytes.empty())
-        return -1;
-    const size_t view = AddGlbView(glb, bytes.data(), bytes.size(), 0, 0);
-    glb->images.push_back({{"name", name}, {"mimeType", PictureType(bytes)}, {"bufferView", view}});
-    glb->textures.push_back({{"source", glb->images.size() - 1}});
-    return known->second = static_cast<int>(glb->textures.size() - 1);
+    const std::string stem = PathOf(name).stem().string();
+    const std::vector<std::string> names = {name, stem + ".png", stem + ".jpg", stem + ".jpeg"};
+    const std::map<std::string, std::string> found =
+        FindBeside(PathOf(glb->scenePath), {names.begin(), names.end()});
+    for (size_t i = 0; i < names.size() && known->second < 0; ++i)
+        if (const auto file = found.find(names[i]); file != found.end())
+            known->second = AddPicture(glb, name, file->second);
+    return known->second;
 }
 
 static Json ExtrasOf(const McSurface &surface)

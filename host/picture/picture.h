@@ -17,9 +17,10 @@ struct PreviewOptions {
     bool strip = false;        // several frames side by side, from the whole animation; overrides frame
 };
 
-// Draws the model for the form and size options in asked, which stays unchanged. Returns the bytes of a PNG
-// file; empty after a report on failure. Without animation a strip is one picture, with a warning.
-std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
-                        Reporter *reporter);
+// Draws the model for the form and size options in asked, which stays unchanged. png gets the bytes of a PNG
+// file; nothing if the model has no faces. Returns false after a report on failure. Without animation a strip
+// is one picture, with a warning.
+bool DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
+                 Reporter *reporter, std::string *png);
 
 #endif

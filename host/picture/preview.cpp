@@ -149,7 +149,7 @@ static void DrawModel(Canvas *canvas, const McClump *clump)
         DrawFace(canvas, face.corners, canvas->surfaces[face.surface]);
 }
 
-// Empty after a report if the animation lacks the requested frame.
+// Empty after a report if the animation lacks the requested frame: an error, or of many scenes a warning.
 static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOptions &preview,
                                        Reporter *reporter)
 {
@@ -166,10 +166,14 @@ static std::vector<int64_t> PickFrames(const Mc3dsFile *scene, const PreviewOpti
         return {-1};
     if (scene->hasAnimation && preview.frame < scene->frameCount)
         return {preview.frame};
-    ReportError(reporter,
-                "the scene has no frame " + std::to_string(preview.frame) +
-                    (scene->hasAnimation ? ": the last one is " + std::to_string(scene->frameCount - 1)
-                                         : ": it has no animation"));
+    const std::string why =
+        "the scene has no frame " + std::to_string(preview.frame) +
+        (scene->hasAnimation ? ": the last one is " + std::to_string(scene->frameCount - 1)
+                             : ": it has no animation");
+    if (reporter->oneLineEach) // one of many scenes keeps its other files
+        ReportFinding(reporter, {.kind = FindingKind::NoPicture, .detail = why});
+    else
+        ReportError(reporter, why);
     return {};
 }
 
@@ -221,12 +225,22 @@ static Bounds FindBounds(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     return bounds;
 }
 
-// Returns why hardly anything of the model is visible.
-static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const Mc3dsOptions &asked)
+// Why a model without faces can't be drawn.
+static std::string WhyNoFaces(const Mc3dsFile *scene, const Mc3dsOptions &asked)
+{
+    const uint64_t inScene = CountScene(scene).triangles;
+    if (inScene == 0)
+        return "the model has no faces";
+    return "the model has no faces, the scene has " + std::to_string(inScene) +
+           (asked.flags & MC3DS_FLAT ? "" : "; they hang from no object: --flat draws them");
+}
+
+// Why hardly anything of a model with faces is visible.
+static std::string WhyEmpty(const McClump *clump)
 {
     McModelView model = {};
     McGetModel(clump, &model);
-    uint64_t faces = 0, clear = 0, thin = 0, inScene = 0;
+    bool isClear = true, isThin = true;
     for (const SeenMesh &mesh : FindMeshes(clump))
         for (size_t i = 0; i < mesh.geometry.faceCount; ++i) {
             const McFace &face = mesh.geometry.faces[i];
@@ -234,20 +248,12 @@ static std::string WhyEmpty(const Mc3dsFile *scene, const McClump *clump, const 
                 return Place(mesh.geometry.points[face.vertices[corner] - 1], mesh.placement);
             };
             const Vector normal = FaceNormal(at(0), at(1), at(2));
-            ++faces;
-            clear += model.surfaces[face.surface].opacity > 0.0f ? 0 : 1;
-            thin += Dot(normal, normal) > 0.0 ? 0 : 1;
+            isClear = isClear && !(model.surfaces[face.surface].opacity > 0.0f);
+            isThin = isThin && !(Dot(normal, normal) > 0.0);
         }
-    for (uint32_t i = 0; i < scene->objectCount; ++i)
-        inScene += static_cast<uint64_t>(scene->objects[i].faceCount);
-    if (faces == 0 && inScene == 0)
-        return "the model has no faces";
-    if (faces == 0)
-        return "the model has no faces, the scene has " + std::to_string(inScene) +
-               (asked.flags & MC3DS_FLAT ? "" : "; they hang from no object: --flat draws them");
-    if (clear == faces)
+    if (isClear)
         return "all faces are fully transparent";
-    if (thin == faces)
+    if (isThin)
         return "all faces are points or lines";
     return "its faces are too small or thin for the size of the whole, as with one part far away";
 }
@@ -324,23 +330,31 @@ static uint64_t DrawFrames(const Mc3dsFile *scene, const Mc3dsOptions &asked,
     return painted;
 }
 
-std::string DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
-                        Reporter *reporter)
+bool DrawPreview(const Mc3dsFile *scene, const Mc3dsOptions &asked, const PreviewOptions &preview,
+                 Reporter *reporter, std::string *png)
 {
     constexpr uint64_t leastPainted = 16; // samples; four pixels are hard to see
     const std::vector<int64_t> frames = PickFrames(scene, preview, reporter);
     if (frames.empty())
-        return "";
+        return reporter->oneLineEach;
     Model model(nullptr, McFreeModel);
     const Bounds bounds = FindBounds(scene, asked, frames, &model, reporter);
+    const std::vector<SeenMesh> meshes = FindMeshes(model.get());
+    const bool hasFaces = std::any_of(meshes.begin(), meshes.end(),
+                                      [](const SeenMesh &mesh) { return mesh.geometry.faceCount != 0; });
     Picture picture = MakePicture(preview, static_cast<int>(frames.size()));
-    const uint64_t painted = DrawFrames(scene, asked, frames, bounds, &model, &picture, reporter);
+    const uint64_t painted =
+        hasFaces ? DrawFrames(scene, asked, frames, bounds, &model, &picture, reporter) : 0;
     if (reporter->memoryRanOut) {
         ReportError(reporter, "out of memory while building the model");
-        return "";
+        return false;
+    }
+    if (!hasFaces) {
+        ReportFinding(reporter, {.kind = FindingKind::NoPicture, .detail = WhyNoFaces(scene, asked)});
+        return true;
     }
     if (painted < leastPainted)
-        ReportFinding(reporter,
-                      {.kind = FindingKind::EmptyPicture, .detail = WhyEmpty(scene, model.get(), asked)});
-    return PngBytes(picture, reporter);
+        ReportFinding(reporter, {.kind = FindingKind::EmptyPicture, .detail = WhyEmpty(model.get())});
+    *png = PngBytes(picture, reporter);
+    return !png->empty();
 }

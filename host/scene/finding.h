@@ -36,6 +36,7 @@ enum class FindingKind : uint8_t {
     EmptyModel,   // count: triangles of the scene; of: 1 if --flat writes them
     RendererSaid, // count errors; detail: the first
     EmptyPicture, // detail: why
+    NoPicture,    // detail: why
     NoStrip,
     OneProcess,
     // Notes.
@@ -44,7 +45,9 @@ enum class FindingKind : uint8_t {
     GlbBareFaces, // count
     GlbNearest,   // size: the largest distance in units of the file
     GlbMerged,
-    GlbTextures, // count; names: the first
+    GlbTextures,   // count; names: the first
+    GlbPicture,    // names: the file; detail: why it isn't embedded
+    NothingToShow, // names: the file that isn't written
 };
 
 struct NamedPart {

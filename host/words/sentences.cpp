@@ -82,6 +82,7 @@ std::string SentenceOf(const Finding &finding)
         return "the Meshcaster library counted " + Counted(finding.count, "error") +
                (finding.count == 1 ? ": " : ", the first: ") + finding.detail;
     case FindingKind::EmptyPicture: return "the picture is empty: " + finding.detail;
+    case FindingKind::NoPicture: return "no picture is drawn: " + finding.detail;
     case FindingKind::NoStrip: return "the scene has no animation: the strip is one picture";
     case FindingKind::OneProcess:
         return "--jobs: this system can't split processes, so scenes are converted one at a time";
@@ -101,6 +102,9 @@ std::string SentenceOf(const Finding &finding)
     case FindingKind::GlbTextures:
         return "textures that the .glb names and doesn't hold: " + number +
                "; a PNG or JPEG file of that name has to lie beside the scene; the first: " + Quoted(finding);
+    case FindingKind::GlbPicture: return "picture " + Quoted(finding) + " isn't embedded: " + finding.detail;
+    case FindingKind::NothingToShow:
+        return "the model has no triangles; " + Quoted(finding) + " is not written";
     }
     return "";
 }
@@ -174,6 +178,7 @@ static KindWords WordsOf(const Finding &finding)
     case FindingKind::EmptyModel: return {"empty-model", "the model has no triangles"};
     case FindingKind::RendererSaid: return {"library-errors", "errors of the Meshcaster library"};
     case FindingKind::EmptyPicture: return {"empty-picture", "the picture is empty"};
+    case FindingKind::NoPicture: return {"no-picture", "no picture can be drawn"};
     case FindingKind::NoStrip: return {"no-strip", "no animation for a strip"};
     case FindingKind::OneProcess: return {"one-process", "scenes are converted one at a time"};
     case FindingKind::UnplayedKeys: return {"unplayed-keys", "keys move without a .vue file"};
@@ -182,6 +187,8 @@ static KindWords WordsOf(const Finding &finding)
     case FindingKind::GlbNearest: return {"glb-shear", "placements that a .glb can't store"};
     case FindingKind::GlbMerged: return {"glb-merged", "no animation of merged models in a .glb"};
     case FindingKind::GlbTextures: return {"glb-textures", "textures that the .glb lacks"};
+    case FindingKind::GlbPicture: return {"glb-picture", "pictures that can't be embedded"};
+    case FindingKind::NothingToShow: return {"nothing-to-show", "models without triangles aren't shown"};
     }
     return {"", ""};
 }

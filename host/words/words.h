@@ -28,7 +28,7 @@ struct Reporter {
 
     SceneResult *scene = nullptr; // null: the run
     // Of the scene; begun anew by BeginScene.
-    bool memoryRanOut = false;            // while the model was built
+    bool memoryRanOut = false;  // while the model was built
     bool modelIsHeard = false;  // the library has reported on the model once; see BuildModel
     std::string notAScene = {}; // the library's reason when the file is no scene
     std::map<std::string, size_t> *reports = nullptr; // if set, gets texts of the error channel with counts
