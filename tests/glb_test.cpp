@@ -242,12 +242,18 @@ TEST_F(GlbTest, ALargeModelHasEachTriangleOnce)
     }
 }
 
+// The chunks of a PNG file and the segments of a JPEG file, with other contents.
+static const Bytes pngFile = Bytes("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16) + Bytes(17, 'h') +
+                             Bytes("\0\0\0\5IDAT", 8) + Bytes(9, 'd') + Bytes("\0\0\0\0IENDcrc!", 12);
+static const Bytes jpegFile =
+    Bytes("\xff\xd8\xff\xe0\0\4jf\xff\xff\xc4\0\3t\xff\xc0\0\5siz\xff\xda\0\2", 25) + Bytes(9, 's') +
+    "\xff\xd9";
+
 TEST_F(GlbTest, SurfacesBecomeMaterialsAndPicturesBesideTheSceneAreInIt)
 {
-    const Bytes png = Bytes("\x89PNG\r\n\x1a\n", 8) +
-                      std::string("\0\0\0\rIHDR\0\0\0\1\0\0\0\1\x8\2\0\0\0", 21) + std::string(30, 'x');
+    const Bytes png = pngFile;
     WriteFile("brick.png", png);
-    WriteFile("sky.JPEG", "\xff\xd8\xff" + std::string(40, 'j'));
+    WriteFile("sky.JPEG", jpegFile);
     WriteFile("WOOD.jpg", "no picture");
     const Outcome run = Start("worked.3ds --glb m.glb -o m.mcx");
     EXPECT_TRUE(Has(run.said, "note: textures that the .glb names and doesn't hold: 2;"));
@@ -497,9 +503,10 @@ TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)
 {
     MakeInputs();
     WriteFile("bare.3ds", Scene({}, {Kfhdr(1), ObjectNode("$$$DUMMY", noParent)}));
-    EXPECT_TRUE(Says(Start("bare.3ds --glb bare.glb -o bare.mcx").said, "^(.*: wrote .*\n){2}$"));
-    EXPECT_FALSE(ReadGlb("bare.glb").json.contains("buffers"));
-    fs::remove("bare.glb"), fs::remove("bare.mcx");
+    const Outcome bare = Start("bare.3ds --glb bare.glb --preview bare.png -o bare.mcx");
+    EXPECT_TRUE(Says(bare.said, "no triangles; \"bare.glb\" is not written\n.*: wrote bare.mcx"));
+    EXPECT_EQ(bare.files, "bare.mcx");
+    fs::remove("bare.mcx");
     EXPECT_EQ(Start("two.3ds --info --glb m.glb").files, "m.glb");
     EXPECT_EQ(Start("two.3ds lost.3ds --glb dir/m.glb -q").files,
               "dir/lost.m.glb dir/two.m.glb lost.mcx two.mcx");
@@ -511,6 +518,81 @@ TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)
     Start("two.3ds --glb m.glb --summary sum.json --report r.html -q");
     EXPECT_TRUE(Has(ReadFile("sum.json"), "\"m.glb\""));
     EXPECT_TRUE(Has(ReadFile("r.html"), "./m.glb\""));
+}
+
+// Each damage of a picture, which a viewer would show as a white model.
+TEST_F(GlbTest, ADamagedPictureIsNamedAndNotEmbedded)
+{
+    const auto without = [](Bytes bytes, const char *part) {
+        return bytes.replace(bytes.find(part), 4, "none");
+    };
+    const std::pair<Bytes, const char *> rows[] = {
+        {pngFile, ""},
+        {pngFile.substr(0, pngFile.size() - 1), "damaged or cut"},
+        {without(pngFile, "IHDR"), "damaged or cut"},
+        {without(pngFile, "IDAT"), "damaged or cut"},
+        {jpegFile, ""},
+        {jpegFile.substr(0, jpegFile.size() - 1), "damaged or cut"},
+        {without(jpegFile, "\xff\xc0"), "damaged or cut"},
+        {Bytes("\xff\xd8\xff\xda\0\2\xff\xd9", 8), "damaged or cut"},
+        {"", "neither a PNG nor a JPEG file"},
+    };
+    for (const auto &[picture, why] : rows) {
+        SCOPED_TRACE(picture);
+        WriteFile("brick.png", picture);
+        const Outcome run = Start("worked.3ds --glb m.glb -o m.mcx");
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(Has(run.said, "note: picture \"brick.png\" isn't embedded: "), *why != '\0') << run.said;
+        EXPECT_TRUE(Has(run.said, why));
+        EXPECT_EQ(ReadGlb("m.glb").json.contains("images"), *why == '\0');
+    }
+    fs::remove("brick.png");
+    fs::create_directory("brick.png");
+    EXPECT_TRUE(Has(Start("worked.3ds --glb m.glb -o m.mcx").said, "isn't embedded: it is no regular file"));
+}
+
+// Several names of one picture.
+TEST_F(GlbTest, APictureIsEmbeddedOnce)
+{
+    const Bytes grey = Colour24(51, 51, 51);
+    WriteFile("A.png", pngFile);
+    WriteFile("many.3ds",
+              Scene({Material("ONE", {Finish(grey, grey, grey, 2), Map(0xA200, "A.GIF")}),
+                     Material("TWO", {Finish(grey, grey, grey, 2), Map(0xA200, "A.TGA")}),
+                     NamedObject("M", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}),
+                                             Faces({0, 1, 2, 2, 1, 0}, {MaterialGroup("ONE", {0}),
+                                                                        MaterialGroup("TWO", {1})})})})}));
+    Start("many.3ds --glb m.glb -o m.mcx");
+    const GlbFile file = ReadGlb("m.glb");
+    EXPECT_EQ(file.json["images"].size(), 1u);
+    for (const Json &material : file.json["materials"])
+        EXPECT_EQ(material["pbrMetallicRoughness"]["baseColorTexture"]["index"], 0);
+}
+
+// What is no number, or none that fits a float, is left out or kept from the frame before.
+TEST_F(GlbTest, PlacementsWithoutNumbersHaveNoPlaceInIt)
+{
+    const Bytes mesh = Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), Faces({0, 1, 2})});
+    for (const char *bad : {"nan", "1e39", "inf", "1e300"}) {
+        SCOPED_TRACE(bad);
+        WriteFile("bad.3ds", Scene({NamedObject("A", {mesh}), NamedObject("B", {mesh})},
+                                   {Kfhdr(3), ObjectNode("A", noParent), ObjectNode("B", noParent)}));
+        const std::string place = " 1 0 0 0 1 0 0 0 1 ", wrong = place + bad + " 0 0 ";
+        WriteFile("bad.vue", "frame 0 transform A" + place + "0 0 0 transform B" + wrong +
+                                 "frame 1 transform A" + wrong + "transform B" + wrong +
+                                 "frame 2 transform A" + place + "5 0 0 transform B" + wrong);
+        const Outcome run = Start("bad.3ds --animation --glb m.glb -o m.mcx");
+        EXPECT_EQ(run.status, 0) << run.said;
+        EXPECT_TRUE(
+            Has(run.said, "note: faces that the .glb lacks, as their corners are no finite numbers: 1"));
+        GlbFile file = ReadGlb("m.glb");
+        EXPECT_EQ(file.json["meshes"].size(), 1u);
+        EXPECT_EQ(file.json.dump().find("null"), std::string::npos);
+        GoToFrame(&file, 1);
+        EXPECT_EQ(file.json["nodes"][1]["translation"][0], 0.0);
+        GoToFrame(&file, 2);
+        EXPECT_EQ(file.json["nodes"][1]["translation"][0], 5.0);
+    }
 }
 
 #if !defined(_WIN32)
