@@ -1,5 +1,5 @@
 // Builds 3D Studio files in a few readable lines. Each function returns the bytes of one part of the file:
-//   Scene({NamedObject("BOX", {Mesh({Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), Faces({0, 1, 2})})})})
+//   Scene({NamedMesh("BOX", {Points({0, 0, 0, 1, 0, 0, 0, 1, 0}), Faces({0, 1, 2})})})
 #ifndef MC3DS_TESTS_CHUNKS_H
 #define MC3DS_TESTS_CHUNKS_H
 
@@ -73,6 +73,10 @@ inline Bytes NamedObject(const Bytes &name, const Pieces &pieces)
 inline Bytes Mesh(const Pieces &pieces)
 {
     return Chunk(0x4100, pieces);
+}
+inline Bytes NamedMesh(const Bytes &name, const Pieces &pieces)
+{
+    return NamedObject(name, {Mesh(pieces)});
 }
 // x, y, z of each vertex, in world space.
 inline Bytes Points(const std::vector<float> &xyz)

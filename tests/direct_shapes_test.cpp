@@ -42,8 +42,7 @@ static Bytes SceneOf(const std::vector<Piece> &all)
 {
     Bytes meshes, nodes = Kfhdr(2);
     for (const Piece &piece : all) {
-        meshes += NamedObject(piece.name,
-                              {Mesh({Points(Corners(piece)), Faces({0, 1, 2}), MeshMatrix(piece.matrix)})});
+        meshes += NamedMesh(piece.name, {Points(Corners(piece)), Faces({0, 1, 2}), MeshMatrix(piece.matrix)});
         nodes +=
             ObjectNode(piece.name, piece.parent, {Pivot(piece.pivot[0], piece.pivot[1], piece.pivot[2])});
     }

@@ -95,10 +95,10 @@ TEST_F(DirectTargets, AllThreeMakeTheSameCalls)
 {
     BuildRecorders();
     ASSERT_FALSE(HasFailure());
-    const Bytes odd = NamedObject(
-        "ODD", {Mesh({Points({1.0f / 3, -0.0f, 1e-7f, 123456.789f, -7.7f, 0.1f, -1e5f, 2e-3f, 9.99999949f}),
-                      TexVerts({0.1f, -3.7f, 12.3456789f, 1e-6f, 40.4f, 0.3f}), Faces({0, 1, 2}),
-                      MeshMatrix({0.8f, 0.6f, 0, -0.6f, 0.8f, 0, 0.1f, 0.2f, 1.7f, -3.3f, 1e4f, 0.7f})})});
+    const Bytes odd = NamedMesh(
+        "ODD", {Points({1.0f / 3, -0.0f, 1e-7f, 123456.789f, -7.7f, 0.1f, -1e5f, 2e-3f, 9.99999949f}),
+                TexVerts({0.1f, -3.7f, 12.3456789f, 1e-6f, 40.4f, 0.3f}), Faces({0, 1, 2}),
+                MeshMatrix({0.8f, 0.6f, 0, -0.6f, 0.8f, 0, 0.1f, 0.2f, 1.7f, -3.3f, 1e4f, 0.7f})});
     const Bytes roots = Scene({odd, WorkedMaterials(), WorkedMeshes()});
     const TargetRow rows[] = {
         {WorkedScene(), 0, MC3DS_TEXTURES, 0, 2},

@@ -202,9 +202,8 @@ TEST_F(GlbTest, WiresAreTheEdgesOfTheirFacesEachOnce)
     for (const char *name : {"A", "B", "C", "D", "WIRE"})
         pieces.push_back(Material(name, {Finish(grey, grey, grey, *name == 'W' ? 0 : 1)}));
     for (const char *name : {"A", "B", "C", "D", "WIRE"})
-        pieces.push_back(
-            NamedObject(name, {Mesh({Points({0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 5, 5, 5}),
-                                     Faces({0, 1, 2, 0, 2, 3}, {MaterialGroup(name, {0, 1})})})}));
+        pieces.push_back(NamedMesh(name, {Points({0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 5, 5, 5}),
+                                          Faces({0, 1, 2, 0, 2, 3}, {MaterialGroup(name, {0, 1})})}));
     WriteFile("wires.3ds", Scene(pieces));
     Start("wires.3ds -o m.mcx --glb m.glb");
     const GlbFile file = ReadGlb("m.glb");
@@ -337,8 +336,8 @@ TEST_F(GlbTest, NumbersThatAreNoneStayOutOfTheFile)
     EXPECT_EQ(CornersOf(ReadGlb("m.glb")).size(), 3u);
     Pieces far;
     for (const std::vector<float> &p : {std::vector<float>{0, 0, 99}, {99, 0, 0}, {-99, 0, 0}})
-        far.push_back(NamedObject(
-            "FAR", {Mesh({Points({p[0], 0, p[2], p[0] + 1, 0, p[2], p[0], 1, p[2]}), Faces({0, 1, 2})})}));
+        far.push_back(
+            NamedMesh("FAR", {Points({p[0], 0, p[2], p[0] + 1, 0, p[2], p[0], 1, p[2]}), Faces({0, 1, 2})}));
     WriteFile("far.3ds", Scene(far));
     Start("far.3ds --glb m.glb -o m.mcx");
     EXPECT_EQ(CornersOf(ReadGlb("m.glb")).size(), 9u);

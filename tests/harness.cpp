@@ -120,19 +120,28 @@ std::string TakeLoadReports(const std::string &channels, int32_t maxLevel)
     return lines.starts_with(start) ? lines.substr(start.size()) : lines;
 }
 
+// The first line that differs; empty if none does. With open ends an expected '*' at the end of a line
+// matches the rest of it.
+static std::string FirstDifference(const std::string &text, const std::string &expected, bool openEnds)
+{
+    std::istringstream lines(text), expectedLines(expected);
+    for (int number = 1;; ++number) {
+        std::string line, wanted;
+        const bool more = !!std::getline(lines, line), moreWanted = !!std::getline(expectedLines, wanted);
+        if (!more && !moreWanted)
+            return "";
+        const bool open = openEnds && wanted.ends_with('*');
+        if (more != moreWanted || !line.starts_with(wanted.substr(0, wanted.size() - (open ? 1 : 0))) ||
+            (!open && line != wanted))
+            return "line " + std::to_string(number) + "\n  expected: " + (moreWanted ? wanted : "(end)") +
+                   "\n  got:      " + (more ? line : "(end)");
+    }
+}
+
 testing::AssertionResult LinesMatch(const std::string &lines, const std::string &expected)
 {
-    std::istringstream got(lines), wanted(expected);
-    std::string gotLine, wantedLine;
-    for (bool more = true; more;) {
-        const bool gotOne = !!std::getline(got, gotLine);
-        more = !!std::getline(wanted, wantedLine);
-        const bool open = more && wantedLine.ends_with('*');
-        const std::string head = wantedLine.substr(0, wantedLine.size() - (open ? 1 : 0));
-        if (gotOne != more || (more && (open ? !gotLine.starts_with(head) : gotLine != head)))
-            return testing::AssertionFailure() << "expected:\n" << expected << "got:\n" << lines;
-    }
-    return testing::AssertionSuccess();
+    const std::string difference = FirstDifference(lines, expected, true);
+    return testing::AssertionResult(difference.empty()) << difference << "\nof:\n" << lines;
 }
 
 // EXPECT_FALSE shows the words of a success.
@@ -229,16 +238,5 @@ testing::AssertionResult MatchesGolden(const std::string &text, const std::strin
     if (!fs::exists(path))
         return testing::AssertionFailure() << name << " is missing; MC3DS_UPDATE_GOLDEN=1 writes it";
     const std::string golden = ReadText(path);
-    if (golden == text)
-        return testing::AssertionSuccess();
-    std::istringstream wanted(golden), got(text);
-    for (int number = 1;; ++number) {
-        std::string wantedLine, gotLine;
-        const bool wantedEnds = !std::getline(wanted, wantedLine), gotEnds = !std::getline(got, gotLine);
-        if (wantedLine != gotLine || wantedEnds != gotEnds || wantedEnds)
-            return testing::AssertionFailure()
-                   << name << ", line " << number
-                   << "\n  golden: " << (wantedEnds ? "(end of file)" : wantedLine)
-                   << "\n  output: " << (gotEnds ? "(end of file)" : gotLine);
-    }
+    return testing::AssertionResult(golden == text) << name << ", " << FirstDifference(text, golden, false);
 }

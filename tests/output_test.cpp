@@ -18,7 +18,7 @@ static const Bytes grey = Colour24(128, 128, 128);
 
 static Bytes Object(const Bytes &name, const std::vector<float> &xyz, const Bytes &more = "")
 {
-    return NamedObject(name, {Mesh({Points(xyz), more})});
+    return NamedMesh(name, {Points(xyz), more});
 }
 
 static Bytes Placed(const Bytes &name, float x = 0, float y = 0, float z = 0)

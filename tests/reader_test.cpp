@@ -12,7 +12,7 @@ static const Bytes grey = Colour24(128, 128, 128);
 
 static Bytes Triangle(const Bytes &name)
 {
-    return NamedObject(name, {Mesh({triangle, Faces({0, 1, 2})})});
+    return NamedMesh(name, {triangle, Faces({0, 1, 2})});
 }
 
 static Bytes Grey(const Bytes &name, const Pieces &more = {})
@@ -58,11 +58,9 @@ TEST_F(ReaderTest, EveryFileEndsInASceneOrInNothing)
          Scene({a, ChunkOfLength(0x1100, static_cast<uint32_t>(0xFFFFFFFF - 12 - a.size()), {}), b}), 1, ""},
         {"a child as long as can be", Scene({a, ChunkOfLength(0x1100, 0x7FFFFFFF, {}), b}), 1, ""},
         {"half a header", ChunkOfLength(0x4D4D, 96, {ChunkOfLength(0x3D3D, 90, {a, "123"})}), 1, "E1 *\n"},
-        {"a face beyond the vertices", Scene({NamedObject("A", {Mesh({triangle, Faces({0, 1, 3})})})}), 1,
-         "E1 *\n"},
+        {"a face beyond the vertices", Scene({NamedMesh("A", {triangle, Faces({0, 1, 3})})}), 1, "E1 *\n"},
         {"a face and a group beyond the arrays",
-         Scene({NamedObject("A", {Mesh({triangle, Faces({0, 1, 3}, {MaterialGroup("M", {7})})})})}), 1,
-         "E1 *\n"},
+         Scene({NamedMesh("A", {triangle, Faces({0, 1, 3}, {MaterialGroup("M", {7})})})}), 1, "E1 *\n"},
         {"damage that costs one section", Scene({a, ChunkOfLength(0x1100, 1, {})}, {ObjectNode("?", 0)}), 1,
          "E1 *\nE2 Object ? not found\n"},
     };
@@ -84,7 +82,7 @@ TEST_F(ReaderTest, CountsThatNoFileCanHoldEndTheLoadOnce)
 {
     const Bytes huge = Chunk(0x4110, {U16(0xFFFF)});
     const LoadedScene scene =
-        LoadBytes(Scene({Triangle("A"), NamedObject("B", {Mesh({huge, huge, huge})}), Triangle("C")}));
+        LoadBytes(Scene({Triangle("A"), NamedMesh("B", {huge, huge, huge}), Triangle("C")}));
     EXPECT_TRUE(LinesMatch(TakeLoadReports("E"), "E0 *\n"));
     ASSERT_EQ(scene->objectCount, 2u);
     EXPECT_EQ(scene->objects[0].vertexCount, 3);
@@ -96,7 +94,7 @@ TEST_F(ReaderTest, ALoadHandsOutSixteenTimesTheFileAndOneMebibyte)
     const auto scene = [](size_t count) {
         const Bytes first = Chunk(0x4110, {U16(0xFFFF)}),
                     second = Chunk(0x4110, {U16(static_cast<uint32_t>(count))});
-        return Scene({NamedObject("B", {Mesh({first, second})})});
+        return Scene({NamedMesh("B", {first, second})});
     };
     const size_t size = scene(0).size(), first = 0xFFFF * 12; // the bytes of the file count once
     const size_t most = (16 * size + (1 << 20) - size - first) / 12;
@@ -134,20 +132,20 @@ TEST_F(ReaderTest, TheEditorSectionTellsWhatItPassesOver)
         {"a light", {NamedObject("SPOT", {Chunk(0x4600, {"?"})})}, "M2 \nLight <SPOT> ... skipping\n"},
         {"a camera", {NamedObject("CAM", {Chunk(0x4700)})}, "M2 \nCamera <CAM> ... skipping\n"},
         {"an object of no kind", {NamedObject("A", {Chunk(0x4F00)})}, "M2 Ignoring Chunk Tag <4f00>\n"},
-        {"an empty mesh", {NamedObject("A", {Mesh({})})}, "M2 \nM1 Object <A>\n"},
+        {"an empty mesh", {NamedMesh("A", {})}, "M2 \nM1 Object <A>\n"},
         {"a mesh",
-         {NamedObject("A", {Mesh({triangle, TexVerts({0, 1, 2, 0.5f, -1, 4}), Chunk(0x4111), Chunk(0x4130),
-                                  Faces({0, 1, 2}, {Chunk(0x4150)})})})},
+         {NamedMesh("A", {triangle, TexVerts({0, 1, 2, 0.5f, -1, 4}), Chunk(0x4111), Chunk(0x4130),
+                          Faces({0, 1, 2}, {Chunk(0x4150)})})},
          "M2 \nM1 Object <A>\nM2 Reading 3 vertices\nM2 Reading 3 texture vertices\n"
          "M2 Minimum texture coordinate (-1.000000, 0.500000)\n"
          "M2 Maximum texture coordinate (2.000000, 4.000000)\n"
          "M2 Ignoring Chunk Tag <4130>\nM2 Reading 1 faces\n"},
         {"texture co-ordinates ahead of the vertices",
-         {NamedObject("A", {Mesh({TexVerts({0, 0}), triangle})})},
+         {NamedMesh("A", {TexVerts({0, 0}), triangle})},
          "M2 \nM1 Object <A>\nE1 No of Texture Vertices does not match actual vertices\nM2 Reading 3 "
          "vertices\n"},
         {"a matrix without an inverse",
-         {NamedObject("A", {Mesh({MeshMatrix(std::vector<float>(12, 1))})})},
+         {NamedMesh("A", {MeshMatrix(std::vector<float>(12, 1))})},
          "M2 \nM1 Object <A>\nE0 Failed to invert matrix\n"},
     };
     for (const ReportRow &row : rows) {
@@ -160,18 +158,17 @@ TEST_F(ReaderTest, TheEditorSectionTellsWhatItPassesOver)
 TEST_F(ReaderTest, VerticesComeToObjectSpaceAndBoundsStayInTheWorld)
 {
     // Scale 2, a quarter turn around z, off the origin. The matrix comes after the vertices that it affects.
-    const LoadedScene scene =
-        LoadBytes(Scene({NamedObject("A", {Mesh({Points({10, 20, 31, 8, 24, 30}),
-                                                 MeshMatrix({0, 2, 0, -2, 0, 0, 0, 0, 2, 10, 20, 30})})})}));
+    const LoadedScene scene = LoadBytes(Scene({NamedMesh(
+        "A", {Points({10, 20, 31, 8, 24, 30}), MeshMatrix({0, 2, 0, -2, 0, 0, 0, 0, 2, 10, 20, 30})})}));
     const Mc3dsObject &object = scene->objects[0];
     EXPECT_EQ(Floats(object.vertices[0]), (std::vector<float>{0, 0, 0.5f}));
     EXPECT_EQ(Floats(object.vertices[1]), (std::vector<float>{2, 1, 0}));
     EXPECT_EQ(std::vector<float>(object.boundsMin, object.boundsMin + 3), (std::vector<float>{8, 20, 30}));
     EXPECT_EQ(std::vector<float>(object.boundsMax, object.boundsMax + 3), (std::vector<float>{10, 24, 31}));
     EXPECT_EQ(object.boundsMin[3], Mc3dsLargest);
-    const LoadedScene mapped = LoadBytes(
-        Scene({NamedObject("A", {Mesh({Points({1, 2, 3, 4, 5, 6}), TexVerts({-7, 0.25f, -8, 0.5f})})}),
-               NamedObject("B", {Mesh({TexVerts({})})})}));
+    const LoadedScene mapped =
+        LoadBytes(Scene({NamedMesh("A", {Points({1, 2, 3, 4, 5, 6}), TexVerts({-7, 0.25f, -8, 0.5f})}),
+                         NamedMesh("B", {TexVerts({})})}));
     const float *least = mapped->objects[0].boundsMin, *most = mapped->objects[0].boundsMax;
     EXPECT_EQ(std::vector<float>(least, least + 5), (std::vector<float>{1, 2, 3, -8, 0.25f}));
     EXPECT_EQ(std::vector<float>(most, most + 5), (std::vector<float>{4, 5, 6, -7, 0.5f}));
@@ -181,10 +178,10 @@ TEST_F(ReaderTest, VerticesComeToObjectSpaceAndBoundsStayInTheWorld)
 TEST_F(ReaderTest, InvalidTextureCoordinatesBecomeZeroInPairs)
 {
     const float limit = -8.507059e37f;
-    const LoadedScene scene = LoadBytes(
-        Scene({NamedObject("A", {Mesh({Points(std::vector<float>(15)),
-                                       TexVerts({-1e38f, 0.5f, 0.5f, -INFINITY, 0.5f,
-                                                 std::nextafter(limit, 0.0f), 1e38f, 0.25f, 2, limit})})})}));
+    const LoadedScene scene =
+        LoadBytes(Scene({NamedMesh("A", {Points(std::vector<float>(15)),
+                                         TexVerts({-1e38f, 0.5f, 0.5f, -INFINITY, 0.5f,
+                                                   std::nextafter(limit, 0.0f), 1e38f, 0.25f, 2, limit})})}));
     const Mc3dsObject &object = scene->objects[0];
     std::vector<float> uv;
     for (int i = 0; i < 5; ++i)
@@ -231,9 +228,8 @@ TEST_F(ReaderTest, MaterialGroupsClaimFaces)
         SCOPED_TRACE(row.what);
         const Bytes replaced = Faces({0, 1, 2}, {MaterialGroup("default", {0})});
         const Bytes faces = Faces({0, 1, 2, 0, 1, 2, 2, 1, 0}, row.groups);
-        const LoadedScene scene =
-            LoadBytes(Scene({Grey("ONE"), Grey("default"),
-                             NamedObject("A", {Mesh({triangle, replaced, faces})}), Grey("LATE")}));
+        const LoadedScene scene = LoadBytes(
+            Scene({Grey("ONE"), Grey("default"), NamedMesh("A", {triangle, replaced, faces}), Grey("LATE")}));
         const Mc3dsObject &object = scene->objects[0];
         std::vector<int32_t> materials;
         for (int32_t i = 0; i < object.faceCount; ++i)
@@ -252,9 +248,9 @@ TEST_F(ReaderTest, MaterialGroupsClaimFaces)
 
 TEST_F(ReaderTest, ASecondArrayReplacesTheFirst)
 {
-    const LoadedScene scene = LoadBytes(
-        Scene({NamedObject("A", {Mesh({Points({-9, 0, 0}), TexVerts({1, 1}), Points({1, 2, 3, 4, 5, 6}),
-                                       TexVerts({7, 7}), Faces({0, 0, 1}), Faces({})})})}));
+    const LoadedScene scene =
+        LoadBytes(Scene({NamedMesh("A", {Points({-9, 0, 0}), TexVerts({1, 1}), Points({1, 2, 3, 4, 5, 6}),
+                                         TexVerts({7, 7}), Faces({0, 0, 1}), Faces({})})}));
     const Mc3dsObject &object = scene->objects[0];
     EXPECT_EQ(object.vertexCount, 2);
     EXPECT_EQ(Floats(object.vertices[1]), (std::vector<float>{4, 5, 6}));

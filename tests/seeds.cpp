@@ -10,7 +10,7 @@ using namespace chunks;
 
 static Bytes Triangle(const Bytes &name, const Bytes &more = "")
 {
-    return NamedObject(name, {Mesh({Points({0, 0, 0, 2, 0, 0, 0, 3, 1}), Faces({0, 1, 2}), more})});
+    return NamedMesh(name, {Points({0, 0, 0, 2, 0, 0, 0, 3, 1}), Faces({0, 1, 2}), more});
 }
 
 static Bytes Red(const Bytes &name, const Bytes &maps = "")
@@ -71,14 +71,12 @@ const std::vector<Seed> &Seeds()
          ""},
         {"Textures",
          Scene({Red("RED", Map(MAT_TEXMAP, "WOOD.TGA")),
-                NamedObject("NEAR",
-                            {Mesh({Points({1, 2, 3, 4, 5, 6, 7, 8, 10}), TexVerts({-3, 0, 1, 0.5f, 40, 2}),
+                NamedMesh("NEAR", {Points({1, 2, 3, 4, 5, 6, 7, 8, 10}), TexVerts({-3, 0, 1, 0.5f, 40, 2}),
                                    Chunk(POINT_FLAG_ARRAY), MeshMatrix({0, 1, 0, -1, 0, 0, 0, 0, 2, 5, 6, 7}),
-                                   Faces({0, 1, 2}, {MaterialGroup("RED", {0})})})}),
-                NamedObject("FAR",
-                            {Mesh({Points({infinity, nan, 0, 1e38f, -1e38f, 0, 0, 0, 0}),
-                                   TexVerts({3e9f, 700, infinity, 7, -1e38f, 33}), Faces({0, 1, 2, 0, 1, 9}),
-                                   MeshMatrix({1, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0})})})}),
+                                   Faces({0, 1, 2}, {MaterialGroup("RED", {0})})}),
+                NamedMesh("FAR", {Points({infinity, nan, 0, 1e38f, -1e38f, 0, 0, 0, 0}),
+                                  TexVerts({3e9f, 700, infinity, 7, -1e38f, 33}), Faces({0, 1, 2, 0, 1, 9}),
+                                  MeshMatrix({1, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0})})}),
          ""},
         {"Hidden",
          Scene({NamedObject("A", {Chunk(OBJ_HIDDEN), Mesh({Points({0, 0, 0})})}),
@@ -88,10 +86,10 @@ const std::vector<Seed> &Seeds()
                 NamedObject("EYE", {Chunk(N_CAMERA, {F32s({1, 2, 3})}), Chunk(OBJ_HIDDEN)})}),
          ""},
         {"Replacements",
-         Scene({NamedObject("BOX", {Mesh({Points({0, 0, 0, 1, 0, 0}), TexVerts({0, 0, 1, 1}),
-                                          Faces({0, 1, 0}, {MaterialGroup("RED", {0})}),
-                                          Points({5, 5, 5, 6, 5, 5, 5, 6, 5}), TexVerts({0, 0}),
-                                          Faces({0, 1, 2}, {MaterialGroup("RED", {0, 7})})})}),
+         Scene({NamedMesh("BOX",
+                          {Points({0, 0, 0, 1, 0, 0}), TexVerts({0, 0, 1, 1}),
+                           Faces({0, 1, 0}, {MaterialGroup("RED", {0})}), Points({5, 5, 5, 6, 5, 5, 5, 6, 5}),
+                           TexVerts({0, 0}), Faces({0, 1, 2}, {MaterialGroup("RED", {0, 7})})}),
                 Triangle("LID")},
                {ObjectNode("BOX", noParent, {Chunk(NODE_HDR, {Text("LID"), U32(0), U16(0)})}),
                 ObjectNode("BOX", 0,

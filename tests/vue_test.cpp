@@ -10,7 +10,7 @@ using namespace chunks;
 struct VueTest : SceneTest {
     LoadedScene Load(const std::string &vue)
     {
-        return LoadBytes(Scene({NamedObject("BOX", {Mesh({})}), NamedObject("TWO W", {Mesh({})})},
+        return LoadBytes(Scene({NamedMesh("BOX", {}), NamedMesh("TWO W", {})},
                                {Kfhdr(3), ObjectNode("BOX", noParent, {Pivot(1, 0, 0)})}),
                          vue);
     }
@@ -108,7 +108,7 @@ TEST_F(VueTest, APathOf255CharactersStillLeadsToTheFile)
     std::filesystem::create_directory(folder);
     for (const size_t length : {size_t{254}, size_t{255}, size_t{256}}) {
         const std::string stem = folder + '/' + std::string(length - folder.size() - 5, 'n') + '.';
-        WriteFile(stem + "3ds", Scene({NamedObject("BOX", {Mesh({})})}, {Kfhdr(3)}));
+        WriteFile(stem + "3ds", Scene({NamedMesh("BOX", {})}, {Kfhdr(3)}));
         WriteFile(stem + "vue", "frame 0 transform BOX" + turned + "5 0 0");
         // Where the path would lead if it were cut.
         WriteFile((stem + "3ds").substr(0, 252) + "vue", "frame 0 transform BOX" + turned + "5 0 0");
@@ -125,7 +125,7 @@ TEST_F(VueTest, AsManyFramesAsTheLimitAreLoaded)
     const uint32_t most = 4194304 + 7;
     for (const uint32_t frames : {most - 1, most}) {
         const LoadedScene scene =
-            LoadBytes(Scene({NamedObject("BOX", {Mesh({Points({0, 0, 0})})})}, {Kfhdr(frames)}), vue);
+            LoadBytes(Scene({NamedMesh("BOX", {Points({0, 0, 0})})}, {Kfhdr(frames)}), vue);
         EXPECT_EQ(scene->hasAnimation, frames < most ? 1u : 0u);
         EXPECT_EQ(TakeReportLines("E"), frames < most ? "" : "E0 Out of memory allocating frames\n");
     }
