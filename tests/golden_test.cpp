@@ -1,13 +1,25 @@
 // Compares whole outputs of one scene byte by byte. MC3DS_UPDATE_GOLDEN=1 in the environment regenerates the
 // golden files: review the difference before you commit it.
+#include <bit>
+#include <clocale>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
+#include "command.h"
 #include "frame/number_text.h"
 #include "harness.h"
+#include "seeds.h"
 #include "worked_scene.h"
 
-struct GoldenTest : SceneTest {};
+struct GoldenTest : SceneTest {
+    void TearDown() override
+    {
+        std::setlocale(LC_ALL, "C");
+        SceneTest::TearDown();
+    }
+};
 
 struct GoldenRow {
     const char *name;
@@ -29,7 +41,7 @@ constexpr GoldenRow goldenRows[] = {
     {"per_object_source.txt", MC3DS_PER_OBJECT | MC3DS_SOURCE | MC3DS_CENTRE, MC3DS_TEXTURES, 0},
 };
 
-TEST_F(GoldenTest, TheWorkedSceneComesOutAsItAlwaysDid)
+static void ExpectGoldenOutputs()
 {
     const LoadedScene scene = LoadBytes(WorkedScene(), WorkedVue());
     ASSERT_TRUE(scene);
@@ -44,6 +56,45 @@ TEST_F(GoldenTest, TheWorkedSceneComesOutAsItAlwaysDid)
         EXPECT_TRUE(MatchesGolden(Output(scene, options), row.name));
     }
     EXPECT_TRUE(MatchesGolden(TakeReportLines(), "reports.txt"));
+}
+
+TEST_F(GoldenTest, TheWorkedSceneComesOutAsItAlwaysDid)
+{
+    ExpectGoldenOutputs();
+}
+
+// Together the seeds have every chunk that the reader knows, and many faults.
+TEST_F(GoldenTest, EverySeedIsReportedAsItAlwaysWas)
+{
+    std::string reports;
+    for (const Seed &seed : Seeds()) {
+        LoadBytes(seed.scene, seed.vue);
+        reports += "==> " + seed.name + '\n' + TakeLoadReports();
+    }
+    EXPECT_TRUE(MatchesGolden(reports, "seed_reports.txt"));
+}
+
+TEST_F(GoldenTest, ADecimalCommaOfTheHostChangesNothing)
+{
+    if (!std::setlocale(LC_ALL, "de_DE.UTF-8") && !std::setlocale(LC_ALL, "German_Germany")) {
+#if defined(_WIN32)
+        FAIL() << "no German locale";
+#else
+        if (RunCommand("localedef --version").status != 0)
+            GTEST_SKIP() << "no locale with decimal commas, and no localedef to make one";
+        // In the byte order of the target machine. Fails without Debian's package locales.
+        const char *order = std::endian::native == std::endian::big ? "--big-endian" : "--little-endian";
+        MustRun(std::string("localedef ") + order + " -i de_DE -f UTF-8 ./de_DE.UTF-8");
+        const std::string folder = std::filesystem::current_path().string();
+        setenv("LOCPATH", folder.c_str(), 1);
+        ASSERT_TRUE(std::setlocale(LC_ALL, "de_DE.UTF-8"));
+        unsetenv("LOCPATH");
+#endif
+    }
+    char number[8];
+    std::snprintf(number, sizeof number, "%.1f", 0.5);
+    ASSERT_STREQ(number, "0,5");
+    ExpectGoldenOutputs();
 }
 
 // Odd multiples of 1/128 are halfway between two numbers of six decimals; printf rounds to the even one.

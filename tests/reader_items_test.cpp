@@ -244,26 +244,6 @@ TEST_F(ItemTest, NodesGiveTheHierarchy)
     }
 }
 
-TEST_F(ItemTest, TheKeyframerTellsWhatItReadsAndPassesOver)
-{
-    const LoadedScene scene = LoadBytes(
-        Scene({Box("A")},
-              {Kfhdr(30), Chunk(0xB008, {U32(0xFFFFFFFF), U32(30)}), Chunk(0xB009, {U32(7)}), Chunk(0xB001),
-               Chunk(0xB003), Chunk(0xB004), Chunk(0xB005), Chunk(0xB006), Chunk(0xB007),
-               ObjectNode("A", noParent, {Chunk(0xB012), Chunk(0xB015), Chunk(0xB026), Chunk(0xB030)})}));
-    EXPECT_EQ(scene->frameCount, 30u);
-    EXPECT_EQ(scene->hasAnimation, 0u);
-    EXPECT_EQ(TakeLoadReports(), "M2 \nM1 Object <A>\nM2 Reading 1 vertices\n"
-                                 "M2 Key Frame Header\nM2 \tVersion 5\nM2 \tString SCENE\nM2 \tFrames 30\n"
-                                 "M2 Key Frame Segment\nM2 \tfirst -1\nM2 \tlast 30\n"
-                                 "M2 Key Frame Current Time\nM2 \tframe 7\nM2 Ignoring Chunk Tag <b001>\n"
-                                 "M2 CAMERA_NODE_TAG ... skipping\nM2 TARGET_NODE_TAG ... skipping\n"
-                                 "M2 LIGHT_NODE_TAG ... skipping\nM1 L_TARGET_NODE_TAG ... skipping\n"
-                                 "M2 SPOTLIGHT_NODE_TAG ... skipping\nM2 Ignoring Chunk Tag <b012>\n"
-                                 "M2 \tMORPH_SMOOTH ... skipping\nM2 \tMORPH_TRACK_TAG ... skipping\n"
-                                 "M2 Ignoring Chunk Tag <b030>\n");
-}
-
 TEST_F(ItemTest, APivotRecentresWithoutMovingTheObject)
 {
     // The matrix is a quarter turn around z at (10, 0, 0): world point (10, 5, 0) is (5, 0, 0) in the object.

@@ -104,57 +104,6 @@ TEST_F(ReaderTest, ALoadHandsOutSixteenTimesTheFileAndOneMebibyte)
     EXPECT_TRUE(LinesMatch(TakeReportLines("E"), "E0 *\n"));
 }
 
-struct ReportRow {
-    const char *what;
-    Pieces editor;
-    const char *reports;
-};
-
-TEST_F(ReaderTest, TheEditorSectionTellsWhatItPassesOver)
-{
-    const ReportRow rows[] = {
-        {"settings without a word", {Chunk(0x1200), Chunk(0x1450), Chunk(0x2310), Chunk(0x3000)}, ""},
-        {"an unknown tag", {Chunk(0x7ABC)}, "M2 Ignoring Chunk Tag <7abc>\n"},
-        {"the scale", {Chunk(0x0100, {F32(2.5f)})}, "M2 Master Scale Factor = 2.50 units/inch\n"},
-        {"an ambient colour in floats",
-         {Chunk(0x2100, {Chunk(0x0010, {F32s({1, 0.5f, 0})}), grey})},
-         "M2 Global Ambient Level = 0.500000\n"},
-        {"an ambient colour in bytes",
-         {Chunk(0x2100, {Colour24(255, 255, 0)})},
-         "M2 Global Ambient Level = 0.666667\n"},
-        {"an ambient colour of no kind",
-         {Chunk(0x2100, {Percent(50)})},
-         "E0 Error parsing colour\nM2 Global Ambient Level = 0.000000\n"},
-        {"version 3", {Chunk(0x3D3E, {U32(3)})}, ""},
-        {"version 2^32 - 1",
-         {Chunk(0x3D3E, {U32(0xFFFFFFFF)})},
-         "E2 3D Studio Version Number greater than 3.0 may not be supported\n"},
-        {"a light", {NamedObject("SPOT", {Chunk(0x4600, {"?"})})}, "M2 \nLight <SPOT> ... skipping\n"},
-        {"a camera", {NamedObject("CAM", {Chunk(0x4700)})}, "M2 \nCamera <CAM> ... skipping\n"},
-        {"an object of no kind", {NamedObject("A", {Chunk(0x4F00)})}, "M2 Ignoring Chunk Tag <4f00>\n"},
-        {"an empty mesh", {NamedMesh("A", {})}, "M2 \nM1 Object <A>\n"},
-        {"a mesh",
-         {NamedMesh("A", {triangle, TexVerts({0, 1, 2, 0.5f, -1, 4}), Chunk(0x4111), Chunk(0x4130),
-                          Faces({0, 1, 2}, {Chunk(0x4150)})})},
-         "M2 \nM1 Object <A>\nM2 Reading 3 vertices\nM2 Reading 3 texture vertices\n"
-         "M2 Minimum texture coordinate (-1.000000, 0.500000)\n"
-         "M2 Maximum texture coordinate (2.000000, 4.000000)\n"
-         "M2 Ignoring Chunk Tag <4130>\nM2 Reading 1 faces\n"},
-        {"texture co-ordinates ahead of the vertices",
-         {NamedMesh("A", {TexVerts({0, 0}), triangle})},
-         "M2 \nM1 Object <A>\nE1 No of Texture Vertices does not match actual vertices\nM2 Reading 3 "
-         "vertices\n"},
-        {"a matrix without an inverse",
-         {NamedMesh("A", {MeshMatrix(std::vector<float>(12, 1))})},
-         "M2 \nM1 Object <A>\nE0 Failed to invert matrix\n"},
-    };
-    for (const ReportRow &row : rows) {
-        SCOPED_TRACE(row.what);
-        LoadBytes(Scene(row.editor));
-        EXPECT_EQ(TakeLoadReports(), row.reports);
-    }
-}
-
 TEST_F(ReaderTest, VerticesComeToObjectSpaceAndBoundsStayInTheWorld)
 {
     // Scale 2, a quarter turn around z, off the origin. The matrix comes after the vertices that it affects.
