@@ -10,7 +10,7 @@
 #include "harness.h"
 #include "worked_scene.h"
 #if defined(MC3DS_HAVE_PNG)
-#include <png.h>
+#include "picture.h"
 #endif
 
 using namespace chunks;
@@ -79,22 +79,6 @@ TEST_F(InfoPreviewTest, TheSizeIsThatOfTheVertices)
 }
 
 #if defined(MC3DS_HAVE_PNG) && defined(MC3DS_HAVE_MCLMODEL)
-struct Picture {
-    size_t width, height;
-    std::vector<unsigned char> rgb;
-};
-
-static Picture ReadPicture(const char *name)
-{
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    EXPECT_NE(png_image_begin_read_from_file(&image, name), 0) << image.message;
-    image.format = PNG_FORMAT_RGB;
-    Picture picture = {image.width, image.height, std::vector<unsigned char>(PNG_IMAGE_SIZE(image))};
-    EXPECT_NE(png_image_finish_read(&image, nullptr, picture.rgb.data(), 0, nullptr), 0) << image.message;
-    return picture;
-}
-
 // A picture of a red cube.
 static Picture Draw(uint32_t shading, uint32_t transparency, const std::string &options)
 {
@@ -150,17 +134,28 @@ static std::string AsText(const Picture &picture)
     return text;
 }
 
-// How many pixels differ by more than a level from the expected picture, which is a golden file.
-static size_t CountOfOthers(const std::string &text, const std::string &name)
+// A preview of scene.3ds as text. The options may set another size.
+static std::string Preview(const std::string &options = "")
+{
+    MustRun(program + "--info --preview p.png --preview-size 64x48 " + options + " >shown");
+    return AsText(ReadPicture("p.png"));
+}
+
+// At most that many pixels differ by more than a level.
+static testing::AssertionResult Resembles(const std::string &text, const std::string &expected, size_t most)
+{
+    size_t others = text.size() == expected.size() ? 0 : text.size();
+    for (size_t i = 0; i < text.size() && i < expected.size(); ++i)
+        others += std::abs(text[i] - expected[i]) > 1 ? 1 : 0;
+    return testing::AssertionResult(others <= most) << others << " pixels differ:\n" << text;
+}
+
+static testing::AssertionResult ResemblesGolden(const std::string &text, const std::string &name, size_t most)
 {
     const std::string path = std::string(MC3DS_GOLDEN_DIR "/") + name;
     if (std::getenv("MC3DS_UPDATE_GOLDEN"))
         WriteFile(path, text);
-    const std::string expected = ReadText(path);
-    size_t others = text.size() == expected.size() ? 0 : text.size();
-    for (size_t i = 0; i < text.size() && i < expected.size(); ++i)
-        others += std::abs(text[i] - expected[i]) > 1 ? 1 : 0;
-    return others;
+    return Resembles(text, ReadText(path), most);
 }
 
 // Four squares, one behind the other as they are seen: a solid one, then blue glass, red glass, and a small
@@ -184,12 +179,8 @@ TEST_F(InfoPreviewTest, WhatIsInFrontCoversWhatIsBehind)
                                   Material("WHITE", {Finish(white, white, white, 1)})});
     WriteFile("scene.3ds", Scene({materials, tent, square("FRONT", "WHITE", 3, 1), square("R", "RED", 2, 4),
                                   square("BACK", "WHITE", 0, 6), square("B", "BLUE", 1, 5)}));
-    for (const char *form : {"", "--protos", "--merged"}) {
-        MustRun(program + "--info --preview p.png --preview-size 64x48 " + form + " >shown");
-        EXPECT_LE(CountOfOthers(AsText(ReadPicture("p.png")), "picture_squares.txt"), 12u)
-            << form << '\n'
-            << AsText(ReadPicture("p.png"));
-    }
+    for (const char *form : {"", "--protos", "--merged"})
+        EXPECT_TRUE(ResemblesGolden(Preview(form), "picture_squares.txt", 12)) << form;
 }
 
 // Two squares that cross, a round tent beside them, and wires through the squares.
@@ -210,12 +201,8 @@ TEST_F(InfoPreviewTest, FacesShowTheirNearerPartsAndTheLightAcrossThem)
                                   Material("CLAY", {Finish(white, white, white, 2)}),
                                   Material("WIRE", {Finish(white, white, white, 0)}), square("RED", 2),
                                   square("BLUE", -2), tent, wires}));
-    MustRun(program + "--info --preview p.png --preview-size 64x48 >shown");
-    const std::string text = AsText(ReadPicture("p.png"));
-    EXPECT_LE(CountOfOthers(text, "picture_cross.txt"), 8u) << text;
-    MustRun(program + "--info --scale 1e-7 --preview p.png --preview-size 64x48 >shown");
-    const std::string small = AsText(ReadPicture("p.png"));
-    EXPECT_LE(CountOfOthers(small, "picture_cross.txt"), 8u) << small;
+    EXPECT_TRUE(ResemblesGolden(Preview(), "picture_cross.txt", 8));
+    EXPECT_TRUE(ResemblesGolden(Preview("--scale 1e-7"), "picture_cross.txt", 8));
 }
 
 // Faces with NaN and infinite corners, and those whose smooth normals cancel out.
@@ -227,8 +214,7 @@ TEST_F(InfoPreviewTest, FacesWithoutAPlaceAreNotDrawnAndThoseWithoutANormalAre)
         Scene({Material("CLAY", {Finish(clay, clay, clay, 2)}),
                NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9}),
                                        Faces({0, 1, 2, 0, 2, 1}, {MaterialGroup("CLAY", {0, 1})})})})}));
-    MustRun(program + "--info --preview p.png --preview-size 64x48 >shown");
-    EXPECT_TRUE(Has(AsText(ReadPicture("p.png")), "PPPPPPPP"));
+    EXPECT_TRUE(Has(Preview(), "PPPPPPPP"));
     const auto draw = [&clay](const std::vector<uint16_t> &corners, uint32_t shading) {
         const float nan = std::numeric_limits<float>::quiet_NaN(),
                     infinite = std::numeric_limits<float>::infinity();
@@ -239,8 +225,7 @@ TEST_F(InfoPreviewTest, FacesWithoutAPlaceAreNotDrawnAndThoseWithoutANormalAre)
             Scene({Material("CLAY", {Finish(clay, clay, clay, shading)}),
                    NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9, nan, 0, 0, 0, 0, infinite}),
                                            Faces(corners, {MaterialGroup("CLAY", all)})})})}));
-        MustRun(program + "--info --preview p.png --preview-size 64x48 >shown");
-        return AsText(ReadPicture("p.png"));
+        return Preview();
     };
     for (const uint32_t shading : {0u, 1u}) {
         const std::string alone = draw({0, 1, 2}, shading);
@@ -258,22 +243,17 @@ TEST_F(InfoPreviewTest, ACoarsePictureShowsTheSame)
             corners.insert(corners.end(), {0, 1, 2});
         WriteFile("scene.3ds",
                   Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9}), Faces(corners)})})}));
-        MustRun(program + "--info --preview p.png --preview-size 64x48 --summary sum.json >shown");
-        return AsText(ReadPicture("p.png"));
+        return Preview("--summary sum.json");
     };
     const std::string sharp = draw(1), coarse = draw(60000);
     EXPECT_TRUE(Has(ReadText("sum.json"), "the picture is coarse: "));
-    size_t others = 0;
-    for (size_t i = 0; i < sharp.size(); ++i)
-        others += std::abs(sharp[i] - coarse.at(i)) > 1 ? 1 : 0;
-    EXPECT_LE(others, 80u) << sharp << coarse;
+    EXPECT_TRUE(Resembles(coarse, sharp, 80));
 }
 
 TEST_F(InfoPreviewTest, WiresAreDrawnFromCornerToCorner)
 {
     Draw(0, 0, "--preview-size 64x48");
-    const std::string text = AsText(ReadPicture("out.png"));
-    EXPECT_LE(CountOfOthers(text, "picture_wires.txt"), 12u) << text;
+    EXPECT_TRUE(ResemblesGolden(AsText(ReadPicture("out.png")), "picture_wires.txt", 12));
 }
 
 // Nine frames, of which the strip has 0, 2, 4, 6 and 8.
@@ -287,9 +267,8 @@ TEST_F(InfoPreviewTest, AStripOfNineFramesTakesEverySecond)
     WriteFile("scene.3ds",
               Scene({NamedObject("A", {Mesh({Points({0, 0, 0, 9, 0, 0, 0, 0, 9}), Faces({0, 1, 2})})})},
                     {Kfhdr(9), ObjectNode("A", noParent)}));
-    MustRun(program + "--info --preview p.png --preview-frame strip --preview-size 48x24 >shown");
-    EXPECT_LE(CountOfOthers(AsText(ReadPicture("p.png")), "picture_strip.txt"), 12u)
-        << AsText(ReadPicture("p.png"));
+    EXPECT_TRUE(
+        ResemblesGolden(Preview("--preview-frame strip --preview-size 48x24"), "picture_strip.txt", 12));
 }
 
 TEST_F(InfoPreviewTest, WhyAPictureIsEmptyIsSaid)

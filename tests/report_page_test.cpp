@@ -5,7 +5,7 @@
 
 #include "program.h"
 #if defined(MC3DS_HAVE_PNG)
-#include <png.h>
+#include "picture.h"
 #endif
 
 namespace fs = std::filesystem;
@@ -94,12 +94,7 @@ TEST_F(ReportPageTest, ABrowserShowsTheRowsAndThePictures)
             "--disable-background-networking --disable-component-update --disable-sync "
             "--user-data-dir=\"$PWD/profile\" --force-device-scale-factor=1 --window-size=1000,900 "
             "--screenshot=\"$PWD/shot.png\" \"file://$PWD/r.html\"");
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    ASSERT_NE(png_image_begin_read_from_file(&image, "shot.png"), 0) << image.message;
-    image.format = PNG_FORMAT_RGB;
-    std::vector<unsigned char> shot(PNG_IMAGE_SIZE(image));
-    ASSERT_NE(png_image_finish_read(&image, nullptr, shot.data(), 0, nullptr), 0) << image.message;
+    const std::vector<unsigned char> shot = ReadPicture("shot.png").rgb;
     size_t ground = 0; // background pixels of the two pictures, 240 x 180 each
     for (size_t i = 0; i < shot.size(); i += 3)
         ground += shot[i] == 160 && shot[i + 1] == 170 && shot[i + 2] == 182 ? 1 : 0;
