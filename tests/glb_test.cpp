@@ -491,11 +491,8 @@ TEST_F(GlbTest, ObjectsAtRestCarryThoseThatMove)
     const std::string place = " 1 0 0 0 1 0 0 0 1 ", still = " transform A" + place + "10 0 0 transform B" +
                                                              place + "20 0 0 transform C" + place;
     WriteFile("still.vue", "frame 0" + still + "30 0 0 frame 1" + still + "37 0 0");
-    ASSERT_EQ(Start("still.3ds --animation --glb m.glb -o m.mcx").status, 0);
-    GlbFile file = ReadGlb("m.glb");
-    ASSERT_EQ(file.json["animations"][0]["channels"].size(), 3u);
-    GoToFrame(&file, 1);
-    EXPECT_NEAR(WorldsOf(file.json).back()[12], 37, 1e-5);
+    ExpectFrames("still", {0, 1});
+    EXPECT_EQ(ReadGlb("m.glb").json["animations"][0]["channels"].size(), 3u);
 }
 
 TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)

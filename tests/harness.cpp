@@ -90,15 +90,6 @@ LoadedScene LoadBytes(const std::string &bytes, const std::string &vue)
     return Load("scene.3ds");
 }
 
-LoadedScene LoadSample(const std::string &name)
-{
-    const fs::path vue = fs::path(name).replace_extension("vue");
-    fs::copy_file(samplesFolder / name, name, fs::copy_options::overwrite_existing);
-    if (fs::exists(samplesFolder / vue))
-        fs::copy_file(samplesFolder / vue, vue, fs::copy_options::overwrite_existing);
-    return Load(name);
-}
-
 std::vector<Report> TakeReports()
 {
     return std::exchange(reports, {});

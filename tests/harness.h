@@ -33,10 +33,6 @@ using LoadedScene = std::shared_ptr<Mc3dsFile>;
 LoadedScene LoadBytes(const std::string &bytes, const std::string &vue = "");
 LoadedScene Load(const std::string &path);
 
-// Copies a scene of the samples folder, "orrery.3DS", and the .vue file beside it to the scratch folder, and
-// loads it from there by its bare name.
-LoadedScene LoadSample(const std::string &name);
-
 // Returns and clears the captured reports.
 std::vector<Report> TakeReports();
 

@@ -103,19 +103,6 @@ TEST_F(OutputTest, TextureCoordinatesAreShiftedTurnedOverAndFolded)
     }
 }
 
-TEST_F(OutputTest, TheScaleStandsInPositionsAndVerticesAndNotInAxes)
-{
-    const Bytes scene =
-        Scene({Placed("A", 5, 6, 7), Placed("B", 8, 6, 7)}, {ObjectNode("A", noParent), ObjectNode("B", 0)});
-    const std::string axes =
-        "1.000000 0.000000 0.000000 0.0 0.000000 1.000000 0.000000 0.0 0.000000 0.000000 1.000000 0.0 ";
-    const std::string a = "Transform " + axes + "10.000000 14.000000 -12.000000 1.0\nTransform " + axes;
-    EXPECT_EQ(Lines(Written(scene, 0, 2), "Transform "), a + "6.000000 0.000000 0.000000 1.0\n");
-    EXPECT_EQ(Lines(Written(scene, MC3DS_FLAT, 2), "Transform "), a + "16.000000 14.000000 -12.000000 1.0\n");
-    EXPECT_EQ(Lines(Written(scene, MC3DS_MERGED, 2), "Transform "),
-              a + "16.000000 14.000000 -12.000000 1.0\n");
-}
-
 TEST_F(OutputTest, ScaleAndSizeAreWrittenBack)
 {
     const std::vector<float> box = {0, 0, 0, 10, 20, 50}, point = {3, 4, 5};

@@ -250,21 +250,3 @@ TEST_F(PlatformModel, AModelIsFreedWhileAnotherIsOpen)
     EXPECT_EQ(McErrorCount(), 0u) << McFirstError();
     EXPECT_EQ(View(ended.back()).geometry.faceCount, 1u);
 }
-
-TEST_F(PlatformModel, ADeepChainIsBuiltWalkedAndFreedThroughItsInnermostClump)
-{
-    const int depth = 32769;
-    Tell("[");
-    for (int i = 0; i < depth; ++i)
-        Tell("{1(");
-    for (int i = 0; i < depth; ++i)
-        Tell(")}");
-    Tell("]");
-    EXPECT_EQ(McErrorCount(), 0u) << McFirstError();
-    int met = 0;
-    for (const McClump *at = ended.back(); at; at = View(at).firstChild)
-        ++met;
-    EXPECT_EQ(met, depth);
-    EXPECT_EQ(View(ended[0]).world[12], depth);
-    ended.resize(1);
-}

@@ -283,34 +283,6 @@ TEST_F(ItemTest, NamesWithOneHashAreDifferentNames)
     EXPECT_EQ(scene->lostMaterialCount, 0u);
 }
 
-TEST_F(ItemTest, ManyPivotsMoveEachVertexInTheirOrder)
-{
-    // The last bits of sums of these depend on the order.
-    const auto coordinate = [](size_t i) { return 0.1f + 1000.0f / static_cast<float>(3 * i + 1); };
-    std::vector<float> before(3 * 45);
-    for (size_t i = 0; i < before.size(); ++i)
-        before[i] = coordinate(i);
-    std::vector<float> points = before;
-    Pieces pivots;
-    for (size_t i = 0; i < 50; ++i) {
-        const float x = coordinate(7 * i), y = -coordinate(5 * i), z = coordinate(3 * i + 2);
-        pivots.push_back(Pivot(x, y, z));
-        for (size_t j = 0; j < points.size(); j += 3) {
-            points[j] -= x;
-            points[j + 1] -= y;
-            points[j + 2] -= z;
-        }
-    }
-    const LoadedScene scene =
-        LoadBytes(Scene({NamedObject("A", {Mesh({Points(before)})})}, {ObjectNode("A", noParent, pivots)}));
-    const Mc3dsVertex *vertices = scene->objects[0].vertices;
-    for (size_t i = 0; i < points.size() / 3; ++i) {
-        EXPECT_EQ(vertices[i].x, points[3 * i]) << i;
-        EXPECT_EQ(vertices[i].y, points[3 * i + 1]) << i;
-        EXPECT_EQ(vertices[i].z, points[3 * i + 2]) << i;
-    }
-}
-
 TEST_F(ItemTest, PivotsMoveVerticesUpToTheLimitOfTheLoad)
 {
     constexpr size_t count = 4000;
