@@ -135,6 +135,14 @@ inline Bytes Material(const Bytes &name, const Pieces &pieces)
     return Chunk(0xAFFF, {Chunk(0xA000, {Text(name)}), Join(pieces)});
 }
 
+inline const Bytes midGrey = Colour24(128, 128, 128);
+
+// A material that is grey and flat.
+inline Bytes Grey(const Bytes &name, const Pieces &more = {})
+{
+    return Material(name, {Finish(midGrey, midGrey, midGrey, 1), Join(more)});
+}
+
 constexpr uint16_t noParent = 0xFFFF;
 
 inline Bytes Kfhdr(uint32_t frames)

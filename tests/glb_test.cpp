@@ -612,6 +612,8 @@ TEST_F(GlbTest, TheValidatorFindsNothing)
     const Bytes hole = Mesh({Points({0, 0, 0, nan, 0, 0, 0, 1, 0, 1e30f, 0, 1}), Faces({0, 1, 2, 0, 2, 3})});
     WriteFile("odd.3ds", Scene({NamedObject("FLAT", {flat}), NamedObject("B\xE4NT", {bent}),
                                 NamedObject("HOLE", {hole})}));
+    WriteFile("lost.3ds", Scene({Glass(), Triangle("BOX", 0), Triangle("LID", 6)},
+                                {Kfhdr(2), ObjectNode("BOX", noParent), ObjectNode("LID", 7)}));
     std::string files;
     for (const char *scene : {"worked.3ds", "orrery.3ds", "odd.3ds", "lost.3ds"})
         for (size_t form = 0; form < std::size(forms); ++form) {

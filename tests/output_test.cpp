@@ -14,7 +14,6 @@ using namespace chunks;
 struct OutputTest : SceneTest {};
 
 static const std::vector<float> corners = {0, 0, 0, 1, 0, 0, 0, 1, 0};
-static const Bytes grey = Colour24(128, 128, 128);
 
 static Bytes Object(const Bytes &name, const std::vector<float> &xyz, const Bytes &more = "")
 {
@@ -178,8 +177,8 @@ TEST_F(OutputTest, PerObjectFilesKeepSixCharactersOfTheNameAtMost)
 // A triangle of a material with these maps.
 static LoadedScene Mapped(const Bytes &maps)
 {
-    return LoadBytes(Scene({Material("M", {Finish(grey, grey, grey, 1), maps}),
-                            Object("A", corners, Faces({0, 1, 2}, {MaterialGroup("M", {0})}))}));
+    return LoadBytes(
+        Scene({Grey("M", {maps}), Object("A", corners, Faces({0, 1, 2}, {MaterialGroup("M", {0})}))}));
 }
 
 TEST_F(OutputTest, HintsAndTextureModesAreSpelledOut)
@@ -299,7 +298,7 @@ TEST_F(OutputTest, AmbientCoefficientsHaveAFloorAndCentresTwiceTheRange)
                                          {26, "0.101961"},
                                          {38, "0.149020"}}) {
         const Bytes dark = Colour24(level, level, level),
-                    material = Material("M", {Finish(dark, grey, grey, 1)});
+                    material = Material("M", {Finish(dark, midGrey, midGrey, 1)});
         const Bytes faces = Faces({0, 1, 2}, {MaterialGroup("M", {0})});
         EXPECT_TRUE(Has(Written(Scene({material, Object("A", corners, faces)})),
                         std::string("Surface ") + written + ' '));
@@ -315,8 +314,7 @@ TEST_F(OutputTest, FacesThatCannotBeDrawnAreLeftOutAndNothingElse)
     const Bytes faces =
         Faces({0, 1, 3, 0, 1, 2, 2, 1, 0, 2, 0, 1}, {MaterialGroup("M", {0}), MaterialGroup("?", {1, 1}),
                                                      MaterialGroup("M", {2, 9}), MaterialGroup("M", {2})});
-    const std::string script =
-        Written(Scene({Material("M", {Finish(grey, grey, grey, 1)}), Object("A", corners, faces)}));
+    const std::string script = Written(Scene({Grey("M"), Object("A", corners, faces)}));
     // The face with a missing vertex still gets its surface; the surface of the unknown material comes once.
     const std::string surface = "Surface 0.501961 0.501961 0.501961\n";
     EXPECT_EQ(Lines(script, "Surface"), surface + surface + surface + "Surface 0.587000 0.587000 0.587000\n");

@@ -8,39 +8,28 @@ using namespace chunks;
 
 struct ItemTest : SceneTest {};
 
-static const Bytes grey = Colour24(128, 128, 128);
-
-static Bytes Grey(const Bytes &name, const Pieces &more = {})
-{
-    return Material(name, {Finish(grey, grey, grey, 1), Join(more)});
-}
-
 static Bytes Box(const Bytes &name)
 {
     return NamedObject(name, {Mesh({Points({1, 2, 3})})});
 }
 
-TEST_F(ItemTest, AMaterialIsStoredAndListed)
+TEST_F(ItemTest, AMaterialIsStoredWithFractionsThatAreProductsOf64Bits)
 {
-    // For the byte 60, the product with the stored constant and the quotient by 255 differ in the last bit.
-    const LoadedScene scene = LoadBytes(Scene(
-        {Material("OAK", {Finish(Chunk(0x0010, {F32s({0, 0.5f, 1})}), Colour24(255, 60, 0), grey, 4, 100, 7),
-                          Map(0xA220, "R"), Map(0xA210, "HOLES.CEL"), Map(0xA200, "O")})}));
-    EXPECT_EQ(TakeLoadReports(), "M1 Material <OAK>\n"
-                                 "M2 \tAmbient\t\t(0.000000, 0.500000, 1.000000)\n"
-                                 "M2 \tDiffuse\t\t(1.000000, 0.235294, 0.000000)\n"
-                                 "M2 \tSpecular\t(0.501961, 0.501961, 0.501961)\n"
-                                 "M2 \tShading\t\tMetal\n"
-                                 "M2 \tShininess\t1.000000\n"
-                                 "M2 \tTransparency\t0.070000\n"
-                                 "M2 \tTexture\t\t<O>\n"
-                                 "M2 \tEnvironment\t<R>\n"
-                                 "M2 \n");
+    const LoadedScene scene =
+        LoadBytes(Scene({Material("OAK", {Finish(Colour24(1, 127, 255), Chunk(0x0010, {F32s({0, 0.5f, 1})}),
+                                                 Colour24(255, 60, 0), 4, 5, 99),
+                                          Map(0xA220, "R"), Map(0xA210, "HOLES.CEL"), Map(0xA200, "O")})}));
     ASSERT_EQ(scene->materialCount, 2);
     const Mc3dsMaterial &material = scene->materials[1];
-    EXPECT_EQ(material.diffuse[0], 1.0f);
-    EXPECT_EQ(std::bit_cast<uint32_t>(material.diffuse[1]), 0x3E70F0F2u);
-    EXPECT_EQ(material.shininess, 1.0f);
+    for (const int level : {1, 127, 255})
+        EXPECT_EQ(material.ambient[level / 127],
+                  static_cast<float>(level * static_cast<double>(0.003921569f)));
+    EXPECT_EQ(material.diffuse[1], 0.5f);
+    // For the byte 60, the product with the stored constant and the quotient by 255 differ in the last bit.
+    EXPECT_EQ(std::bit_cast<uint32_t>(material.specular[1]), 0x3E70F0F2u);
+    EXPECT_EQ(material.shininess, static_cast<float>(5 * static_cast<double>(0.01f)));
+    EXPECT_NE(material.shininess, 0.05f);
+    EXPECT_EQ(material.transparency, static_cast<float>(99 * static_cast<double>(0.01f)));
     EXPECT_EQ(material.shading, 5);
     EXPECT_STREQ(material.opacityMap, "HOLES.CEL");
 }
@@ -63,13 +52,15 @@ TEST_F(ItemTest, AMaterialWithAFaultIsRefused)
         {"no number", Chunk(0xA030, {nan}), "E1 Invalid Material Specular\n"},
         {"two faults", Chunk(0xA030, {over}) + Chunk(0xA020, {over}), "E1 Invalid Material Diffuse\n"},
         {"a later colour", Chunk(0xA020, {over}) + Chunk(0xA020, {edge}), "M1 Material <M>\n"},
-        {"the second colour of a chunk", Chunk(0xA020, {grey, over}), "M1 Material <M>\n"},
+        {"the second colour of a chunk", Chunk(0xA020, {midGrey, over}), "M1 Material <M>\n"},
         {"a colour of no kind", Chunk(0xA020, {Percent(1)}), "E0 Error parsing colour\nM1 Material <M>\n"},
+        {"100 per cent", Chunk(0xA040, {Percent(100)}), "M1 Material <M>\n"},
         {"101 per cent", Chunk(0xA040, {Percent(101)}), "E1 Invalid Material Shininess\n"},
         {"half, as a float", Chunk(0xA050, {Chunk(0x0031, {F32(0.5f)})}), "M1 Material <M>\n"},
         {"50 per cent, as a float", Chunk(0xA050, {Chunk(0x0031, {F32(50)})}),
          "E1 Invalid Material Transparency\n"},
-        {"a percentage of no kind", Chunk(0xA050, {grey}), "E2 Error parsing percentage\nM1 Material <M>\n"},
+        {"a percentage of no kind", Chunk(0xA050, {midGrey}),
+         "E2 Error parsing percentage\nM1 Material <M>\n"},
         {"shading 5", Chunk(0xA100, {U16(5)}), "E1 Invalid Material Shading\n"},
         {"shading 65535", Chunk(0xA100, {U16(0xFFFF)}), "E1 Invalid Material Shading\n"},
         {"an empty name", Chunk(0xA000, {Text("")}), "E1 Invalid Material Name\n"},
@@ -97,8 +88,8 @@ TEST_F(ItemTest, AMaterialWithAFaultIsRefused)
 
 TEST_F(ItemTest, AMissingFieldIsNamedInTheOrderOfTheRecord)
 {
-    const Pieces parts = {Chunk(0xA000, {Text("M")}),   Chunk(0xA010, {grey}),
-                          Chunk(0xA020, {grey}),        Chunk(0xA030, {grey}),
+    const Pieces parts = {Chunk(0xA000, {Text("M")}),   Chunk(0xA010, {midGrey}),
+                          Chunk(0xA020, {midGrey}),     Chunk(0xA030, {midGrey}),
                           Chunk(0xA040, {Percent(25)}), Chunk(0xA050, {Percent(0)}),
                           Chunk(0xA100, {U16(2)})};
     const char *names[] = {"Name", "Ambient", "Diffuse", "Specular", "Shininess", "Transparency", "Shading"};
@@ -129,20 +120,6 @@ TEST_F(ItemTest, UnusableSidesOfAMaterialAreTold)
                   "E1 Invalid Material Name\n");
 }
 
-TEST_F(ItemTest, FractionsAreProductsOf64BitsWithA32BitFactor)
-{
-    const LoadedScene scene = LoadBytes(Scene(
-        {Material("M", {Finish(Colour24(1, 127, 255), Colour24(2, 3, 5), Colour24(7, 11, 13), 1, 5, 99)})}));
-    ASSERT_EQ(scene->materialCount, 2);
-    const Mc3dsMaterial &material = scene->materials[1];
-    EXPECT_EQ(material.shininess, static_cast<float>(5 * static_cast<double>(0.01f)));
-    EXPECT_NE(material.shininess, 0.05f);
-    EXPECT_EQ(material.transparency, static_cast<float>(99 * static_cast<double>(0.01f)));
-    for (const int level : {1, 127, 255})
-        EXPECT_EQ(material.ambient[level / 127],
-                  static_cast<float>(level * static_cast<double>(0.003921569f)));
-}
-
 // Such a text ends after 129 bytes, and the fields after it begin there.
 TEST_F(ItemTest, ATextWithoutAnEndIsReadToItsLimit)
 {
@@ -161,8 +138,7 @@ TEST_F(ItemTest, ATextWithoutAnEndIsReadToItsLimit)
 // is read again in its turn.
 TEST_F(ItemTest, ChunksThatWereReadAheadComeAgain)
 {
-    const Bytes material =
-        Material("M", {Finish(grey, grey, grey, 1), Chunk(0xA200), Chunk(0x1100, {Bytes(66000, 'x')})});
+    const Bytes material = Grey("M", {Chunk(0xA200), Chunk(0x1100, {Bytes(66000, 'x')})});
     const LoadedScene scene = LoadBytes(Scene({material, NamedObject("A", {Mesh({Points({1, 2, 3})})})}));
     ASSERT_EQ(scene->objectCount, 1u);
     EXPECT_EQ(scene->objects[0].vertexCount, 1);

@@ -8,16 +8,10 @@ using namespace chunks;
 struct ReaderTest : SceneTest {};
 
 static const Bytes triangle = Points({0, 0, 0, 1, 0, 0, 0, 1, 0});
-static const Bytes grey = Colour24(128, 128, 128);
 
 static Bytes Triangle(const Bytes &name)
 {
     return NamedMesh(name, {triangle, Faces({0, 1, 2})});
-}
-
-static Bytes Grey(const Bytes &name, const Pieces &more = {})
-{
-    return Material(name, {Finish(grey, grey, grey, 1), Join(more)});
 }
 
 static std::vector<float> Floats(const Mc3dsVertex &v)
