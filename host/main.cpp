@@ -28,7 +28,7 @@ int main(int argc, char **argv)
     } catch (const std::exception &failure) {
         ReportError(&reporter, failure.what());
     }
-    RemovePrivateFolders();
+    RemovePrivateFolders(); // unnoticed
     StopIfInterrupted();
     if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && status == exitDone && !OutputReaderIsGone()) {
         ReportError(&reporter, std::string("cannot write to the standard output: ") + std::strerror(errno));

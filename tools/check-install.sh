@@ -1,8 +1,8 @@
 #!/bin/sh
 # Runs all steps of a new user in a separate Debian system: tools/check-install.sh FOLDER
-# Runs README's two commands and cpack, installs the package, builds and starts the guide's hosts in every
-# way, and removes the package. FOLDER is bootstrapped if it has no Debian; a bare one shows missing
-# dependencies. Needs root, debootstrap and the network.
+# Runs README's two commands, installs the package that cpack makes, starts the program, builds and starts the
+# guide's hosts in every way, and removes the package. FOLDER is bootstrapped if it has no Debian; a bare one
+# shows missing dependencies. Needs root, debootstrap and the network.
 # The shell in that system expands texts in single quotes.
 # shellcheck disable=SC2016
 set -eu
@@ -35,8 +35,11 @@ step()
     within "cd /srv/mcl3ds20; $2"
 }
 
-step "the two commands" 'tools/convert.sh; tools/test.sh'
-step "cpack" 'cd build/release; rm -rf packages; cpack -B packages'
+step "the first command, and what README says to do next" '
+    tools/convert.sh
+    cmake --install build/release --prefix /opt/mcl3ds20; /opt/mcl3ds20/bin/3ds2mcx --version; rm -r /opt/mcl3ds20
+    cd build/release; rm -rf packages; cpack -B packages'
+step "the second command" 'tools/test.sh'
 package=$(ls "$root"/srv/mcl3ds20/build/release/packages/*.deb)
 for need in libc6 libstdc++6 libpng16; do
     dpkg-deb -f "$package" Depends | grep -q "$need" ||
@@ -67,7 +70,18 @@ step "hosts by hand" "$start"'
     cc -o /srv/hosts/hand_c $hosts/convert.c -lMCL3DS20
     c++ -std=c++17 -o /srv/hosts/hand_cpp $hosts/convert.cpp -lMCL3DS20
     start /srv/hosts/hand_c; start /srv/hosts/hand_cpp; start python3 $hosts/convert.py'
-tools/check-deb.sh "$root" "$package"
+
+dpkg-deb -c "$package" | sed -n '/^d/!s/^.* \.\(\/[^ ]*\).*$/\1/p' >"$root/srv/hosts/files"
+step "what the package has" '
+    while read -r file; do [ -e "$file" ] || [ -L "$file" ]; done </srv/hosts/files
+    ldconfig -p | grep "libMCL3DS20\.so\.3 "
+    cd /srv/hosts; scene=/srv/mcl3ds20/samples/windmill.3DS
+    3ds2mcx --version; 3ds2mcx --info $scene | grep "^Objects$"
+    3ds2mcx $scene -o windmill.mcx --preview windmill.png
+    [ "$(head -c 4 windmill.png | tail -c 3)" = PNG ]; [ "$(tail -n 1 windmill.mcx)" = ModelEnd ]'
+step "the package out" "apt-get -q -y purge $(dpkg-deb -f "$package" Package)"'
+    while read -r file; do [ ! -e "$file" ]; done </srv/hosts/files
+    ! ldconfig -p | grep libMCL3DS20'
 step "no host without the package" "$start"'refused /srv/hosts/hand_c'
 
 step "an installation outside the system folders" "$start"'

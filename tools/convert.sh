@@ -18,10 +18,9 @@ if [ ! -f "$scene" ] || [ ! -r "$scene" ]; then
     exit 1
 fi
 
-tools/check-build.sh release
-tools/setup.sh build test # the preset configures the tests too
+tools/setup.sh build test --for release # the preset configures the tests too
 cmake --preset release
-cmake --build --preset release --parallel "$(nproc)" --target 3ds2mcx
+cmake --build --preset release --parallel "$(nproc)" --target 3ds2mcx MCL3DS20 # all that is installed
 
 mkdir -p out
 program=build/release/host/3ds2mcx

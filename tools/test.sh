@@ -3,8 +3,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-tools/check-build.sh release
-tools/setup.sh build test
+tools/setup.sh build test --for release
 cmake --preset release
 cmake --build --preset release --parallel "$(nproc)"
 exec ctest --preset release

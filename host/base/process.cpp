@@ -76,7 +76,7 @@ std::string RandomText()
 {
     std::random_device source;
     std::string text;
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 8; ++i) // unnoticed
         text += "0123456789abcdefghijklmnopqrstuv"[source() % 32];
     return text;
 }

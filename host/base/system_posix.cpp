@@ -47,7 +47,7 @@ std::error_code MoveToNewName(const fs::path &from, const fs::path &to)
     else if (errno == EEXIST || fs::exists(fs::symlink_status(to, failure)))
         return std::make_error_code(std::errc::file_exists);
     else
-        fs::rename(from, to, failure);
+        fs::rename(from, to, failure); // unnoticed
     return failure;
 }
 

@@ -52,7 +52,7 @@ std::string Tail(const std::string &text, size_t most)
 {
     if (text.size() <= most)
         return text;
-    size_t cut = text.size() - (most < 3 ? 0 : most - 3);
+    size_t cut = text.size() - (most < 3 ? 0 : most - 3); // unnoticed
     while (cut < text.size() && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
         ++cut;
     return "..." + text.substr(cut);

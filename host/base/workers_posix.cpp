@@ -40,7 +40,7 @@ static bool WriteFully(int pipe, const void *bytes, size_t size)
     const char *from = static_cast<const char *>(bytes);
     while (size > 0) {
         const ssize_t length = write(pipe, from, size);
-        if (length <= 0)
+        if (length <= 0) // unnoticed
             return false;
         from += length;
         size -= static_cast<size_t>(length);
@@ -105,7 +105,7 @@ static bool StartWorker(Crew *crew)
         // A pipe ends only when all its writers are closed.
         for (const Worker &other : crew->workers) {
             close(other.tasks);
-            close(other.answers);
+            close(other.answers); // unnoticed
         }
         close(tasks[1]);
         close(answers[0]);

@@ -83,7 +83,7 @@ static void RunSideBySide(const HostOptions &options, const std::vector<SceneJob
     const auto finished = [&](size_t index, const std::string &answer, const std::string &failure) {
         SceneResult result;
         if (!failure.empty() || !UnpackResult(answer, &result)) {
-            result = {};
+            result = {}; // unnoticed
             result.scene = jobs[index].scene;
             result.bytes = jobs[index].bytes;
             BeginScene(reporter, &result);

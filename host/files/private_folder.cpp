@@ -53,7 +53,7 @@ void RemovePrivateFolders()
             fs::remove_all(folder, ignored);
         }
     }
-    folders.clear();
+    folders.clear(); // unnoticed
 }
 
 void RemoveMarkedFolders(const fs::path &parent, const std::string &mark)
@@ -83,7 +83,7 @@ void ReturnToFolder(const fs::path &folder)
     if (!folder.empty() && EnterFolder(folder, &ignored))
         return;
     currentFolderIsLost = true;
-    fs::current_path(fs::temp_directory_path(failure).root_path(), failure);
+    fs::current_path(fs::temp_directory_path(failure).root_path(), failure); // unnoticed
 }
 
 bool CurrentFolderIsLost()

@@ -36,7 +36,7 @@ bool MakeRoom(std::vector<OutputFile> *files, const std::string &bareName, bool 
         for (const OutputFile &other : *files)
             if (other.written.parent_path().parent_path() == parent &&
                 !IsTaken(*files, other.written.parent_path() / name))
-                folder = other.written.parent_path();
+                folder = other.written.parent_path(); // unnoticed
         if (failure)
             why = "no folder for temporary files: " + failure.message();
         else if (folder.empty())

@@ -93,7 +93,7 @@ static void AddGeometry(Glb *glb, const Mc3dsFile *scene, const Mc3dsOptions &as
     constexpr uint64_t partMost = 500000; // vertices and faces
     for (uint32_t first = 0, end; first < scene->objectCount; first = end) {
         uint64_t size = 0;
-        for (end = first; end < scene->objectCount && (end == first || size < partMost); ++end)
+        for (end = first; end < scene->objectCount && (end == first || size < partMost); ++end) // unnoticed
             size += static_cast<uint64_t>(scene->objects[end].vertexCount) +
                     static_cast<uint64_t>(scene->objects[end].faceCount);
         const Model model = BuildModel(scene, asked, -1, reporter, first, end);

@@ -105,7 +105,7 @@ std::string FindConflict(const HostOptions &options, const std::function<bool(co
     if (given("--per-object") && options.output == standardOutputName)
         return Contradiction("--per-object", "--output -", "the files of the objects need names");
 #if !defined(MC3DS_HAVE_MCLMODEL)
-    if (given("--glb"))
+    if (given("--glb")) // unnoticed
         return "--glb isn't available: the Meshcaster library of this program doesn't show its models";
 #endif
     if (given("--preview") && !WhyNoPreview().empty())

@@ -62,7 +62,7 @@ static RasterCorner Project(const Canvas &canvas, const Vector &place)
 {
     const Vector &least = canvas.bounds.least, &most = canvas.bounds.most;
     const double x = place[0] - (least[0] + most[0]) / 2, y = place[1] - (least[1] + most[1]) / 2;
-    const double deep = most[2] > least[2] ? (place[2] - least[2]) / (most[2] - least[2]) : 0.0;
+    const double deep = most[2] > least[2] ? (place[2] - least[2]) / (most[2] - least[2]) : 0.0; // unnoticed
     return {static_cast<float>(canvas.raster.width * 0.5 + x * canvas.zoom),
             static_cast<float>(canvas.raster.height * 0.5 - y * canvas.zoom), static_cast<float>(1.0 + deep),
             fullLight};
@@ -276,7 +276,7 @@ static double EstimateSamples(const Canvas &canvas, const SeenMesh &mesh)
         const double area = std::abs((b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y)) / 2;
         if (!(left < right) || !(top < bottom) || !std::isfinite(area))
             continue;
-        samples += std::min(area, (right - left) * (bottom - top)) + (bottom - top);
+        samples += std::min(area, (right - left) * (bottom - top)) + (bottom - top); // unnoticed
     }
     return samples;
 }

@@ -75,7 +75,7 @@ void DrawTriangle(Raster *raster, const RasterCorner corners[3], const RasterCol
         return;
     const RasterCorner *c[3] = {&corners[0], &corners[1], &corners[2]};
     std::sort(c, c + 3, [](const RasterCorner *a, const RasterCorner *b) {
-        return a->y < b->y || (a->y == b->y && a->x < b->x);
+        return a->y < b->y || (a->y == b->y && a->x < b->x); // unnoticed
     });
     const double x0 = c[0]->x, y0 = c[0]->y;
     const double area = (c[1]->x - x0) * (c[2]->y - y0) - (c[2]->x - x0) * (c[1]->y - y0);
@@ -87,7 +87,7 @@ void DrawTriangle(Raster *raster, const RasterCorner corners[3], const RasterCol
     for (int row = firstRow; row < endRow; ++row) {
         const double y = row + 0.5;
         const double longEdge = Cross(*c[0], *c[2], y);
-        const double shortEdge = y < c[1]->y ? Cross(*c[0], *c[1], y) : Cross(*c[1], *c[2], y);
+        const double shortEdge = y < c[1]->y ? Cross(*c[0], *c[1], y) : Cross(*c[1], *c[2], y); // unnoticed
         const int first = FirstSample(std::min(longEdge, shortEdge), raster->width);
         const int end = FirstSample(std::max(longEdge, shortEdge), raster->width);
         const size_t base = static_cast<size_t>(row) * static_cast<size_t>(raster->width);

@@ -54,7 +54,7 @@ static void PassBytes(Parcel *parcel, void *value, size_t size)
         std::memcpy(value, parcel->bytes.data() + parcel->at, size);
         parcel->at += size;
     } else {
-        parcel->isGood = false;
+        parcel->isGood = false; // unnoticed
     }
 }
 

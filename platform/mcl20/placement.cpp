@@ -22,7 +22,7 @@ void McTransformEnd(void)
     McmScope *scope = McmCurrentScope("McTransformEnd");
     if (!scope)
         return;
-    McmArray<McmPlacement> *saved = &McmCurrentModel("McTransformEnd")->saved;
+    McmArray<McmPlacement> *saved = &McmCurrentModel("McTransformEnd")->saved; // unnoticed
     if (saved->count == scope->savedBase)
         return McmError("McTransformEnd", "no placement of this scope is saved");
     scope->placement = saved->items[--saved->count];

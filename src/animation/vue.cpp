@@ -209,8 +209,11 @@ uint32_t Mc3dsReadVue(Mc3dsFile *file)
     }
     Mc3dsMessage(0, "\nReading File <%s>", name);
     // Files that can't seek count as empty. So do folders, for which some systems give 2^63 - 1.
+    errno = 0;
     const int64_t measured = Mc3dsStartStream(file->stream);
     const uint64_t size = measured > 0 && measured < INT64_MAX ? static_cast<uint64_t>(measured) : 0;
+    if (size == 0 && errno != ESPIPE)
+        file->vueError = errno;
     const bool hasFrames = AllocateFrames(file, size);
     if (hasFrames) {
         Mc3dsOpenTextStream(file, size);

@@ -21,7 +21,7 @@ void Mc3dsUnloadFile(Mc3dsFile *file)
     }
     if (file->materialCount != 0)
         std::free(file->materials);
-    if (file->lostMaterialCount != 0)
+    if (file->lostMaterialCount != 0) // unnoticed
         std::free(file->lostMaterials);
     std::free(file->skipped);
     std::free(file->unknownChunks);

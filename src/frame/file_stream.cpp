@@ -16,7 +16,7 @@ static int64_t TellStream(FILE *stream)
 
 bool Mc3dsSeekStream(FILE *stream, int64_t offset, int origin)
 {
-    return _fseeki64(stream, offset, origin) == 0;
+    return _fseeki64(stream, offset, origin) == 0; // unnoticed
 }
 #else
 static int64_t TellStream(FILE *stream)

@@ -32,7 +32,7 @@ bool Mc3dsAddObject(Mc3dsFile *file, const Mc3dsObject *object)
         room = 0; // the array was freed with its last object
     if (file->objectCount == room) {
         // Reserves more than needed: untouched pages cost nothing, every growth costs a system call.
-        const uint64_t capacity = uint64_t{room} + room / 2 + 1;
+        const uint64_t capacity = uint64_t{room} + room / 2 + 1; // unnoticed
         void *objects =
             Mc3dsResize(file->objectCount != 0 ? file->objects : nullptr, capacity, sizeof *object);
         if (!objects) {

@@ -9,5 +9,5 @@ void Mc3dsMakeObjectPath(char path[256], const char *outputFile, uint32_t index)
     if (kept > 6)
         kept = 6;
     std::memcpy(path, outputFile, kept);
-    Mc3dsFormatText(path + kept, 256 - kept, "%d.mcx", static_cast<int32_t>(index));
+    Mc3dsFormatText(path + kept, 256 - kept, "%d.mcx", static_cast<int32_t>(index)); // unnoticed
 }

@@ -34,7 +34,7 @@ void Mc3dsReadColour(Mc3dsFile *file, float colour[3])
         break;
     default: Mc3dsError(0, Mc3dsReportKind::BadColour, "Error parsing colour");
     }
-    Mc3dsSeek(file, chunk.end);
+    Mc3dsSeek(file, chunk.end); // unnoticed
 }
 
 static float ReadPercentage(Mc3dsFile *file)

@@ -92,7 +92,7 @@ void Mc3dsRefillU16s(Mc3dsFile *file, uint16_t *numbers, size_t count)
     Take(file, numbers, count * 2);
     if constexpr (std::endian::native != std::endian::little)
         for (size_t i = 0; i < count; ++i)
-            numbers[i] = static_cast<uint16_t>(numbers[i] << 8 | numbers[i] >> 8);
+            numbers[i] = static_cast<uint16_t>(numbers[i] << 8 | numbers[i] >> 8); // unnoticed
 }
 
 static void ReadPatterns(Mc3dsFile *file, void *numbers, size_t count)
