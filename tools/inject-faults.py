@@ -23,7 +23,6 @@ import tempfile
 
 TIMEOUT = 60  # seconds of a run
 DISK = ["EIO", "ENOSPC", "EPERM"]
-MEMORY = ["ENOMEM"]
 # Calls on a file of the run, and what they fail with.
 ON_FILES = {call: DISK for call in
             "read pread64 write pwrite64 openat lseek close fsync rename renameat2 link linkat unlink unlinkat rmdir "
@@ -31,7 +30,7 @@ ON_FILES = {call: DISK for call in
 # Calls of the process, counted from the first call that touches a file of the run.
 ON_PROCESS = {"chdir": ["EACCES"], "getcwd": ["ENOENT"], "clone": ["EAGAIN"], "clone3": ["EAGAIN"],
               "vfork": ["EAGAIN"], "fork": ["EAGAIN"], "pipe": ["EMFILE"], "pipe2": ["EMFILE"], "poll": ["ENOMEM"],
-              "ppoll": ["ENOMEM"], "mmap": MEMORY, "brk": MEMORY}
+              "ppoll": ["ENOMEM"], "mmap": ["ENOMEM"]}
 CLEANING = {"unlink", "unlinkat", "rmdir", "getdents64"}  # nothing can be removed when these fail
 INPUTS = ["a.3ds", "a.vue", "b.3ds", "b.vue"]
 RUN_FILES = ["r.html", "s.json"]
@@ -71,24 +70,29 @@ def plan(log, folder, names):
     """For each call and each file of the run: which of these calls, counted from 1 in each process, touch the file."""
     seen = collections.Counter()
     found = collections.defaultdict(set)
-    begun = False
+    first = None
+    loaders = None  # how many calls of each kind the loader of the program made
     for line in log.splitlines():
         match = re.match(r"(\d+) +(\w+)\((.*)", line)
         if not match or (match[2] not in ON_FILES and match[2] not in ON_PROCESS):
             continue
         process, call, rest = match.groups()
+        rest = re.sub("AT_FDCWD<[^>]*>", "", rest)
         seen[process, call] += 1
         read = next((name for name in INPUTS if "/" + name in rest or '"' + name + '"' in rest), None)
         if read and call in ON_FILES:  # strace counts the calls on a path of their own
             seen[process, call, read] += 1
             found[call, read].add(seen[process, call, read])
-            begun = True
+            loaders = loaders or dict(seen)
+            first = first or process
             continue
         name = next((name for name in names if "/" + name in rest or '"' + name + '"' in rest), None)
         if name is None and str(folder) in rest:
             name = "folders"
-        begun = begun or name is not None
-        if call in ON_PROCESS and begun:
+        if name:
+            loaders = loaders or dict(seen)
+            first = first or process
+        if call in ON_PROCESS and loaders and seen[process, call] > loaders.get((first, call), 0):
             found[call, "process"].add(seen[process, call])
         elif call in ON_FILES and name and "ENOENT" not in rest:
             found[call, name].add(seen[process, call])
