@@ -20,7 +20,7 @@ if(TARGET 3ds2mcx)
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
 endif()
 set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/mcl3ds20)
-install(FILES LICENSE README.md DESTINATION ${doc_dir})
+install(FILES LICENSE README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${doc_dir})
 install(DIRECTORY docs DESTINATION ${doc_dir})
 install(DIRECTORY samples/hosts DESTINATION ${doc_dir}/samples)
 

@@ -36,7 +36,8 @@ struct McClump;
  * A function of the host that receives reports.
  *   level  error channel: 0 bad data or out of memory, 1 a file or an item is discarded, 2 a warning;
  *          message channel: 0 a file is started, 1 an object or material is added or removed, 2 detail.
- *   text   NUL-terminated, at most 255 bytes, without a line end, possibly empty. The library owns it and
+ *   text   NUL-terminated, at most 255 bytes, possibly empty. It has no line feed at its end; three messages
+ *          have one at their start, as an empty line before a new subject. The library owns the text and
  *          overwrites it with the next report: copy it to keep it.
  * The function receives the reports of all levels. A report doesn't affect what the library does next.
  * Exceptions that the function throws are discarded. A thread may end inside it (pthread_exit, cancellation);
@@ -96,6 +97,8 @@ typedef struct Mc3dsOptions {
  * Returns a scene that the caller owns, or null: the file can't be opened ("Unable to open file <%s>"),
  * is no 3D Studio file ("File is not a 3DS file"), memory for the empty scene is lacking, or path is null.
  * Damage inside the file never causes null: reports name what is discarded, the rest is in the scene.
+ * A file that ends inside an array gives the elements that it has, without a report. To find this out, compare
+ * the file's size with the length that its first chunk states, in bytes 2 to 5, little-endian.
  */
 MC3DS_API Mc3dsFile *Mc3dsLoadFile(const char *path);
 

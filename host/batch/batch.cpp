@@ -122,7 +122,7 @@ int ConvertAll(const HostOptions &options, Reporter *reporter)
     batch.start = std::chrono::steady_clock::now();
     std::vector<SceneJob> jobs;
     bool done = ListScenes(options, reporter, &jobs);
-    if (!TargetsAreApart(options, jobs, reporter))
+    if (!PlanRun(options, &jobs, reporter))
         return exitUsage;
     OutputFile page;
     batch.hasSummary = !options.summaryFile.empty();

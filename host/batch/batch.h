@@ -6,8 +6,10 @@
 
 // ---- target_check.cpp
 
-// Returns false after a report if two scenes would write the same file, or one would overwrite another.
-bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs, Reporter *reporter);
+// Keeps scenes of a run from writing over each other's files: with --output-dir the later of two scenes with
+// the same names gets a number; else both are refused. Returns false after a report if the summary or the
+// page would be a file of a scene.
+bool PlanRun(const HostOptions &options, std::vector<SceneJob> *jobs, Reporter *reporter);
 
 // ---- convert.cpp: everything for one scene, with its reports
 

@@ -242,7 +242,9 @@ SceneResult ConvertScene(const HostOptions &options, const SceneJob &job, Report
     BeginScene(reporter, &result);
     const HostOptions own = OptionsFor(options, job);
     try {
-        if (CurrentFolderIsLost() && HasRelativePath(own, job.scene))
+        if (!job.refusal.empty())
+            ReportError(reporter, job.refusal);
+        else if (CurrentFolderIsLost() && HasRelativePath(own, job.scene))
             ReportError(reporter, "cannot be converted: the current folder can't be entered any more");
         else
             result.done = Convert(own, reporter);

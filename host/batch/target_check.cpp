@@ -8,7 +8,8 @@
 namespace fs = std::filesystem;
 
 struct Claim {
-    std::string file, scene; // as shown to the user
+    std::string file; // as shown to the user
+    size_t job;
 };
 struct Claims {
     std::map<std::string, Claim> byKey;
@@ -20,14 +21,69 @@ static std::string KeyOf(Claims *claims, const std::string &file)
     return PathKey(PathOf(file), &claims->folders);
 }
 
-static bool AddClaim(Claims *claims, const std::string &file, const std::string &scene, Reporter *reporter)
+// Returns the claim of another scene on one of the files; null if there is none, and all are claimed now.
+static const Claim *ClaimAll(Claims *claims, const std::vector<std::string> &files, size_t job)
 {
-    const auto [known, isNew] = claims->byKey.try_emplace(KeyOf(claims, file), Claim{file, scene});
-    if (isNew || known->second.scene == scene)
-        return true;
-    ReportError(reporter, InQuotes(known->second.scene) + " and " + InQuotes(scene) + " would both write " +
-                              InQuotes(file) + "; nothing is done");
-    return false;
+    for (const std::string &file : files)
+        if (const auto known = claims->byKey.find(KeyOf(claims, file));
+            known != claims->byKey.end() && known->second.job != job)
+            return &known->second;
+    for (const std::string &file : files)
+        claims->byKey.try_emplace(KeyOf(claims, file), Claim{file, job});
+    return nullptr;
+}
+
+static void RefuseBoth(std::vector<SceneJob> *jobs, size_t a, size_t b, const std::string &file)
+{
+    const std::string why = InQuotes((*jobs)[a].scene) + " and " + InQuotes((*jobs)[b].scene) +
+                            " would both write " + InQuotes(file) + "; neither is converted";
+    for (const size_t job : {a, b})
+        if ((*jobs)[job].refusal.empty())
+            (*jobs)[job].refusal = why;
+}
+
+// The files whose names are known before the scene is loaded.
+static std::vector<std::string> FilesOf(const HostOptions &options, const SceneJob &job)
+{
+    const HostOptions own = OptionsFor(options, job);
+    std::vector<std::string> files;
+    if (options.flags & MC3DS_PER_OBJECT)
+        files.push_back(ObjectFileName(own, job.scene, 0));
+    for (const NamedTarget &target : TargetNames(own, job.scene))
+        if (target.name != standardOutputName)
+            files.push_back(target.name);
+    return files;
+}
+
+// Gives the outputs of a scene names with the first number that is free.
+static void NumberOutput(const HostOptions &options, Claims *claims, SceneJob *job, size_t index,
+                         const std::string &other, Reporter *reporter)
+{
+    const fs::path first = PathOf(job->output);
+    for (int number = 2; ClaimAll(claims, FilesOf(options, *job), index); ++number) {
+        const std::string name =
+            first.stem().string() + '-' + std::to_string(number) + first.extension().string();
+        job->output = (first.parent_path() / PathOf(name)).string();
+    }
+    ReportFinding(reporter, {.kind = FindingKind::TwinName,
+                             .weight = Weight::Note,
+                             .names = {{job->scene}, {job->output}, {other}}});
+}
+
+// Names that nobody else wants come first, so that a number never takes the name of another scene.
+static void ClaimOutputs(const HostOptions &options, Claims *claims, std::vector<SceneJob> *jobs,
+                         Reporter *reporter)
+{
+    std::vector<std::pair<size_t, size_t>> later; // scenes whose names are taken, and by which ones
+    for (size_t i = 0; i < jobs->size(); ++i) {
+        const Claim *taken = ClaimAll(claims, FilesOf(options, (*jobs)[i]), i);
+        if (taken && options.outputDir.empty())
+            RefuseBoth(jobs, taken->job, i, taken->file);
+        else if (taken)
+            later.emplace_back(i, taken->job);
+    }
+    for (const auto &[twin, owner] : later)
+        NumberOutput(options, claims, &(*jobs)[twin], twin, (*jobs)[owner].scene, reporter);
 }
 
 // The number of files of a scene in a per-object run; 0 if it can't be read. Pipes and devices, which may
@@ -45,15 +101,14 @@ static uint32_t CountObjects(const std::string &scene, Reporter *reporter)
 
 // Object files end in a number, so names only collide if one scene's name is another's plus digits. Only such
 // scenes are loaded here; they are loaded again for the conversion.
-static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs, Claims *claims,
-                                Reporter *reporter)
+static void CheckObjectFiles(const HostOptions &options, Claims *claims, std::vector<SceneJob> *jobs,
+                             Reporter *reporter)
 {
     std::map<std::string, size_t> owners;
     std::set<size_t> suspects;
-    for (size_t i = 0; i < jobs.size(); ++i) {
-        const fs::path first = PathOf(ObjectFileName(OptionsFor(options, jobs[i]), jobs[i].scene, 0));
-        if (!AddClaim(claims, first.string(), jobs[i].scene, reporter))
-            return false;
+    for (size_t i = 0; i < jobs->size(); ++i) {
+        const SceneJob &job = (*jobs)[i];
+        const fs::path first = PathOf(ObjectFileName(OptionsFor(options, job), job.scene, 0));
         std::string base = KeyOf(claims, (first.parent_path() / first.stem()).string());
         base.pop_back(); // the 0
         owners.emplace(base, i);
@@ -69,13 +124,25 @@ static bool ObjectFilesAreApart(const HostOptions &options, const std::vector<Sc
         }
     }
     for (const size_t i : suspects) {
-        const HostOptions own = OptionsFor(options, jobs[i]);
-        const uint32_t count = CountObjects(jobs[i].scene, reporter);
+        const SceneJob &job = (*jobs)[i];
+        const HostOptions own = OptionsFor(options, job);
+        const uint32_t count = CountObjects(job.scene, reporter);
         for (uint32_t object = 1; object < count; ++object)
-            if (!AddClaim(claims, ObjectFileName(own, jobs[i].scene, object), jobs[i].scene, reporter))
-                return false;
+            if (const Claim *taken = ClaimAll(claims, {ObjectFileName(own, job.scene, object)}, i))
+                RefuseBoth(jobs, taken->job, i, taken->file);
     }
-    return true;
+}
+
+// No scene is written over a file of another one.
+static void ProtectInputs(Claims *claims, std::vector<SceneJob> *jobs)
+{
+    for (const SceneJob &job : *jobs)
+        for (const std::string &input : {job.scene, VuePath(job.scene)})
+            if (const auto claim = claims->byKey.find(KeyOf(claims, input));
+                !input.empty() && claim != claims->byKey.end())
+                (*jobs)[claim->second.job].refusal = "would be written to " + InQuotes(claim->second.file) +
+                                                     ", a file of the scene " + InQuotes(job.scene) +
+                                                     "; it isn't converted";
 }
 
 // The same check for the summary and the page.
@@ -96,8 +163,9 @@ static bool RunFilesAreApart(const HostOptions &options, const std::vector<Scene
                     return false;
                 }
         if (const auto claim = claims->byKey.find(key); claim != claims->byKey.end()) {
-            ReportError(reporter, std::string(what) + " and the output of " + InQuotes(claim->second.scene) +
-                                      " would both be " + InQuotes(file) + "; nothing is done");
+            ReportError(reporter, std::string(what) + " and the output of " +
+                                      InQuotes(jobs[claim->second.job].scene) + " would both be " +
+                                      InQuotes(file) + "; nothing is done");
             return false;
         }
     }
@@ -109,28 +177,14 @@ static bool RunFilesAreApart(const HostOptions &options, const std::vector<Scene
     return true;
 }
 
-bool TargetsAreApart(const HostOptions &options, const std::vector<SceneJob> &jobs, Reporter *reporter)
+bool PlanRun(const HostOptions &options, std::vector<SceneJob> *jobs, Reporter *reporter)
 {
     Claims claims;
-    if (jobs.size() > 1 && (options.flags & MC3DS_PER_OBJECT) &&
-        !ObjectFilesAreApart(options, jobs, &claims, reporter))
-        return false;
-    for (const SceneJob &job : jobs)
-        for (const NamedTarget &target : TargetNames(OptionsFor(options, job), job.scene))
-            if (target.name != standardOutputName && !AddClaim(&claims, target.name, job.scene, reporter))
-                return false;
-    for (const SceneJob &job : jobs) {
-        if (jobs.size() == 1) // PlanOutput checks a single scene
-            break;
-        for (const std::string &input : {job.scene, VuePath(job.scene)}) {
-            const auto claim = claims.byKey.find(KeyOf(&claims, input));
-            if (!input.empty() && claim != claims.byKey.end()) {
-                ReportError(reporter, InQuotes(claim->second.scene) + " would be written to " +
-                                          InQuotes(claim->second.file) + ", a file of the scene " +
-                                          InQuotes(job.scene) + "; nothing is done");
-                return false;
-            }
-        }
+    ClaimOutputs(options, &claims, jobs, reporter);
+    if (jobs->size() > 1) { // PlanOutput checks a single scene
+        if (options.flags & MC3DS_PER_OBJECT)
+            CheckObjectFiles(options, &claims, jobs, reporter);
+        ProtectInputs(&claims, jobs);
     }
-    return RunFilesAreApart(options, jobs, &claims, reporter);
+    return RunFilesAreApart(options, *jobs, &claims, reporter);
 }

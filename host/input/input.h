@@ -62,6 +62,7 @@ struct SceneJob {
     std::string scene;  // its path, as the user would type it
     std::string output; // its output; empty: as in the options
     uint64_t bytes;     // size of its file; 0 if unknown
+    std::string refusal = {}; // why it isn't converted; empty: it is
 };
 
 // Lists the scenes of the options in their order; those of a folder are sorted. Returns false after reports

@@ -3,6 +3,8 @@
 
 #include "input.h"
 
+namespace fs = std::filesystem;
+
 struct ConflictRow {
     const char *a, *b;
     const char *why;
@@ -92,6 +94,32 @@ static std::string WhyNoPreview()
 #endif
 }
 
+// An output with the name of another kind of file.
+static std::string FindMisnamed(const HostOptions &options, const std::function<bool(const char *)> &given)
+{
+    const fs::path output = PathOf(options.output);
+    const std::string extension = InLowerCase(output.extension().string());
+    const char *text = given("--source") ? "C source" : "a script", *own = given("--source") ? ".c" : ".mcx";
+    const struct {
+        const char *extension, *advice;
+    } rows[] = {{".glb", "--glb writes models"},
+                {".png", "--preview draws pictures"},
+                {".vue", "--animation writes the animation"}};
+    for (const auto &row : rows)
+        if (extension == row.extension)
+            return InQuotes(options.output) + " would hold " + text + ": " + row.advice + ", or call it " +
+                   InQuotes(fs::path(output).replace_extension(own).string());
+    if (extension == ".c" && !given("--source"))
+        return InQuotes(options.output) + " would hold a script: --source writes C, or call it " +
+               InQuotes(fs::path(output).replace_extension(own).string());
+    const fs::path animation = PathOf(options.animationFile);
+    if (InLowerCase(animation.extension().string()) == ".vue")
+        return InQuotes(options.animationFile) +
+               " would hold statements of the renderer, which no .vue file has: call it " +
+               InQuotes(fs::path(animation).replace_extension(".mca").string());
+    return "";
+}
+
 std::string FindConflict(const HostOptions &options, const std::function<bool(const char *)> &given)
 {
     for (const ConflictRow &row : conflictRows)
@@ -110,10 +138,8 @@ std::string FindConflict(const HostOptions &options, const std::function<bool(co
 #endif
     if (given("--preview") && !WhyNoPreview().empty())
         return "--preview isn't available: " + WhyNoPreview();
-    if (const std::string extension = InLowerCase(PathOf(options.output).extension().string());
-        extension == ".c" && !given("--source"))
-        return InQuotes(options.output) + " would hold a script: --source writes C, or call it " +
-               InQuotes(PathOf(options.output).replace_extension(".mcx").string());
+    if (const std::string why = FindMisnamed(options, given); !why.empty())
+        return why;
     if (options.scenes.empty())
         return "no scene is given";
     if (options.scenes.size() == 1)

@@ -370,7 +370,7 @@ static std::string NearestOption(const CLI::App &app, const CLI::ParseError &fai
 {
     std::string word = failure.what();
     word.erase(0, word.find("--"));
-    word.erase(std::min(word.find_first_of("= "), word.size()));
+    word.erase(std::min(word.find_first_of("=: "), word.size()));
     std::string nearest;
     size_t least = 3; // at most 2 letters may differ
     for (const CLI::Option *option : app.get_options())

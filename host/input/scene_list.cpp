@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstring>
+#include <fstream>
 #include <system_error>
 
 #include "input.h"
@@ -16,9 +18,29 @@ static void AddScene(const HostOptions &options, const fs::path &scene, const fs
     jobs->push_back(job);
 }
 
+// Archives hold small text files in place of large ones: lines that begin with "version" and "oid".
+static bool StandsForLargeFile(const fs::path &path)
+{
+    char text[256] = {};
+    std::ifstream(path, std::ios::binary).read(text, sizeof text - 1);
+    return std::string_view(text).starts_with("version ") && std::strstr(text, "\noid ");
+}
+
+// Whether another program left the file there. Counts it.
+static bool IsPassedOver(const fs::path &path, Finding *passed)
+{
+    const bool isPointer = StandsForLargeFile(path);
+    if (!isPointer && !path.filename().string().starts_with("._"))
+        return false;
+    passed->of += isPointer ? 1 : 0;
+    if (passed->count++ == 0)
+        passed->names = {{path.string()}};
+    return true;
+}
+
 // Skips links to folders, as they may form a loop, and pipes and devices, as they may never end.
 static bool ListFolder(const fs::path &folder, Reporter *reporter, std::vector<fs::path> *scenes,
-                       std::vector<fs::path> *folders)
+                       std::vector<fs::path> *folders, Finding *passed)
 {
     std::error_code failure, ignored;
     fs::directory_iterator entry(folder, failure);
@@ -26,7 +48,8 @@ static bool ListFolder(const fs::path &folder, Reporter *reporter, std::vector<f
         if (entry->is_directory(ignored) && !entry->is_symlink(ignored))
             folders->push_back(entry->path());
         else if (InLowerCase(entry->path().extension().string()) == ".3ds" &&
-                 (entry->is_regular_file(ignored) || !entry->exists(ignored)))
+                 (!entry->exists(ignored) ||
+                  (entry->is_regular_file(ignored) && !IsPassedOver(entry->path(), passed))))
             scenes->push_back(entry->path());
     }
     if (failure)
@@ -36,14 +59,14 @@ static bool ListFolder(const fs::path &folder, Reporter *reporter, std::vector<f
 }
 
 static bool ListBelow(const HostOptions &options, const fs::path &top, Reporter *reporter,
-                      std::vector<SceneJob> *jobs)
+                      std::vector<SceneJob> *jobs, Finding *passed)
 {
     bool done = true;
     std::vector<fs::path> scenes, folders = {top};
     while (!folders.empty()) {
         const fs::path folder = folders.back();
         folders.pop_back();
-        done = ListFolder(folder, reporter, &scenes, &folders) && done;
+        done = ListFolder(folder, reporter, &scenes, &folders, passed) && done;
     }
     std::sort(scenes.begin(), scenes.end());
     for (const fs::path &scene : scenes)
@@ -58,13 +81,16 @@ static bool ListBelow(const HostOptions &options, const fs::path &top, Reporter 
 bool ListScenes(const HostOptions &options, Reporter *reporter, std::vector<SceneJob> *jobs)
 {
     bool done = true;
+    Finding passed = {.kind = FindingKind::SkippedFiles, .weight = Weight::Note};
     for (const std::string &scene : options.scenes) {
         std::error_code failure;
         if (options.recursive && fs::is_directory(PathOf(scene), failure))
-            done = ListBelow(options, PathOf(scene), reporter, jobs) && done;
+            done = ListBelow(options, PathOf(scene), reporter, jobs, &passed) && done;
         else
             AddScene(options, PathOf(scene), PathOf(scene).filename(), jobs);
     }
+    if (passed.count != 0)
+        ReportFinding(reporter, passed);
     return done;
 }
 

@@ -47,6 +47,8 @@ enum class FindingKind : uint8_t {
     GlbMerged,
     GlbTextures,   // count; names: the first
     GlbPicture,    // names: the file; detail: why it isn't embedded
+    TwinName,      // names: a scene, its output with a number, the scene that has the first name
+    SkippedFiles,  // count; of: how many of them are pointers to large files; names: the first
     NothingToShow, // names: the file that isn't written
 };
 

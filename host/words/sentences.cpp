@@ -103,6 +103,14 @@ std::string SentenceOf(const Finding &finding)
         return "textures that the .glb names and doesn't hold: " + number +
                "; a PNG or JPEG file of that name has to lie beside the scene; the first: " + Quoted(finding);
     case FindingKind::GlbPicture: return "picture " + Quoted(finding) + " isn't embedded: " + finding.detail;
+    case FindingKind::TwinName:
+        return Quoted(finding) + " is written as " + InQuotes(finding.names[1].name) + ": " +
+               InQuotes(finding.names[2].name) + " has the first name";
+    case FindingKind::SkippedFiles:
+        return Counted(finding.count, "file") +
+               " of other programs passed over: " + Number(finding.count - finding.of) +
+               " that Macs leave beside a file, " + whole +
+               " that stand for a large one; the first: " + Quoted(finding);
     case FindingKind::NothingToShow:
         return "the model has no triangles; " + Quoted(finding) + " is not written";
     }
@@ -188,6 +196,8 @@ static KindWords WordsOf(const Finding &finding)
     case FindingKind::GlbMerged: return {"glb-merged", "no animation of merged models in a .glb"};
     case FindingKind::GlbTextures: return {"glb-textures", "textures that the .glb lacks"};
     case FindingKind::GlbPicture: return {"glb-picture", "pictures that can't be embedded"};
+    case FindingKind::TwinName: return {"twin-name", "two scenes with one name"};
+    case FindingKind::SkippedFiles: return {"skipped-files", "files that are no scenes"};
     case FindingKind::NothingToShow: return {"nothing-to-show", "models without triangles aren't shown"};
     }
     return {"", ""};
