@@ -134,7 +134,7 @@ TEST_F(ManyScenesTest, ScenesThatWouldMeetInOneFileAreRefusedAndTheOthersAreConv
         {"n.3ds n10.3ds --per-object", "\"n(10)?.3ds\" and \"n(10)?.3ds\" would both write \"n100.mcx\"", ""},
         {"tree/a.3ds n1.3ds --per-object -q", nullptr, "n10.mcx n11.mcx tree/a0.mcx tree/a1.mcx"},
         {"two.3ds dir/../two.3ds n9.3ds --output-dir out --header",
-         "note: \"dir/../two.3ds\" is written as \"out/two-2.mcx\": \"two.3ds\" has the first name\n3 scenes",
+         "note: \"dir/../two.3ds\" is written as \"out.two-2.mcx\": \"two.3ds\" has the first name\n3 scenes",
          "out out/n9.h out/n9.mcx out/two-2.h out/two-2.mcx out/two.h out/two.mcx"},
     };
     for (const auto &row : rows) {
@@ -148,11 +148,11 @@ TEST_F(ManyScenesTest, ScenesThatWouldMeetInOneFileAreRefusedAndTheOthersAreConv
 
 TEST_F(ManyScenesTest, ANumberTakesNoNameOfAnotherScene)
 {
-    for (const char *name : {"a/p.3ds", "a/p.3DS", "a/p-2.3ds"}) {
-        fs::create_directory("a");
+    for (const char *name : {"a/p.3ds", "b/p.3ds", "a/p-2.3ds"}) {
+        fs::create_directories(fs::path(name).parent_path());
         fs::copy_file("two.3ds", name);
     }
-    EXPECT_EQ(Start("-q a/p.3ds a/p.3DS a/p-2.3ds --output-dir out").files,
+    EXPECT_EQ(Start("-q a/p.3ds b/p.3ds a/p-2.3ds --output-dir out").files,
               "out out/p-2.mcx out/p-3.mcx out/p.mcx");
 }
 
