@@ -1,0 +1,46 @@
+// The kinds of restoring. Each changes the tree and adds a record for each material or object.
+#ifndef MC3DS_RESTORE_PARTS_H
+#define MC3DS_RESTORE_PARTS_H
+
+#include <unordered_set>
+
+#include "keyframer.h"
+#include "restore.h"
+
+struct Mc3dsRestoring {
+    Mc3dsTree tree;
+    uint64_t room = 0; // bytes that may still be added
+    std::vector<Mc3dsRestoreRecord> records;
+    // Objects of a mesh that several nodes placed: they take the poses of their nodes, whatever kinds are
+    // asked for.
+    std::unordered_set<std::string> copies;
+};
+
+void Mc3dsRestoreMaterials(Mc3dsRestoring *restoring);
+void Mc3dsRestorePlacements(Mc3dsRestoring *restoring);
+// onlyCopies: leaves all objects but the copies, and parents that are right.
+void Mc3dsRestorePose(Mc3dsRestoring *restoring, bool onlyCopies);
+void Mc3dsRestoreStrays(Mc3dsRestoring *restoring);
+void Mc3dsRestoreEdges(Mc3dsRestoring *restoring);
+std::string Mc3dsRestoreMotion(Mc3dsRestoring *restoring);
+
+inline void Mc3dsRecord(Mc3dsRestoring *restoring, Mc3dsRestoreKind kind, std::string_view name,
+                        uint64_t count, Mc3dsRestoreLimit limit = Mc3dsRestoreLimit::None)
+{
+    restoring->records.push_back(
+        {kind, limit, static_cast<uint32_t>(count < UINT32_MAX ? count : UINT32_MAX), std::string(name)});
+}
+
+// False, with a record, if so many bytes are too many.
+inline bool Mc3dsTakeRoom(Mc3dsRestoring *restoring, Mc3dsRestoreKind kind, std::string_view name,
+                          uint64_t bytes)
+{
+    if (bytes > restoring->room) {
+        Mc3dsRecord(restoring, kind, name, 0, Mc3dsRestoreLimit::TooLarge);
+        return false;
+    }
+    restoring->room -= bytes;
+    return true;
+}
+
+#endif

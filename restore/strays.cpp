@@ -1,0 +1,70 @@
+// Removes vertices that no face uses, where they set the bounds of the scene.
+#include <algorithm>
+#include <limits>
+
+#include "parts.h"
+#include "vertices.h"
+
+struct Box {
+    float least[3], most[3];
+};
+
+static float NumberOf(const Mc3dsShape &shape, size_t vertex, size_t axis)
+{
+    return Mc3dsNumberAt<float>(Mc3dsContent(*shape.points), 2 + 12 * vertex + 4 * axis);
+}
+
+static void Grow(const Mc3dsShape &shape, Box *box)
+{
+    const std::vector<bool> isUsed = Mc3dsUsedVertices(shape);
+    for (size_t vertex = 0; vertex < shape.vertexCount; ++vertex)
+        for (size_t axis = 0; axis < 3 && isUsed[vertex]; ++axis) {
+            box->least[axis] = std::min(box->least[axis], NumberOf(shape, vertex, axis));
+            box->most[axis] = std::max(box->most[axis], NumberOf(shape, vertex, axis));
+        }
+}
+
+// Also true for numbers that aren't finite.
+static bool IsOutside(const Mc3dsShape &shape, size_t vertex, const Box &box)
+{
+    for (size_t axis = 0; axis < 3; ++axis) {
+        const float number = NumberOf(shape, vertex, axis);
+        if (!(number >= box.least[axis] && number <= box.most[axis]))
+            return true;
+    }
+    return false;
+}
+
+static void RemoveStrays(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, const Mc3dsShape &shape,
+                         const Box &box)
+{
+    const std::vector<bool> isUsed = Mc3dsUsedVertices(shape);
+    std::vector<uint16_t> from, numbers(shape.vertexCount), corners;
+    for (size_t vertex = 0; vertex < shape.vertexCount; ++vertex) {
+        numbers[vertex] = static_cast<uint16_t>(from.size());
+        if (isUsed[vertex] || !IsOutside(shape, vertex, box))
+            from.push_back(static_cast<uint16_t>(vertex));
+    }
+    if (from.size() == shape.vertexCount)
+        return;
+    for (size_t face = 0; face < shape.faceCount; ++face)
+        for (size_t corner = 0; corner < 3; ++corner)
+            corners.push_back(numbers[Mc3dsCorner(shape, face, corner)]);
+    Mc3dsSetVertices(shape, from, corners);
+    Mc3dsRecord(restoring, Mc3dsRestoreKind::Strays, mesh.name, shape.vertexCount - from.size());
+}
+
+void Mc3dsRestoreStrays(Mc3dsRestoring *restoring)
+{
+    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    constexpr float most = std::numeric_limits<float>::max();
+    Box box = {{most, most, most}, {-most, -most, -most}};
+    for (const Mc3dsMeshPart &mesh : keyframer.meshes)
+        if (Mc3dsShape shape = {}; Mc3dsReadShape(mesh.mesh, &shape))
+            Grow(shape, &box);
+    if (box.least[0] > box.most[0]) // no faces
+        return;
+    for (const Mc3dsMeshPart &mesh : keyframer.meshes)
+        if (Mc3dsShape shape = {}; Mc3dsReadShape(mesh.mesh, &shape))
+            RemoveStrays(restoring, mesh, shape, box);
+}
