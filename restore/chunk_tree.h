@@ -21,6 +21,7 @@ enum Mc3dsRestoreTag : uint16_t {
     Mc3dsTagTexture = 0x4140,
     Mc3dsTagSmoothing = 0x4150,
     Mc3dsTagMatrix = 0x4160,
+    Mc3dsTagMaterialName = 0xA000,
     Mc3dsTagMaterial = 0xAFFF,
     Mc3dsTagKeyframer = 0xB000,
     Mc3dsTagAmbientNode = 0xB001,

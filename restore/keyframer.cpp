@@ -17,7 +17,7 @@ static void AddMeshes(Mc3dsPart *editor, Mc3dsKeyframer *keyframer)
         Mc3dsPart *mesh = object.tag == Mc3dsTagObject ? Mc3dsFindPart(&object, Mc3dsTagMesh) : nullptr;
         if (mesh && !Mc3dsFindPart(&object, Mc3dsTagHidden))
             keyframer->meshes.push_back(
-                {&object, mesh, Mc3dsTextOf(Mc3dsContent(object)).substr(0, Mc3dsNameMost)});
+                {&object, mesh, std::string(Mc3dsTextOf(Mc3dsContent(object)).substr(0, Mc3dsNameMost))});
     }
 }
 
@@ -25,8 +25,8 @@ static void ReadHeader(std::string_view content, Mc3dsNode *node)
 {
     const std::string_view name = Mc3dsTextOf(content);
     const size_t at = name.size() + 1;
-    node->isDamaged = content.size() < at + 6;
-    if (node->isDamaged)
+    node->hasHeader = content.size() >= at + 6;
+    if (!node->hasHeader)
         return;
     node->name = name.substr(0, Mc3dsNameMost);
     node->parentField = Mc3dsNumberAt<uint16_t>(content, at + 4);
@@ -72,6 +72,7 @@ static void AddNode(Mc3dsPart *part, uint32_t *number, Mc3dsKeyframer *keyframer
         node.number = (*number)++;
     if (const Mc3dsPart *header = Mc3dsFindPart(part, Mc3dsTagNodeHeader))
         ReadHeader(Mc3dsContent(*header), &node);
+    node.isDamaged = !node.hasHeader;
     for (const Mc3dsPart &child : part->children)
         ReadPart(child, &node);
     keyframer->hasIds = keyframer->hasIds || node.id != UINT32_MAX;
@@ -170,10 +171,10 @@ Mc3dsMatrix Mc3dsMeshMatrix(const Mc3dsPart &mesh)
     return matrix;
 }
 
-Mc3dsMatrix Mc3dsToNode(const Mc3dsNode &node, const Mc3dsMatrix &meshMatrix)
+Mc3dsMatrix Mc3dsToNode(const Mc3dsNode &node, bool meshMirrors)
 {
     Mc3dsMatrix matrix = Mc3dsTranslation({-node.pivot[0], -node.pivot[1], -node.pivot[2]});
-    if (Mc3dsDeterminant(meshMatrix) < 0)
+    if (meshMirrors)
         matrix.rows[0][0] = -1;
     return matrix;
 }
@@ -199,7 +200,7 @@ static Mc3dsMatrix StoredPlacement(const Mc3dsKeyframer &keyframer, const Mc3dsN
 {
     const Mc3dsMatrix stored = Mc3dsMeshMatrix(*keyframer.meshes[node.mesh].mesh);
     Mc3dsMatrix back;
-    if (!Mc3dsInverse(Mc3dsToNode(node, stored), &back))
+    if (!Mc3dsInverse(Mc3dsToNode(node, Mc3dsDeterminant(stored) < 0), &back))
         return stored;
     return Mc3dsProduct(back, stored);
 }

@@ -11,14 +11,14 @@ constexpr size_t Mc3dsNameMost = 11; // names are compared up to this length
 
 struct Mc3dsMeshPart {
     Mc3dsPart *object, *mesh; // NAMED_OBJECT and its mesh, which isn't hidden
-    std::string_view name;
+    std::string name;
     size_t node = Mc3dsNothing; // the last node that names it, as that one counts for most readers
     size_t nodeCount = 0;
 };
 
 struct Mc3dsNode {
     Mc3dsPart *part = nullptr;
-    std::string_view name;
+    std::string name;
     uint16_t parentField = Mc3dsNoParent;
     uint32_t id = UINT32_MAX;     // NODE_ID; UINT32_MAX if it has none
     uint32_t number = UINT32_MAX; // in the order of nodes, where the ambient light doesn't count
@@ -26,7 +26,8 @@ struct Mc3dsNode {
     size_t mesh = Mc3dsNothing;
     size_t dummy = Mc3dsNothing; // number of the dummy, from 0
     bool isObject = false;       // and no light, camera or target
-    bool isDamaged = false;      // its keys can't be used
+    bool hasHeader = false;      // the node has a whole header
+    bool isDamaged = false;      // its header or its keys can't be used
     bool isLost = false;         // it is its own ancestor
     Mc3dsPoint pivot = {};
     Mc3dsTrack positions, turns, scales;
@@ -53,7 +54,7 @@ inline bool Mc3dsHasTracks(const Mc3dsNode &node)
 Mc3dsMatrix Mc3dsMeshMatrix(const Mc3dsPart &mesh);
 // From a mesh's own space to the space before its node: turns x round if the mesh matrix mirrors, then takes
 // the node's pivot to the origin.
-Mc3dsMatrix Mc3dsToNode(const Mc3dsNode &node, const Mc3dsMatrix &meshMatrix);
+Mc3dsMatrix Mc3dsToNode(const Mc3dsNode &node, bool meshMirrors);
 // The placements of all nodes at a frame in the world. A mesh without keys stays where it is stored.
 std::vector<Mc3dsMatrix> Mc3dsPlacementsAt(const Mc3dsKeyframer &keyframer, double frame);
 

@@ -8,7 +8,6 @@
 #include "parts.h"
 
 enum : uint16_t {
-    nameTag = 0xA000,
     ambientTag = 0xA010,
     diffuseTag = 0xA020,
     specularTag = 0xA030,
@@ -27,6 +26,7 @@ constexpr uint16_t mapTags[] = {0xA200, 0xA210, 0xA220};
 constexpr uint16_t gouraud = 2;
 constexpr uint16_t shadingMost = 4;
 constexpr size_t headerSize = 6;
+constexpr size_t mapNameMost = 15; // readers cut longer ones
 
 static std::string Packed(uint16_t tag, const std::string &content)
 {
@@ -203,7 +203,8 @@ static uint32_t CompleteMaps(Mc3dsPart *material)
         if (std::find(std::begin(mapTags), std::end(mapTags), child.tag) == std::end(mapTags))
             continue;
         const std::vector<Inner> inner = InnerOf(Mc3dsContent(child));
-        if (inner.empty() || inner.front().tag != mapNameTag)
+        if (inner.empty() || inner.front().tag != mapNameTag ||
+            Mc3dsTextOf(inner.front().content).size() > mapNameMost)
             continue;
         Mc3dsSetContent(&child, Packed(shortPercentTag, full) + std::string(Mc3dsContent(child)));
         ++count;
@@ -211,9 +212,30 @@ static uint32_t CompleteMaps(Mc3dsPart *material)
     return count;
 }
 
+// Readers that find no chunk in a map take the one after it.
+static bool IsWholeMap(std::string_view content)
+{
+    size_t size = 0;
+    for (const Inner &chunk : InnerOf(content)) {
+        size += headerSize + chunk.content.size();
+        if (chunk.tag == mapNameTag && Mc3dsTextOf(chunk.content).size() == chunk.content.size())
+            return false;
+    }
+    return size != 0 && size == content.size();
+}
+
+static bool HasWholeMaps(const Mc3dsPart &material)
+{
+    for (const Mc3dsPart &child : material.children)
+        if (std::find(std::begin(mapTags), std::end(mapTags), child.tag) != std::end(mapTags) &&
+            !IsWholeMap(Mc3dsContent(child)))
+            return false;
+    return true;
+}
+
 static std::string_view NameOf(const Mc3dsPart &material)
 {
-    const Mc3dsPart *name = LastField(material, nameTag);
+    const Mc3dsPart *name = LastField(material, Mc3dsTagMaterialName);
     return name ? Mc3dsTextOf(Mc3dsContent(*name)) : std::string_view();
 }
 
@@ -221,7 +243,8 @@ static void Complete(Mc3dsRestoring *restoring, Mc3dsPart *material)
 {
     constexpr uint64_t roomForAll = 200;
     const std::string name(NameOf(*material));
-    if (name.empty() || !material->damaged.empty() || restoring->room < roomForAll)
+    if (name.empty() || !material->damaged.empty() || !HasWholeMaps(*material) ||
+        restoring->room < roomForAll)
         return; // faces can't name it; or leave it to the readers
     const uint32_t count = CompleteColours(material) + CompletePercentages(material) +
                            CompleteShading(material) + CompleteMaps(material);

@@ -1,10 +1,12 @@
 // Keys become the text of a .vue file: the placement of each object in the world, for each frame.
+#include <algorithm>
 #include <charconv>
 #include <map>
 
 #include "parts.h"
 
 constexpr auto kind = Mc3dsRestoreKind::Motion;
+constexpr uint64_t placementsMost = 4194304; // of all objects in all frames; more is beyond what readers hold
 
 static void AppendNumber(std::string *text, double number)
 {
@@ -71,9 +73,10 @@ static std::vector<Actor> FindActors(const Mc3dsKeyframer &keyframer, std::vecto
             continue;
         if (node.mesh != Mc3dsNothing && keyframer.meshes[node.mesh].node == i)
             actors.push_back({i, Quoted(node.name),
-                              Mc3dsToNode(node, Mc3dsMeshMatrix(*keyframer.meshes[node.mesh].mesh))});
+                              Mc3dsToNode(node, Mc3dsDeterminant(Mc3dsMeshMatrix(
+                                                    *keyframer.meshes[node.mesh].mesh)) < 0)});
         else if (node.dummy != Mc3dsNothing)
-            actors.push_back({i, Quoted("Dummy" + std::to_string(node.dummy)), Mc3dsToNode(node, {})});
+            actors.push_back({i, Quoted("Dummy" + std::to_string(node.dummy)), Mc3dsToNode(node, false)});
     }
     return actors;
 }
@@ -85,7 +88,12 @@ std::string Mc3dsRestoreMotion(Mc3dsRestoring *restoring)
     std::vector<bool> moving;
     const std::vector<Actor> actors = FindActors(keyframer, &moving);
     std::string text;
-    bool fits = (keyframer.frameCount + uint64_t{1}) * actors.size() * lineLeast <= restoring->room;
+    const uint64_t frames = keyframer.frameCount + uint64_t{1};
+    const auto dummies = static_cast<uint64_t>(
+        std::count_if(keyframer.nodes.begin(), keyframer.nodes.end(),
+                      [](const Mc3dsNode &node) { return node.dummy != Mc3dsNothing; }));
+    bool fits = frames * actors.size() * lineLeast <= restoring->room &&
+                frames * (keyframer.meshes.size() + dummies) <= placementsMost;
     for (uint64_t frame = 0; fits && !actors.empty() && frame <= keyframer.frameCount; ++frame) {
         const std::vector<Mc3dsMatrix> placements = Mc3dsPlacementsAt(keyframer, static_cast<double>(frame));
         text += "frame " + std::to_string(frame) + '\n';

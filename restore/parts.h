@@ -16,8 +16,17 @@ struct Mc3dsRestoring {
     std::unordered_set<std::string> copies;
 };
 
+// Whether no chunk of a part is too short for what it holds.
+bool Mc3dsIsSound(const Mc3dsPart &part);
+
 void Mc3dsRestoreMaterials(Mc3dsRestoring *restoring);
 void Mc3dsRestorePlacements(Mc3dsRestoring *restoring);
+// Turns the own spaces of nodes over that mirror in frame 0, so that none does: readers can't tell the
+// mirroring of a node from that of a mesh. Nothing moves, once the meshes of those nodes are turned over too.
+// Returns which they are.
+std::vector<bool> Mc3dsTurnMirroredNodes(Mc3dsRestoring *restoring);
+// True if the mesh has one array of vertices and one matrix at most, which is what can be moved.
+bool Mc3dsCanMove(const Mc3dsPart &mesh);
 // onlyCopies: leaves all objects but the copies, and parents that are right.
 void Mc3dsRestorePose(Mc3dsRestoring *restoring, bool onlyCopies);
 void Mc3dsRestoreStrays(Mc3dsRestoring *restoring);

@@ -34,7 +34,7 @@ static std::vector<Mc3dsPart> CopyMesh(Mc3dsRestoring *restoring, const Mc3dsMes
                                        const std::vector<Mc3dsNode *> &nodes,
                                        std::unordered_set<std::string> *names)
 {
-    const std::string name(mesh.name);
+    const std::string &name = mesh.name;
     std::vector<Mc3dsPart> copies;
     uint32_t number = 0;
     const uint64_t added = nodes.size() - 1;

@@ -15,6 +15,15 @@ static std::string PackedMatrix(const Mc3dsMatrix &m)
     return bytes;
 }
 
+// As the numbers are after they were stored.
+static Mc3dsMatrix Rounded(Mc3dsMatrix m)
+{
+    for (Mc3dsPoint &row : m.rows)
+        for (double &number : row)
+            number = static_cast<double>(static_cast<float>(number));
+    return m;
+}
+
 static Mc3dsPoint PointAt(std::string_view points, size_t index)
 {
     Mc3dsPoint point;
@@ -28,39 +37,34 @@ static double Largest(const Mc3dsPoint &point)
     return std::max({std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
 }
 
-// The vertices after a way, in the form of the file. Empty if those that faces use move by no more than the
-// rounding of the stored numbers. least: the size of numbers that the way works with.
-static std::string MovedPoints(Mc3dsPart *mesh, std::string_view points, const Mc3dsMatrix &way, double least)
+static std::string MovedPoints(std::string_view points, const Mc3dsMatrix &way)
+{
+    std::string moved(points.substr(0, 2));
+    for (size_t i = 0; i < (points.size() - 2) / 12; ++i)
+        for (const double number : Mc3dsMove(PointAt(points, i), way))
+            Mc3dsAppendNumber(&moved, static_cast<float>(number));
+    return moved;
+}
+
+// Whether the vertices that faces use move by more than the rounding of stored numbers. least: the size of
+// numbers that the way works with.
+static bool Moves(Mc3dsPart *mesh, std::string_view points, const Mc3dsMatrix &way, double least)
 {
     constexpr double rounding = 2e-5; // of keys and matrices, relative to the largest number
     Mc3dsShape shape;
     const std::vector<bool> isUsed =
         Mc3dsReadShape(mesh, &shape) ? Mc3dsUsedVertices(shape) : std::vector<bool>();
     const bool hasFaces = std::find(isUsed.begin(), isUsed.end(), true) != isUsed.end();
-    std::string moved(points.substr(0, 2));
     double furthest = 0, largest = least;
     for (size_t i = 0; i < (points.size() - 2) / 12; ++i) {
-        const Mc3dsPoint before = PointAt(points, i), after = Mc3dsMove(before, way);
-        for (const double number : after)
-            Mc3dsAppendNumber(&moved, static_cast<float>(number));
         if (hasFaces && !isUsed[i])
             continue;
+        const Mc3dsPoint before = PointAt(points, i), after = Mc3dsMove(before, way);
         for (size_t c = 0; c < 3; ++c)
             furthest = std::max(furthest, std::abs(after[c] - before[c]));
         largest = std::max({largest, Largest(before), Largest(after)});
     }
-    return furthest > rounding * largest ? moved : "";
-}
-
-// True if the mesh has one array of vertices and one matrix at most, which is what can be moved.
-static bool IsPlain(const Mc3dsPart &mesh)
-{
-    const Mc3dsPart *points = Mc3dsFindPart(&mesh, Mc3dsTagPoints);
-    if (!points || Mc3dsCountParts(mesh, Mc3dsTagPoints) != 1 || Mc3dsCountParts(mesh, Mc3dsTagMatrix) > 1 ||
-        !mesh.damaged.empty())
-        return false;
-    const std::string_view content = Mc3dsContent(*points);
-    return content.size() >= 2 && content.size() == 2 + size_t{12} * Mc3dsNumberAt<uint16_t>(content, 0);
+    return furthest > rounding * largest;
 }
 
 static void SetMatrix(Mc3dsPart *mesh, const Mc3dsMatrix &matrix)
@@ -71,22 +75,37 @@ static void SetMatrix(Mc3dsPart *mesh, const Mc3dsMatrix &matrix)
         mesh->children.push_back(Mc3dsMakePart(Mc3dsTagMatrix, PackedMatrix(matrix)));
 }
 
-static void PoseMesh(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, const Mc3dsNode &node,
-                     const Mc3dsMatrix &placement)
+// Whether a mesh with these vertices and this matrix stands where its node puts it.
+static bool Stands(Mc3dsPart *mesh, std::string_view points, const Mc3dsMatrix &matrix, const Mc3dsNode &node,
+                   const Mc3dsMatrix &placement)
 {
-    if (!IsPlain(*mesh.mesh))
+    Mc3dsMatrix back;
+    const Mc3dsMatrix posed = Mc3dsProduct(Mc3dsToNode(node, Mc3dsDeterminant(matrix) < 0), placement);
+    const double least = std::max(Largest(matrix.rows[3]), Largest(placement.rows[3]));
+    return Mc3dsInverse(matrix, &back) && !Moves(mesh, points, Mc3dsProduct(back, posed), least);
+}
+
+// isTurnedOver: the node's placement was turned over, and the mesh's own space has to be as well.
+static void PoseMesh(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, const Mc3dsNode &node,
+                     const Mc3dsMatrix &placement, bool isTurnedOver)
+{
+    if (!Mc3dsCanMove(*mesh.mesh))
         return;
     const Mc3dsMatrix stored = Mc3dsMeshMatrix(*mesh.mesh);
-    const Mc3dsMatrix posed = Mc3dsProduct(Mc3dsToNode(node, stored), placement);
-    Mc3dsMatrix back, unused;
-    if (!Mc3dsInverse(stored, &back) || !Mc3dsInverse(posed, &unused)) {
+    Mc3dsPart *points = Mc3dsFindPart(mesh.mesh, Mc3dsTagPoints);
+    if (!isTurnedOver && Stands(mesh.mesh, Mc3dsContent(*points), stored, node, placement))
+        return;
+    const bool mirrors = (Mc3dsDeterminant(stored) < 0) != isTurnedOver;
+    const Mc3dsMatrix posed = Rounded(Mc3dsProduct(Mc3dsToNode(node, mirrors), placement));
+    Mc3dsMatrix back;
+    std::string moved;
+    if (Mc3dsInverse(stored, &back))
+        moved = MovedPoints(Mc3dsContent(*points), Mc3dsProduct(back, posed));
+    if (moved.empty() || !Stands(mesh.mesh, moved, posed, node, placement)) {
         Mc3dsRecord(restoring, kind, mesh.name, 0, Mc3dsRestoreLimit::NoInverse);
         return;
     }
-    Mc3dsPart *points = Mc3dsFindPart(mesh.mesh, Mc3dsTagPoints);
-    const double least = std::max(Largest(stored.rows[3]), Largest(placement.rows[3]));
-    std::string moved = MovedPoints(mesh.mesh, Mc3dsContent(*points), Mc3dsProduct(back, posed), least);
-    if (moved.empty() || !Mc3dsTakeRoom(restoring, kind, mesh.name, 60))
+    if (!Mc3dsTakeRoom(restoring, kind, mesh.name, 60))
         return;
     Mc3dsSetContent(points, std::move(moved));
     SetMatrix(mesh.mesh, posed);
@@ -104,29 +123,16 @@ static bool HasObject(const Mc3dsNode &node)
 static void ShiftKeys(Mc3dsPart *node, const Mc3dsPoint &by)
 {
     Mc3dsPart *track = Mc3dsFindPart(node, Mc3dsTagPositions);
-    std::string bytes(track ? Mc3dsContent(*track) : std::string_view());
-    if (!track) {
-        bytes.assign(10, '\0');
-        Mc3dsAppendNumber(&bytes, uint32_t{1});
-        bytes.append(6 + 12, '\0');
-        node->children.push_back(Mc3dsMakePart(Mc3dsTagPositions, bytes));
+    if (!track || Mc3dsNumberAt<uint32_t>(Mc3dsContent(*track), 10) == 0) {
+        std::erase_if(node->children, [](const Mc3dsPart &part) { return part.tag == Mc3dsTagPositions; });
+        node->children.push_back(Mc3dsMakePart(Mc3dsTagPositions, Mc3dsOneKey({0, 0, 0})));
         track = &node->children.back();
     }
-    const uint32_t count = Mc3dsNumberAt<uint32_t>(bytes, 10);
-    size_t at = 14;
-    for (uint32_t i = 0; i < count; ++i) {
-        const uint16_t flags = Mc3dsNumberAt<uint16_t>(bytes, at + 4);
-        at += 6;
-        for (size_t bit = 0; bit < 5; ++bit)
-            at += flags & (1u << bit) ? 4 : 0;
-        std::string sum;
+    std::string bytes(Mc3dsContent(*track));
+    Mc3dsChangeKeys(&bytes, 3, [&by](float *place) {
         for (size_t c = 0; c < 3; ++c)
-            Mc3dsAppendNumber(
-                &sum,
-                static_cast<float>(static_cast<double>(Mc3dsNumberAt<float>(bytes, at + 4 * c)) + by[c]));
-        bytes.replace(at, 12, sum);
-        at += 12;
-    }
+            place[c] = static_cast<float>(static_cast<double>(place[c]) + by[c]);
+    });
     Mc3dsSetContent(track, std::move(bytes));
 }
 
@@ -161,7 +167,7 @@ static void MakeDummies(Mc3dsRestoring *restoring)
         Mc3dsPart *header = Mc3dsFindPart(node.part, Mc3dsTagNodeHeader);
         if (!header)
             continue;
-        const std::string name(node.name);
+        const std::string &name = node.name;
         const std::string_view content = Mc3dsContent(*header);
         Mc3dsSetContent(header, "$$$DUMMY" + std::string(content.substr(Mc3dsTextOf(content).size())));
         Mc3dsRecord(restoring, kind, name, 0);
@@ -175,27 +181,31 @@ static bool IsRight(const Mc3dsKeyframer &keyframer, const Mc3dsNode &node, size
     return node.parentField == number;
 }
 
+static uint16_t NumberOf(const Mc3dsKeyframer &keyframer, size_t node)
+{
+    const uint32_t number =
+        keyframer.nodes[node].number; // the ambient light has none, and nothing hangs on it
+    return static_cast<uint16_t>(number == UINT32_MAX ? keyframer.nodes.size() : number);
+}
+
 static void SetNumbers(const Mc3dsKeyframer &keyframer, const std::vector<size_t> &parents)
 {
     for (size_t i = 0; i < keyframer.nodes.size(); ++i) {
         const Mc3dsNode &node = keyframer.nodes[i];
-        Mc3dsPart *header = Mc3dsFindPart(node.part, Mc3dsTagNodeHeader);
-        if (!header || node.isDamaged || node.isLost)
-            continue;
-        std::string bytes(Mc3dsContent(*header)), parent, id;
-        Mc3dsAppendNumber(&parent, static_cast<uint16_t>(parents[i] == Mc3dsNothing
-                                                             ? Mc3dsNoParent
-                                                             : keyframer.nodes[parents[i]].number));
-        bytes.replace(Mc3dsTextOf(bytes).size() + 5, 2, parent);
-        Mc3dsSetContent(header, std::move(bytes));
+        std::string parent, id;
+        if (node.hasHeader) {
+            Mc3dsPart *header = Mc3dsFindPart(node.part, Mc3dsTagNodeHeader);
+            std::string bytes(Mc3dsContent(*header));
+            Mc3dsAppendNumber(&parent,
+                              parents[i] == Mc3dsNothing ? Mc3dsNoParent : NumberOf(keyframer, parents[i]));
+            bytes.replace(Mc3dsTextOf(bytes).size() + 5, 2, parent);
+            Mc3dsSetContent(header, std::move(bytes));
+        }
         if (!keyframer.hasIds && !keyframer.hasAmbient)
             continue;
-        Mc3dsAppendNumber(
-            &id, static_cast<uint16_t>(node.number == UINT32_MAX ? keyframer.nodes.size() : node.number));
-        if (Mc3dsPart *own = Mc3dsFindPart(node.part, Mc3dsTagNodeId))
-            Mc3dsSetContent(own, id);
-        else
-            node.part->children.insert(node.part->children.begin(), Mc3dsMakePart(Mc3dsTagNodeId, id));
+        Mc3dsAppendNumber(&id, NumberOf(keyframer, i));
+        std::erase_if(node.part->children, [](const Mc3dsPart &part) { return part.tag == Mc3dsTagNodeId; });
+        node.part->children.insert(node.part->children.begin(), Mc3dsMakePart(Mc3dsTagNodeId, id));
     }
 }
 
@@ -233,15 +243,17 @@ void Mc3dsRestorePose(Mc3dsRestoring *restoring, bool onlyCopies)
 {
     if (!onlyCopies)
         RestoreParents(restoring);
+    const std::vector<bool> isTurnedOver = Mc3dsTurnMirroredNodes(restoring);
     const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
     const std::vector<Mc3dsMatrix> placements = Mc3dsPlacementsAt(keyframer, 0);
     for (const Mc3dsMeshPart &mesh : keyframer.meshes) {
-        if (mesh.node == Mc3dsNothing || (onlyCopies && !restoring->copies.contains(std::string(mesh.name))))
+        if (mesh.node == Mc3dsNothing ||
+            (onlyCopies && !isTurnedOver[mesh.node] && !restoring->copies.contains(mesh.name)))
             continue;
         const Mc3dsNode &node = keyframer.nodes[mesh.node];
         if (node.isDamaged)
             Mc3dsRecord(restoring, kind, mesh.name, 0, Mc3dsRestoreLimit::DamagedKeys);
         else if (!node.isLost && Mc3dsHasTracks(node))
-            PoseMesh(restoring, mesh, node, placements[mesh.node]);
+            PoseMesh(restoring, mesh, node, placements[mesh.node], isTurnedOver[mesh.node]);
     }
 }

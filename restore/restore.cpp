@@ -8,8 +8,11 @@ Mc3dsRestored Mc3dsRestore(std::string_view scene, uint32_t kinds)
     const auto has = [kinds](Mc3dsRestoreKind kind) { return (kinds & Mc3dsRestoreBit(kind)) != 0; };
     Mc3dsRestored restored;
     Mc3dsRestoring restoring;
-    if (!Mc3dsReadTree(scene, &restoring.tree)) {
+    const bool isScene = Mc3dsReadTree(scene, &restoring.tree);
+    if (!isScene || !Mc3dsIsSound(restoring.tree.root)) {
         restored.scene = scene;
+        if (isScene && kinds != 0)
+            restored.records.push_back({Mc3dsRestoreKind::Materials, Mc3dsRestoreLimit::Damaged, 0, ""});
         return restored;
     }
     // A file of the format is at most 4 GiB long.

@@ -30,6 +30,7 @@ enum class Mc3dsRestoreLimit : uint8_t {
     NoInverse,       // its matrix, or that of frame 0, has no inverse or isn't finite
     DamagedKeys,     // its keys can't be read, or their frames don't ascend
     TooManyVertices, // it would have more than 65,535 vertices
+    Damaged,         // chunks of the file are too short for what they hold; nothing of the scene is restored
     TooLarge,        // scene and .vue text would be larger than 256 times the file plus 1 MiB
 };
 

@@ -165,6 +165,36 @@ bool Mc3dsReadTrack(std::string_view content, size_t valueCount, Mc3dsTrack *tra
     return true;
 }
 
+void Mc3dsChangeKeys(std::string *content, size_t valueCount, const std::function<void(float *)> &change)
+{
+    size_t at = 14;
+    for (uint32_t left = Mc3dsNumberAt<uint32_t>(*content, 10); left > 0; --left) {
+        const uint16_t flags = Mc3dsNumberAt<uint16_t>(*content, at + 4);
+        at += 6;
+        for (size_t bit = 0; bit < 5; ++bit)
+            at += flags & (1u << bit) ? 4 : 0;
+        float values[4] = {};
+        for (size_t i = 0; i < valueCount; ++i)
+            values[i] = Mc3dsNumberAt<float>(*content, at + 4 * i);
+        change(values);
+        std::string bytes;
+        for (size_t i = 0; i < valueCount; ++i)
+            Mc3dsAppendNumber(&bytes, values[i]);
+        content->replace(at, bytes.size(), bytes);
+        at += bytes.size();
+    }
+}
+
+std::string Mc3dsOneKey(const std::vector<float> &values)
+{
+    std::string bytes(10, '\0');
+    Mc3dsAppendNumber(&bytes, uint32_t{1});
+    bytes.append(6, '\0');
+    for (const float value : values)
+        Mc3dsAppendNumber(&bytes, value);
+    return bytes;
+}
+
 // A share of the way from 0 to 1, which starts and stops slowly.
 static double Eased(double share, double from, double to)
 {

@@ -3,6 +3,8 @@
 #define MC3DS_RESTORE_TRACKS_H
 
 #include <cstdint>
+#include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -35,6 +37,10 @@ bool Mc3dsReadTrack(std::string_view content, size_t valueCount, Mc3dsTrack *tra
 // The value at a frame. The track must have keys.
 Mc3dsPoint Mc3dsPointAt(const Mc3dsTrack &track, double frame);
 Mc3dsMatrix Mc3dsTurnAt(const Mc3dsTrack &track, double frame);
+// Changes the values of all keys of a track chunk. change gets the values of a key in the order of the file.
+void Mc3dsChangeKeys(std::string *content, size_t valueCount, const std::function<void(float *)> &change);
+// A track chunk with one key in frame 0.
+std::string Mc3dsOneKey(const std::vector<float> &values);
 // Whether the value ever changes.
 bool Mc3dsTrackMoves(const Mc3dsTrack &track);
 

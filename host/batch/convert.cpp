@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -64,17 +65,27 @@ static std::string WhyNotLoaded(const Mc3dsFile *scene, const std::string &path,
 }
 
 // Returns null after a report on failure.
-static Scene LoadScene(const std::string &path, bool animated, Reporter *reporter)
+static Scene LoadScene(const HostOptions &options, const std::string &path, Reporter *reporter,
+                       RestoredScene *restored)
 {
+    const bool animated = options.flags & MC3DS_ANIMATION;
     Scene scene(nullptr, Mc3dsUnloadFile);
     if (const std::string why = WhyRefused(path); !why.empty()) {
         ReportError(reporter, why);
         return scene;
     }
-    scene.reset(Mc3dsLoadFile(path.c_str()));
+    restored->path = path;
+    if (options.restore != 0 && !RestoreScene(options, path, reporter, restored))
+        return scene;
+    scene.reset(Mc3dsLoadFile(restored->path.c_str()));
     if (const std::string why = WhyNotLoaded(scene.get(), path, animated, reporter); !why.empty()) {
         ReportError(reporter, why + "; nothing is written");
         scene.reset();
+    }
+    if (scene && restored->path != path) { // the comments of outputs name the scene itself
+        const size_t length = std::min(path.size(), sizeof scene->fileName - 1);
+        std::memcpy(scene->fileName, path.data(), length);
+        scene->fileName[length] = '\0';
     }
     return scene;
 }
@@ -124,17 +135,17 @@ static bool AllTargetsExist(const HostOptions &options, const std::string &scene
     return true;
 }
 
-static Scene LoadAndShow(const HostOptions &options, const std::string &path, bool animated,
-                         Reporter *reporter)
+static Scene LoadAndShow(const HostOptions &options, const std::string &path, Reporter *reporter,
+                         RestoredScene *restored)
 {
     std::map<std::string, size_t> reports;
     reporter->reports = &reports;
-    Scene scene = LoadScene(path, animated, reporter);
+    Scene scene = LoadScene(options, path, reporter, restored);
     reporter->reports = nullptr;
     if (options.json)
-        PrintJson(scene.get(), path, reports);
+        PrintJson(scene.get(), *reporter->scene, reports);
     else if (scene)
-        PrintInfo(scene.get(), path, reports);
+        PrintInfo(scene.get(), *reporter->scene, reports);
     MarkWarningsShown(reporter); // the printed text includes those of the library
     return scene;
 }
@@ -173,6 +184,11 @@ static bool ReportFaults(const HostOptions &options, const Mc3dsOptions &asked, 
         FindAnimationFault(scene, reporter->scene->scene, &findings);
     FindLosses(scene, asked.flags, &findings);
     FindUnplayedKeys(scene, &findings);
+    if (std::string bytes;
+        options.restore == 0 && HasKeys(scene) && ReadWhole(reporter->scene->scene, &bytes))
+        FindElsewhere(bytes, &findings);
+    if (options.restore == 0)
+        OfferRestoring(&findings);
     FindNameFaults(asked, scene, options.forceNames, &findings, &refused);
     for (const Finding &finding : findings)
         ReportFinding(reporter, finding);
@@ -195,9 +211,10 @@ static bool Convert(const HostOptions &options, Reporter *reporter)
     const std::string &path = result->scene;
     if (options.noClobber && AllTargetsExist(options, path, reporter))
         return true;
-    const bool animated = options.flags & MC3DS_ANIMATION;
-    const Scene scene =
-        options.info ? LoadAndShow(options, path, animated, reporter) : LoadScene(path, animated, reporter);
+    RestoredScene restored;
+    result->isRestored = options.restore != 0;
+    const Scene scene = options.info ? LoadAndShow(options, path, reporter, &restored)
+                                     : LoadScene(options, path, reporter, &restored);
     if (!scene)
         return false;
     std::vector<Finding> cut;
@@ -205,7 +222,8 @@ static bool Convert(const HostOptions &options, Reporter *reporter)
     for (const Finding &finding : cut)
         ReportError(reporter, SentenceOf(finding));
     NoteContents(options, scene.get(), result);
-    const bool isAsked = !options.previewFile.empty() || !options.glbFile.empty();
+    const bool isAsked =
+        !options.previewFile.empty() || !options.glbFile.empty() || !options.restoredFile.empty();
     if (options.info && (!(isAsked || !options.pageFile.empty()) || (!isAsked && scene->objectCount == 0)))
         return cut.empty();
     if (scene->objectCount == 0) {
@@ -217,7 +235,7 @@ static bool Convert(const HostOptions &options, Reporter *reporter)
     if (!options.info && !ReportFaults(options, asked, scene.get(), reporter))
         return false;
     std::string picture;
-    bool done = WriteFiles(options, path, scene.get(), &asked, reporter, &picture);
+    bool done = WriteFiles(options, path, scene.get(), restored, &asked, reporter, &picture);
     if (!options.pageFile.empty())
         result->picture = picture;
     if (done && !options.info)

@@ -38,6 +38,20 @@ bool EnterFolder(const std::filesystem::path &folder, std::string *why);
 void ReturnToFolder(const std::filesystem::path &folder);
 bool CurrentFolderIsLost();
 
+// ---- restored_scene.cpp
+
+struct RestoredScene {
+    std::string path;       // what the library has to read: a file in a private folder, or the scene itself
+    std::string scene, vue; // bytes for --restored; vue may be empty
+};
+
+// Reads a whole file. False if it can't be read.
+bool ReadWhole(const std::string &path, std::string *bytes);
+// Restores a scene as the options ask, and reports what was done. Returns false after a report on failure.
+// What can't be read is left to the library and its reports.
+bool RestoreScene(const HostOptions &options, const std::string &scenePath, Reporter *reporter,
+                  RestoredScene *restored);
+
 // ---- output_plan.cpp
 
 // Sets target and inPlace. Returns why the file can't be written; empty if it can.
@@ -80,7 +94,7 @@ bool DeliverAll(const std::vector<OutputFile> &files, bool areNumbered, bool noC
 // Writes the requested files and delivers them. Returns false after a report on failure. picture gets the
 // bytes of the PNG file, if one is drawn.
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                Mc3dsOptions *asked, Reporter *reporter, std::string *picture);
+                const RestoredScene &restored, Mc3dsOptions *asked, Reporter *reporter, std::string *picture);
 
 // ---- run_file.cpp: a file of the run: the summary or the page
 

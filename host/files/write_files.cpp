@@ -140,8 +140,8 @@ static bool WriteModel([[maybe_unused]] const Mc3dsFile *scene, [[maybe_unused]]
 }
 
 static bool WriteAll(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                     Mc3dsOptions *asked, std::vector<OutputFile> *files, Reporter *reporter,
-                     std::string *picture)
+                     const RestoredScene &restored, Mc3dsOptions *asked, std::vector<OutputFile> *files,
+                     Reporter *reporter, std::string *picture)
 {
     const std::string bareName = BareOutputName(options, scenePath);
     if (!files->empty() && IsText(files->front().kind)) {
@@ -157,9 +157,16 @@ static bool WriteAll(const HostOptions &options, const std::string &scenePath, c
     bool isEmpty = false;
     if (glb && !WriteModel(scene, *asked, scenePath, *glb, reporter, &isEmpty))
         return false;
+    for (const auto &[kind, bytes] : {std::pair(TextKind::RestoredScene, &restored.scene),
+                                      std::pair(TextKind::RestoredVue, &restored.vue)})
+        if (const OutputFile *const file = FindKind(*files, kind);
+            file && !bytes->empty() && !WriteBytes(*file, *bytes, reporter))
+            return false;
     // What has nothing to show isn't delivered.
     std::erase_if(*files, [&](const OutputFile &file) {
-        return (file.kind == TextKind::Picture && picture->empty()) ||
+        return (file.kind == TextKind::RestoredScene && restored.scene.empty()) ||
+               (file.kind == TextKind::RestoredVue && restored.vue.empty()) ||
+               (file.kind == TextKind::Picture && picture->empty()) ||
                (file.kind == TextKind::Glb && isEmpty);
     });
     return true;
@@ -266,7 +273,7 @@ static bool MakeOutputFolder(const std::string &top, const std::string &output, 
 }
 
 bool WriteFiles(const HostOptions &options, const std::string &scenePath, const Mc3dsFile *scene,
-                Mc3dsOptions *asked, Reporter *reporter, std::string *picture)
+                const RestoredScene &restored, Mc3dsOptions *asked, Reporter *reporter, std::string *picture)
 {
     std::vector<OutputFile> files;
     const std::string output = OutputName(options, scenePath);
@@ -276,7 +283,7 @@ bool WriteFiles(const HostOptions &options, const std::string &scenePath, const 
         return false;
     const bool perObject = options.flags & MC3DS_PER_OBJECT;
     const bool done = MakeRoom(&files, BareOutputName(options, scenePath), perObject, reporter) &&
-                      WriteAll(options, scenePath, scene, asked, &files, reporter, picture);
+                      WriteAll(options, scenePath, scene, restored, asked, &files, reporter, picture);
     ShowWarnings(reporter);
     const bool delivered = done && DeliverAll(files, perObject, options.noClobber, reporter);
     RemovePrivateFolders();

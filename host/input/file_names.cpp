@@ -64,5 +64,11 @@ std::vector<NamedTarget> TargetNames(const HostOptions &options, const std::stri
             const std::string name = OwnName(options, given, output);
             names.push_back({kind, name, name == given});
         }
+    if (!options.restoredFile.empty()) {
+        const std::string name = OwnName(options, options.restoredFile, output);
+        const bool isGiven = name == options.restoredFile;
+        names.push_back({TextKind::RestoredScene, name, isGiven});
+        names.push_back({TextKind::RestoredVue, SecondName("", name, ".vue"), isGiven});
+    }
     return names;
 }

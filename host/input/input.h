@@ -22,11 +22,13 @@ struct HostOptions {
     std::string outputDir;           // empty: beside the scene
     std::string headerFile;          // empty: the output's name with another extension
     std::string animationFile;
-    std::string previewFile; // empty: none; with several scenes each puts its name in front
-    std::string glbFile;     // as previewFile
-    std::string summaryFile; // empty: none
-    std::string pageFile;    // of --report; empty: none
-    std::string clumpName;   // empty: made from the scene's name
+    std::string previewFile;  // empty: none; with several scenes each puts its name in front
+    std::string glbFile;      // as previewFile
+    std::string summaryFile;  // empty: none
+    std::string pageFile;     // of --report; empty: none
+    std::string restoredFile; // the restored scene, as previewFile
+    uint32_t restore = 0;     // bits of Mc3dsRestoreKind; 0: the scene is read as it is
+    std::string clumpName;    // empty: made from the scene's name
     std::string textureExtension;
     uint32_t flags = 0;
     uint32_t surfaceFlags = MC3DS_TEXTURES;
@@ -59,9 +61,9 @@ std::string FindConflict(const HostOptions &options, const std::function<bool(co
 // ---- scene_list.cpp
 
 struct SceneJob {
-    std::string scene;  // its path, as the user would type it
-    std::string output; // its output; empty: as in the options
-    uint64_t bytes;     // size of its file; 0 if unknown
+    std::string scene;        // its path, as the user would type it
+    std::string output;       // its output; empty: as in the options
+    uint64_t bytes;           // size of its file; 0 if unknown
     std::string refusal = {}; // why it isn't converted; empty: it is
 };
 
@@ -73,8 +75,8 @@ HostOptions OptionsFor(const HostOptions &options, const SceneJob &job);
 
 // ---- file_names.cpp
 
-// Picture and Glb aren't text, but are delivered in the same way.
-enum class TextKind { Script, Source, Header, Animation, Picture, Glb };
+// Those after Animation aren't written by the library, but are delivered in the same way.
+enum class TextKind { Script, Source, Header, Animation, Picture, Glb, RestoredScene, RestoredVue };
 
 struct NamedTarget {
     TextKind kind;
@@ -90,7 +92,7 @@ std::string ObjectFileName(const HostOptions &options, const std::string &sceneP
 // Whether the library writes the file.
 constexpr bool IsText(TextKind kind)
 {
-    return kind != TextKind::Picture && kind != TextKind::Glb;
+    return kind <= TextKind::Animation;
 }
 // Whether the user gave the name of the output file.
 bool OutputIsGiven(const HostOptions &options);

@@ -43,6 +43,7 @@ struct NeedRow {
 static const NeedRow needRows[] = {
     {"--clump-name", "--source", "nothing else has the name in it"},
     {"--json", "--info", "it is a form of what that shows; a run is summed up by --summary"},
+    {"--restored", "--restore", "without it the scene is read as it is"},
     {"--preview-size", "--preview", "there is no other picture"},
     {"--preview-frame", "--preview", "there is no other picture"},
 };

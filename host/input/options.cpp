@@ -270,6 +270,41 @@ static void AddPreviewOptions(CLI::App *app, HostOptions *options)
              [options](const std::string &text) { ReadPreviewFrame(text, &options->preview); });
 }
 
+static uint32_t ReadRestoreKinds(const std::string &text)
+{
+    static const char *const names[Mc3dsRestoreKindCount] = {"materials", "pose",  "placements",
+                                                             "motion",    "edges", "strays"};
+    uint32_t kinds = 0;
+    for (const std::string &word : CLI::detail::split(text, ',')) {
+        uint32_t kind = 0;
+        while (kind < Mc3dsRestoreKindCount && word != names[kind])
+            ++kind;
+        Accept("--restore", kind < Mc3dsRestoreKindCount,
+               InQuotes(word) + " is none of materials, pose, placements, motion, edges, strays");
+        kinds |= 1u << kind;
+    }
+    return kinds;
+}
+
+static void AddRestoreOptions(CLI::App *app, HostOptions *options, std::string *kinds)
+{
+    app->add_flag(
+           "--restore{/}", *kinds,
+           "complete what old scenes leave to the reader: materials, pose, placements, motion, edges, "
+           "strays; KINDS: some of these words with commas between them (default: read the scene as it "
+           "is)")
+        ->type_name("[=KINDS]")
+        ->group("Restoring");
+    AddValue(app, "--restored", "FILE.3ds", "Restoring",
+             "keep the restored scene, and its animation as FILE.vue; for many scenes as --glb (default: "
+             "neither)",
+             [options](const std::string &text) {
+                 Accept("--restored", InLowerCase(PathOf(text).extension().string()) == ".3ds",
+                        InQuotes(text) + " doesn't end in .3ds");
+                 options->restoredFile = text;
+             });
+}
+
 static void AddReportOptions(CLI::App *app, HostOptions *options)
 {
     app->add_flag_callback(
@@ -318,7 +353,8 @@ static void PrintHelp(const CLI::App &app)
     std::fputs("usage: 3ds2mcx [options] SCENE...\n\n"
                "Converts 3D Studio scenes for the Meshcaster renderer.\n",
                stdout);
-    for (const char *group : {"Files", "Form", "Size", "Surfaces", "Hints", "Looking", "Reports"}) {
+    for (const char *group :
+         {"Files", "Restoring", "Form", "Size", "Surfaces", "Hints", "Looking", "Reports"}) {
         std::printf("\n%s\n", group);
         for (const CLI::Option *option : app.get_options()) {
             if (option->get_group() != group)
@@ -375,18 +411,20 @@ static std::string NearestOption(const CLI::App &app, const CLI::ParseError &fai
     size_t least = 3; // at most 2 letters may differ
     for (const CLI::Option *option : app.get_options())
         for (const std::string &name : option->get_lnames())
-            if (const size_t distance = Distance(word, "--" + name); distance > 0 && distance < least) {
+            if (const size_t distance = Distance(word, "--" + name); distance < least) {
                 least = distance;
                 nearest = "--" + name;
             }
-    return nearest;
+    return least == 0 ? "" : nearest;
 }
 
 int ParseOptions(int argc, const char *const *argv, HostOptions *options)
 {
     CLI::App app("", "3ds2mcx");
     app.allow_windows_style_options(false);
+    std::string restoreKinds;
     AddFileOptions(&app, options);
+    AddRestoreOptions(&app, options, &restoreKinds);
     AddSwitches(&app, options);
     AddFormOptions(&app, options);
     AddSurfaceOptions(&app, options);
@@ -400,6 +438,8 @@ int ParseOptions(int argc, const char *const *argv, HostOptions *options)
                 file->clear();
             else if (*file == standardOutputName)
                 throw CLI::ValidationError("FILE", "only --output can be -, the standard output");
+        if (app.count("--restore") != 0)
+            options->restore = restoreKinds == noName ? Mc3dsRestoreAll : ReadRestoreKinds(restoreKinds);
         options->flags |= app.count("--header") != 0 ? MC3DS_HEADER : 0;
         options->flags |= app.count("--animation") != 0 ? MC3DS_ANIMATION : 0;
         why = FindConflict(*options, [&app](const char *option) { return app.count(option) != 0; });

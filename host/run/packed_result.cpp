@@ -14,8 +14,8 @@ static auto FieldsOf(NamedPart &part)
 
 static auto FieldsOf(Finding &finding)
 {
-    auto &[kind, weight, report, times, count, of, most, size, names, detail] = finding;
-    return std::tie(kind, weight, report, times, count, of, most, size, names, detail);
+    auto &[kind, weight, report, times, count, of, most, size, names, detail, isRestorable] = finding;
+    return std::tie(kind, weight, report, times, count, of, most, size, names, detail, isRestorable);
 }
 
 static auto FieldsOf(WrittenFile &file)
@@ -32,10 +32,10 @@ static auto FieldsOf(GeometryCounts &counts)
 
 static auto FieldsOf(SceneResult &result)
 {
-    auto &[scene, done, error, bytes, read, model, seconds, written, kept, warnings, notes, missingTextures,
-           picture, said] = result;
+    auto &[scene, done, error, bytes, read, model, seconds, written, kept, warnings, notes, isRestored,
+           restored, missingTextures, picture, said] = result;
     return std::tie(scene, done, error, bytes, read, model, seconds, written, kept, warnings, notes,
-                    missingTextures, picture, said);
+                    isRestored, restored, missingTextures, picture, said);
 }
 
 // Bytes that values are appended to, or read from in the same order.

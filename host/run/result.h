@@ -21,6 +21,8 @@ struct SceneResult {
     std::vector<std::string> kept;            // existing files that were not replaced
     std::vector<Finding> warnings;            // each kind once, the most important first
     std::vector<Finding> notes;               // remarks that don't count as warnings
+    bool isRestored = false;                  // --restore was asked for
+    std::vector<Finding> restored;            // what it did
     std::vector<std::string> missingTextures; // only filled for --report
     std::string picture;                      // a PNG file's bytes; empty without --report
     std::string said;                         // lines for stderr, kept by Reporter.keepsLines

@@ -45,11 +45,21 @@ enum class FindingKind : uint8_t {
     GlbBareFaces, // count
     GlbNearest,   // size: the largest distance in units of the file
     GlbMerged,
-    GlbTextures,   // count; names: the first
-    GlbPicture,    // names: the file; detail: why it isn't embedded
-    TwinName,      // names: a scene, its output with a number, the scene that has the first name
-    SkippedFiles,  // count; of: how many of them are pointers to large files; names: the first
-    NothingToShow, // names: the file that isn't written
+    GlbTextures,    // count; names: the first
+    GlbPicture,     // names: the file; detail: why it isn't embedded
+    TwinName,       // names: a scene, its output with a number, the scene that has the first name
+    SkippedFiles,   // count; of: how many of them are pointers to large files; names: the first
+    NothingToShow,  // names: the file that isn't written
+    StandElsewhere, // count objects in frame 0 of the keyframer
+    // What --restore did; names: of the materials or objects. Sentences of these are parts of one.
+    RestoredMaterials,  // count
+    RestoredPose,       // count objects
+    RestoredParents,    // count objects
+    RestoredPlacements, // count meshes; of: added ones
+    RestoredKeys,       // count objects; of: frames
+    RestoredEdges,      // count meshes; of: added vertices
+    RestoredStrays,     // count meshes; of: removed vertices
+    NotRestored,        // count; most: Mc3dsRestoreKind; of: Mc3dsRestoreLimit
 };
 
 struct NamedPart {
@@ -67,6 +77,7 @@ struct Finding {
     double size = 0.0;
     std::vector<NamedPart> names = {};
     std::string detail = {};
+    bool isRestorable = false; // --restore would complete what is missing
 };
 
 #endif

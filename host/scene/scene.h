@@ -4,6 +4,7 @@
 
 #include "../base/base.h"
 #include "finding.h"
+#include "restore.h"
 
 // ---- facts.cpp
 
@@ -57,6 +58,18 @@ void FindCutEnd(const Mc3dsFile *scene, std::vector<Finding> *findings);
 void FindSharedNames(const Mc3dsFile *scene, std::vector<Finding> *findings);
 // Keys move objects, but the scene has no .vue file.
 void FindUnplayedKeys(const Mc3dsFile *scene, std::vector<Finding> *findings);
+
+// ---- restored.cpp: what --restore did, and could do
+
+// A finding for each kind of what was done in restored; what had to stay as it was is appended to left.
+void FindRestored(const std::vector<Mc3dsRestoreRecord> &records, std::vector<Finding> *restored,
+                  std::vector<Finding> *left);
+// Objects that --restore would move. bytes: of the scene's file.
+void FindElsewhere(const std::string &bytes, std::vector<Finding> *findings);
+// Whether the keyframer places objects, so that FindElsewhere can find any.
+bool HasKeys(const Mc3dsFile *scene);
+// Marks the findings that --restore would take away.
+void OfferRestoring(std::vector<Finding> *findings);
 
 // ---- faults.cpp, name_faults.cpp: faults that the library doesn't report. Each appends to findings.
 

@@ -1,8 +1,7 @@
 // --info for programs.
 #include <cstdio>
 
-#include "../base/json.h"
-#include "words.h"
+#include "restored_json.h"
 
 static Json CountsJson(const char *what, const std::map<std::string, size_t> &counts)
 {
@@ -87,15 +86,15 @@ static void AddScene(const Mc3dsFile *scene, const SceneFacts &facts, Json *json
                   {"textures", textures}});
 }
 
-void PrintJson(const Mc3dsFile *scene, const std::string &scenePath,
+void PrintJson(const Mc3dsFile *scene, const SceneResult &result,
                const std::map<std::string, size_t> &reports)
 {
-    Json json = {{"scene", scenePath}, {"loaded", scene != nullptr}};
+    Json json = {{"scene", result.scene}, {"loaded", scene != nullptr}};
     LeftBehind left;
     Json losses = Json::array();
     if (scene) {
-        AddScene(scene, FindFacts(scene, scenePath), &json);
-        left = FindLeftBehind(scene);
+        AddScene(scene, FindFacts(scene, result.scene), &json);
+        left = FindLeftBehind(scene, result.isRestored);
     }
     for (const Finding &loss : left.losses)
         losses.push_back(SentenceOf(loss));
@@ -105,6 +104,7 @@ void PrintJson(const Mc3dsFile *scene, const std::string &scenePath,
                           {"hidden", left.hidden},
                           {"unsupported", CountsJson("what", left.unsupported)},
                           {"chunks", CountsJson("tag", left.chunks)}};
+    json["restored"] = RestoredJson(result.restored);
     json["reports"] = CountsJson("text", reports);
     const std::string text = JsonText(json, 0);
     std::fwrite(text.data(), 1, text.size(), stdout);

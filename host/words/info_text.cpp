@@ -196,9 +196,9 @@ static void AddCounts(const char *what, const std::map<std::string, size_t> &cou
 }
 
 // The keys that no .vue file plays are shown at the top, and not again here.
-static std::string LeftText(const Mc3dsFile *scene)
+static std::string LeftText(const Mc3dsFile *scene, bool isRestored)
 {
-    const LeftBehind left = FindLeftBehind(scene);
+    const LeftBehind left = FindLeftBehind(scene, isRestored);
     std::string text;
     AddList("lights", left.lights, &text);
     AddList("cameras", left.cameras, &text);
@@ -211,16 +211,33 @@ static std::string LeftText(const Mc3dsFile *scene)
     return text;
 }
 
-void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath,
+static std::string RestoredList(const std::vector<Finding> &restored)
+{
+    constexpr size_t most = 20;
+    std::string text;
+    for (const Finding &finding : restored) {
+        text += "  " + SentenceOf(finding);
+        for (size_t i = 0; i < finding.names.size() && i < most; ++i)
+            text += (i == 0 ? ": " : ", ") + Visible(finding.names[i].name);
+        if (finding.count > most)
+            text += " and " + std::to_string(finding.count - most) + " more";
+        text += '\n';
+    }
+    return text;
+}
+
+void PrintInfo(const Mc3dsFile *scene, const SceneResult &result,
                const std::map<std::string, size_t> &reports)
 {
     const Look look = FindLook();
-    const SceneFacts facts = FindFacts(scene, scenePath);
-    std::string text = Visible(scenePath) + '\n';
+    const SceneFacts facts = FindFacts(scene, result.scene);
+    std::string text = Visible(result.scene) + '\n';
     AddHead(look, scene, facts, &text);
     AddTree(look, scene, facts, &text);
     AddMaterials(look, scene, facts, &text);
-    if (const std::string left = LeftText(scene); !left.empty())
+    if (const std::string restored = RestoredList(result.restored); !restored.empty())
+        text += "\nRestored\n" + restored;
+    if (const std::string left = LeftText(scene, result.isRestored); !left.empty())
         text += "\nLeft behind\n" + left;
     if (!reports.empty())
         text += "\nReported while it was read\n";

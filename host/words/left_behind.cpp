@@ -30,13 +30,15 @@ static std::string InHexadecimal(uint32_t tag)
     return text;
 }
 
-LeftBehind FindLeftBehind(const Mc3dsFile *scene)
+LeftBehind FindLeftBehind(const Mc3dsFile *scene, bool isRestored)
 {
     LeftBehind left;
     FindCutEnd(scene, &left.losses);
     FindLosses(scene, 0, &left.losses);
     FindSharedNames(scene, &left.losses);
     FindUnplayedKeys(scene, &left.losses);
+    if (!isRestored)
+        OfferRestoring(&left.losses);
     for (uint32_t i = 0; i < scene->skippedCount; ++i) {
         const Mc3dsSkippedObject &skipped = scene->skipped[i];
         switch (skipped.kind) {

@@ -149,6 +149,20 @@ static std::string CountsOf(const SceneResult &result)
     return html;
 }
 
+static std::string RestoredCell(const std::vector<Finding> &restored)
+{
+    constexpr size_t most = 20;
+    std::string html;
+    for (const Finding &finding : restored) {
+        std::string names;
+        for (size_t i = 0; i < finding.names.size() && i < most; ++i)
+            names += (i == 0 ? ": " : ", ") + Escaped(finding.names[i].name);
+        html +=
+            "<li>" + Escaped(SentenceOf(finding)) + names + (finding.count > most ? " ..." : "") + "</li>\n";
+    }
+    return html.empty() ? "" : "<ul>\n" + html + "</ul>";
+}
+
 static std::string Row(const SceneResult &result, const fs::path &folder)
 {
     std::string html = "<tr><td>";
@@ -156,7 +170,8 @@ static std::string Row(const SceneResult &result, const fs::path &folder)
                 ? "no picture"
                 : "<img alt=\"the model\" src=\"data:image/png;base64," + InBase64(result.picture) + "\">";
     html += "</td>\n<td><p class=\"scene\">" + Escaped(result.scene) + "</p>\n" + CountsOf(result) +
-            "</td>\n<td>" + Losses(result) + "</td>\n<td><ul>\n";
+            "</td>\n<td>" + RestoredCell(result.restored) + "</td>\n<td>" + Losses(result) +
+            "</td>\n<td><ul>\n";
     for (const WrittenFile &file : result.written)
         html += FileLine(file.name, Counted(file.size, "byte"), folder);
     for (const std::string &file : result.kept)
@@ -181,8 +196,9 @@ std::string PageText(const std::vector<SceneResult> &results, double seconds, co
         rows.push_back(&result);
     std::stable_sort(rows.begin(), rows.end(),
                      [](const SceneResult *a, const SceneResult *b) { return StateOf(*a) < StateOf(*b); });
-    std::string page = pageStart + Head(AddUp(results), seconds) +
-                       "<table>\n<tr><th>Picture</th><th>Scene</th><th>Losses</th><th>Files</th></tr>\n";
+    std::string page =
+        pageStart + Head(AddUp(results), seconds) +
+        "<table>\n<tr><th>Picture</th><th>Scene</th><th>Restored</th><th>Losses</th><th>Files</th></tr>\n";
     for (const SceneResult *result : rows)
         page += Row(*result, folder.empty() ? fs::path(".") : folder);
     return page + "</table>\n</body>\n</html>\n";

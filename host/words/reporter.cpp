@@ -135,6 +135,16 @@ void ReportWritten(Reporter *reporter, const std::vector<WrittenFile> &files)
                                    " bytes");
 }
 
+void ReportRestored(Reporter *reporter, const std::vector<Mc3dsRestoreRecord> &records)
+{
+    std::vector<Finding> left;
+    FindRestored(records, &reporter->scene->restored, &left);
+    if (!reporter->scene->restored.empty() && reporter->verbosity >= 0)
+        Show(reporter, LineOf(reporter, "", RestoredText(reporter->scene->restored)), false);
+    for (const Finding &finding : left)
+        ReportFinding(reporter, finding);
+}
+
 void ReportKept(Reporter *reporter, const std::vector<std::string> &names)
 {
     for (const std::string &name : names) {
@@ -179,6 +189,7 @@ void BeginScene(Reporter *reporter, SceneResult *scene)
     reporter->scene = scene;
     reporter->modelIsHeard = reporter->memoryRanOut = reporter->linesAreLeftOut = false;
     reporter->notAScene.clear();
+    reporter->standIn.clear();
     reporter->reports = nullptr;
     reporter->kindsShown = 0;
     reporter->lastReport.clear();
@@ -228,6 +239,16 @@ static std::string VisibleMessage(std::string_view text)
     return Visible(text.substr(0, columns), true) + Visible(text.substr(columns));
 }
 
+// The scene has its own name in reports, also where another file is read in its place.
+static std::string WithSceneName(const Reporter *reporter, std::string text)
+{
+    const size_t at = reporter->standIn.empty() ? std::string::npos : text.find(reporter->standIn);
+    if (at != std::string::npos)
+        text.replace(at, reporter->standIn.size(),
+                     reporter->scene->scene.substr(0, reporter->scene->scene.size() - 3));
+    return text;
+}
+
 // Both callbacks keep errno for the library, as a write to a full or closed stderr changes it.
 static void OnError(int32_t, const char *)
 {
@@ -242,7 +263,7 @@ static void OnMessage(int32_t level, const char *text)
     const int before = errno;
     // Some texts start with a line feed to separate them, which a line for each text does as well.
     if (listener->verbosity > (level <= 1 ? 0 : 1))
-        ShowLines(listener, VisibleMessage(*text == '\n' ? text + 1 : text) + '\n');
+        ShowLines(listener, VisibleMessage(WithSceneName(listener, *text == '\n' ? text + 1 : text)) + '\n');
     if (listener->onMessage)
         listener->onMessage(*Mc3dsNewestReport());
     errno = before;

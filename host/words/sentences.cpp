@@ -43,7 +43,31 @@ static std::string EmptyModelText(const Finding &finding)
                             : "; they name no vertices of theirs");
 }
 
-std::string SentenceOf(const Finding &finding)
+static const char *ReasonOf(Mc3dsRestoreLimit limit)
+{
+    switch (limit) {
+    case Mc3dsRestoreLimit::NoInverse: return "a matrix has no inverse";
+    case Mc3dsRestoreLimit::DamagedKeys: return "the keys are damaged";
+    case Mc3dsRestoreLimit::TooManyVertices: return "a mesh would have more than 65,535 vertices";
+    case Mc3dsRestoreLimit::Damaged: return "chunks of the file are too short for what they hold";
+    case Mc3dsRestoreLimit::TooLarge: return "the result would be too large for the file";
+    case Mc3dsRestoreLimit::None: break;
+    }
+    return "";
+}
+
+static std::string NotRestoredText(const Finding &finding)
+{
+    static const char *const kinds[Mc3dsRestoreKindCount] = {"materials", "pose",  "placements",
+                                                             "motion",    "edges", "strays"};
+    const auto limit = static_cast<Mc3dsRestoreLimit>(finding.of);
+    if (limit == Mc3dsRestoreLimit::Damaged)
+        return std::string("nothing is restored: ") + ReasonOf(limit);
+    return std::string("not restored: ") + kinds[finding.most] + " of " + Number(finding.count) + "; " +
+           ReasonOf(limit) + "; the first: " + Quoted(finding);
+}
+
+static std::string PlainSentence(const Finding &finding)
 {
     const std::string number = Number(finding.count), whole = Number(finding.of);
     switch (finding.kind) {
@@ -113,8 +137,33 @@ std::string SentenceOf(const Finding &finding)
                " that stand for a large one; the first: " + Quoted(finding);
     case FindingKind::NothingToShow:
         return "the model has no triangles; " + Quoted(finding) + " is not written";
+    case FindingKind::StandElsewhere:
+        return Counted(finding.count, "object") + (finding.count == 1 ? " stands" : " stand") +
+               " elsewhere in frame 0";
+    case FindingKind::RestoredMaterials: return Counted(finding.count, "material");
+    case FindingKind::RestoredPose: return "the pose of " + Counted(finding.count, "object");
+    case FindingKind::RestoredParents: return "the parents of " + Counted(finding.count, "object");
+    case FindingKind::RestoredPlacements: return Counted(finding.of, "placement");
+    case FindingKind::RestoredKeys:
+        return "keys of " + Counted(finding.count, "object") + " over " + Counted(finding.of, "frame");
+    case FindingKind::RestoredEdges: return "edges of " + Counted(finding.count, "mesh", "meshes");
+    case FindingKind::RestoredStrays: return Counted(finding.of, "stray vertex", "stray vertices");
+    case FindingKind::NotRestored: return NotRestoredText(finding);
     }
     return "";
+}
+
+std::string SentenceOf(const Finding &finding)
+{
+    return PlainSentence(finding) + (finding.isRestorable ? "; --restore completes them" : "");
+}
+
+std::string RestoredText(const std::vector<Finding> &restored)
+{
+    std::string text;
+    for (const Finding &finding : restored)
+        text += (text.empty() ? "restored: " : ", ") + SentenceOf(finding);
+    return text;
 }
 
 std::string WarningText(const Finding &finding)
@@ -199,6 +248,15 @@ static KindWords WordsOf(const Finding &finding)
     case FindingKind::TwinName: return {"twin-name", "two scenes with one name"};
     case FindingKind::SkippedFiles: return {"skipped-files", "files that are no scenes"};
     case FindingKind::NothingToShow: return {"nothing-to-show", "models without triangles aren't shown"};
+    case FindingKind::StandElsewhere: return {"stand-elsewhere", "objects stand elsewhere in frame 0"};
+    case FindingKind::RestoredMaterials: return {"materials", "restored materials"};
+    case FindingKind::RestoredPose: return {"pose", "restored poses"};
+    case FindingKind::RestoredParents: return {"parents", "restored parents"};
+    case FindingKind::RestoredPlacements: return {"placements", "restored placements"};
+    case FindingKind::RestoredKeys: return {"motion", "restored keys"};
+    case FindingKind::RestoredEdges: return {"edges", "restored edges"};
+    case FindingKind::RestoredStrays: return {"strays", "removed stray vertices"};
+    case FindingKind::NotRestored: return {"not-restored", "what can't be restored"};
     }
     return {"", ""};
 }

@@ -1,8 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "../base/json.h"
-#include "words.h"
+#include "restored_json.h"
 
 static Json ToJson(const Finding &finding)
 {
@@ -37,7 +36,8 @@ static Json ToJson(const SceneResult &result)
             {"written", files},
             {"kept", result.kept},
             {"warnings", warnings},
-            {"notes", notes}};
+            {"notes", notes},
+            {"restored", RestoredJson(result.restored)}};
 }
 
 static double MegabytesPerSecond(uint64_t bytes, double seconds)

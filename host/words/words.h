@@ -9,6 +9,8 @@
 // ---- sentences.cpp: all texts of findings
 
 std::string SentenceOf(const Finding &finding);
+// What --restore did with a scene, in one line without names.
+std::string RestoredText(const std::vector<Finding> &restored);
 // The same with how often it was met.
 std::string WarningText(const Finding &finding);
 // A few words for the kind, as in the last lines of a run.
@@ -37,6 +39,7 @@ struct Reporter {
     std::string lastReport = {};                      // text of the newest warning of the library,
     size_t lastKind = 0;                              // and the index of its kind
     bool linesAreLeftOut = false;
+    std::string standIn = {}; // start of the path that the library reads in place of the scene's; empty: none
 
     std::string statusLine = {}; // at the bottom of the terminal
     size_t statusWidth = 0;
@@ -56,6 +59,8 @@ void ReportUnwritten(Reporter *reporter, const std::string &name, const std::str
 void ReportFinding(Reporter *reporter, const Finding &finding);
 // Several files are numbered ones and get one line, unless verbosity is above 0.
 void ReportWritten(Reporter *reporter, const std::vector<WrittenFile> &files);
+// One line for what --restore did; notes for what had to stay as it was.
+void ReportRestored(Reporter *reporter, const std::vector<Mc3dsRestoreRecord> &records);
 void ReportKept(Reporter *reporter, const std::vector<std::string> &names);
 // Shows the kinds of the scene's warnings that weren't shown yet, or only marks them as shown.
 void ShowWarnings(Reporter *reporter);
@@ -84,11 +89,11 @@ std::string PageText(const std::vector<SceneResult> &results, double seconds,
 
 // Prints the scene as text on stdout, with colours and box-drawing characters if stdout is a terminal that
 // supports them.
-void PrintInfo(const Mc3dsFile *scene, const std::string &scenePath,
+void PrintInfo(const Mc3dsFile *scene, const SceneResult &result,
                const std::map<std::string, size_t> &reports);
 // Prints the scene as one line of JSON in UTF-8 on stdout, even a scene without objects. scene is null if it
 // could not be loaded; "loaded" is false then.
-void PrintJson(const Mc3dsFile *scene, const std::string &scenePath,
+void PrintJson(const Mc3dsFile *scene, const SceneResult &result,
                const std::map<std::string, size_t> &reports);
 
 // ---- left_behind.cpp: what --info lists as left behind
@@ -100,6 +105,7 @@ struct LeftBehind {
     std::map<std::string, size_t> chunks;             // unknown tags in hexadecimal
 };
 
-LeftBehind FindLeftBehind(const Mc3dsFile *scene);
+// isRestored: --restore was asked for.
+LeftBehind FindLeftBehind(const Mc3dsFile *scene, bool isRestored);
 
 #endif
