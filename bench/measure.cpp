@@ -2,6 +2,7 @@
 // processor time, and the growth of the process's peak memory since its start, in KiB.
 //   mc3ds_measure RUNS OUTPUT ACTION FILE [ACTION FILE]...
 // An extra first run warms up.
+// restore reads FILE, restores it, writes what comes of it to OUTPUT and loads that.
 // fread, load and base-load read FILE into memory that is fresh from the system; fwrite writes its bytes;
 // script and source write its scene; direct and bare build its model; convert and base-convert load it and
 // write a script. base- uses the plain code of baseline.h, heard- sets report callbacks, and bare makes only
@@ -19,11 +20,13 @@
 #include <vector>
 
 #include "baseline.h"
+#include "restore.h"
 
 struct Job {
     std::string action, path, bytes;
     const Mc3dsFile *scene;
     std::vector<double> times, processorTimes;
+    size_t size = 0; // of the file, if it is read as a whole
 };
 
 static std::string output;
@@ -158,13 +161,17 @@ static McClump *Output(const std::string &action, const Mc3dsFile *scene)
 static void Prepare(Job *job)
 {
     const bool plain = job->action == "fread" || job->action == "fwrite";
-    if (plain) {
+    if (plain || job->action == "restore") {
         FILE *stream = std::fopen(job->path.c_str(), "rb");
         Require(stream && fseeko(stream, 0, SEEK_END) == 0, job->path);
-        job->bytes.resize(static_cast<size_t>(ftello(stream)));
+        job->size = static_cast<size_t>(ftello(stream));
         std::fclose(stream);
+    }
+    if (plain) {
+        job->bytes.resize(job->size);
         PlainRead(job->path, job->bytes.data(), job->bytes.size());
-    } else if (!job->action.ends_with("load") && !job->action.ends_with("convert")) {
+    } else if (!job->action.ends_with("load") && !job->action.ends_with("convert") &&
+               job->action != "restore") {
         job->scene = Mc3dsLoadFile(job->path.c_str());
         Require(job->scene != nullptr, job->path);
     }
@@ -189,7 +196,17 @@ static Made Act(const Job &job)
     const Mc3dsCallback callback = job.action.starts_with("heard-") ? Ignore : nullptr;
     Mc3dsSetErrorCallback(callback);
     Mc3dsSetMessageCallback(callback);
-    if (job.action == "fread") {
+    if (job.action == "restore") {
+        std::string original(job.size, '\0');
+        PlainRead(job.path, original.data(), original.size());
+        Mc3dsRestored restored = Mc3dsRestore(original, Mc3dsRestoreAll);
+        original = {};
+        const bool isChanged = !restored.scene.empty();
+        if (isChanged)
+            PlainWrite(restored.scene);
+        restored = {};
+        made.scene = Mc3dsLoadFile(isChanged ? output.c_str() : path);
+    } else if (job.action == "fread") {
         made.memory = static_cast<char *>(std::malloc(job.bytes.size()));
         PlainRead(job.path, made.memory, job.bytes.size());
     } else if (job.action == "fwrite") {
@@ -223,7 +240,7 @@ int main(int argc, char **argv)
     output = argv[2];
     std::vector<Job> jobs;
     for (int i = 3; i < argc; i += 2)
-        Prepare(&jobs.emplace_back(Job{argv[i], argv[i + 1], "", nullptr, {}, {}}));
+        Prepare(&jobs.emplace_back(Job{argv[i], argv[i + 1], "", nullptr, {}, {}, 0}));
     for (int run = -1; run < std::atoi(argv[1]); ++run)
         for (Job &job : jobs) {
             // In a file system in memory, the new file takes the memory that the old one gives back.

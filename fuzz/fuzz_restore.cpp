@@ -13,9 +13,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const Mc3dsRestored restored = Mc3dsRestore(scene, Mc3dsRestoreAll);
     const std::string fault = CheckRestored(scene, restored);
     Require(fault.empty(), fault.c_str());
-    KindsOfLoad(scene, ""); // a map without a name takes the last one that was read, also that of another file
+    KindsOfLoad(scene,
+                ""); // a map without a name takes the last one that was read, also that of another file
     const std::set<Mc3dsReportKind> before = KindsOfLoad(scene, ""),
-                                    after = KindsOfLoad(restored.scene, restored.vue);
+                                    after = KindsOfLoad(SceneAfter(scene, restored), restored.vue);
     Require(std::includes(before.begin(), before.end(), after.begin(), after.end()),
             "restoring brings a report");
     return 0;

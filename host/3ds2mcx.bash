@@ -16,6 +16,10 @@ _3ds2mcx()
         _filedir '@(html|htm)'
         return
         ;;
+    --restored)
+        _filedir 3ds
+        return
+        ;;
     --preview-frame)
         mapfile -t COMPREPLY < <(compgen -W strip -- "$cur")
         return

@@ -34,28 +34,47 @@ static size_t ChildrenStart(uint16_t parent, uint16_t tag, std::string_view cont
     return leaf;
 }
 
-// inside: all bytes of the part after its header. missing: how much longer the part says that it is.
-static void ReadChildren(std::string_view inside, uint32_t missing, Mc3dsPart *part)
+// The size of the chunk at the start of inside as far as it is there; 0 if it is none. missing: how much more
+// its parent says that it has.
+static size_t ChunkSize(std::string_view inside, uint32_t missing)
 {
-    while (inside.size() >= headerSize) {
+    if (inside.size() < headerSize)
+        return 0;
+    const uint64_t size = Mc3dsNumberAt<uint32_t>(inside, 2);
+    return size < headerSize || size > inside.size() + uint64_t{missing}
+               ? 0
+               : static_cast<size_t>(std::min<uint64_t>(size, inside.size()));
+}
+
+static size_t CountChunks(std::string_view inside, uint32_t missing)
+{
+    size_t count = 0;
+    for (size_t size; (size = ChunkSize(inside, missing)) != 0; ++count)
+        inside.remove_prefix(size);
+    return count;
+}
+
+// inside: all bytes of the part after its own content.
+static void ReadChildren(std::string_view inside, Mc3dsPart *part)
+{
+    part->children.reserve(CountChunks(inside, part->missing));
+    for (size_t there; (there = ChunkSize(inside, part->missing)) != 0;) {
         Mc3dsPart child;
         child.tag = Mc3dsNumberAt<uint16_t>(inside, 0);
-        const uint64_t size = Mc3dsNumberAt<uint32_t>(inside, 2);
-        if (size < headerSize || size > inside.size() + uint64_t{missing})
-            break;
-        const size_t there = static_cast<size_t>(std::min<uint64_t>(size, inside.size()));
+        child.missing = static_cast<uint32_t>(Mc3dsNumberAt<uint32_t>(inside, 2) - there);
         const std::string_view content = inside.substr(headerSize, there - headerSize);
-        child.missing = static_cast<uint32_t>(size - there);
         const size_t start = ChildrenStart(part->tag, child.tag, content);
         if (start == leaf && child.missing != 0)
             break;
-        child.content = content.substr(0, start);
+        child.content = content.data();
+        child.contentSize = static_cast<uint32_t>(std::min(start, content.size()));
         if (start != leaf)
-            ReadChildren(content.substr(start), child.missing, &child);
+            ReadChildren(content.substr(start), &child);
         part->children.push_back(std::move(child));
         inside.remove_prefix(there);
     }
-    part->damaged = inside;
+    part->damaged = inside.data();
+    part->damagedSize = static_cast<uint32_t>(inside.size());
 }
 
 bool Mc3dsReadTree(std::string_view bytes, Mc3dsTree *tree)
@@ -70,14 +89,14 @@ bool Mc3dsReadTree(std::string_view bytes, Mc3dsTree *tree)
         return false;
     const size_t there = std::min<size_t>(size, bytes.size());
     root.missing = static_cast<uint32_t>(size - there);
-    ReadChildren(bytes.substr(headerSize, there - headerSize), root.missing, &root);
+    ReadChildren(bytes.substr(headerSize, there - headerSize), &root);
     tree->rest = bytes.substr(there);
     return true;
 }
 
 uint64_t Mc3dsPartSize(const Mc3dsPart &part)
 {
-    uint64_t size = headerSize + Mc3dsContent(part).size() + part.damaged.size();
+    uint64_t size = headerSize + Mc3dsContent(part).size() + part.damagedSize;
     for (const Mc3dsPart &child : part.children)
         size += Mc3dsPartSize(child);
     return size;
@@ -88,13 +107,13 @@ static void Write(const Mc3dsPart &part, std::string *bytes)
     const size_t start = bytes->size();
     Mc3dsAppendNumber(bytes, part.tag);
     Mc3dsAppendNumber(bytes, uint32_t{0});
-    bytes->append(Mc3dsContent(part));
+    bytes->append(part.content, part.contentSize);
     for (const Mc3dsPart &child : part.children)
         Write(child, bytes);
-    bytes->append(part.damaged);
-    std::string size;
-    Mc3dsAppendNumber(&size, static_cast<uint32_t>(bytes->size() - start + part.missing));
-    bytes->replace(start + 2, 4, size);
+    bytes->append(part.damaged, part.damagedSize);
+    const auto size = static_cast<uint32_t>(bytes->size() - start + part.missing);
+    for (size_t i = 0; i < 4; ++i)
+        (*bytes)[start + 2 + i] = static_cast<char>(size >> (8 * i) & 0xFF);
 }
 
 std::string Mc3dsWriteTree(const Mc3dsTree &tree)
@@ -105,17 +124,18 @@ std::string Mc3dsWriteTree(const Mc3dsTree &tree)
     return bytes.append(tree.rest);
 }
 
-void Mc3dsSetContent(Mc3dsPart *part, std::string content)
+void Mc3dsSetContent(Mc3dsTree *tree, Mc3dsPart *part, std::string content)
 {
-    part->own = std::move(content);
-    part->isOwn = true;
+    const std::string &kept = tree->strings.emplace_back(std::move(content));
+    part->content = kept.data();
+    part->contentSize = static_cast<uint32_t>(kept.size());
 }
 
-Mc3dsPart Mc3dsMakePart(uint16_t tag, std::string content)
+Mc3dsPart Mc3dsMakePart(Mc3dsTree *tree, uint16_t tag, std::string content)
 {
     Mc3dsPart part;
     part.tag = tag;
-    Mc3dsSetContent(&part, std::move(content));
+    Mc3dsSetContent(tree, &part, std::move(content));
     return part;
 }
 

@@ -2,8 +2,11 @@
 #ifndef MC3DS_RESTORE_CHUNK_TREE_H
 #define MC3DS_RESTORE_CHUNK_TREE_H
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,19 +40,20 @@ enum Mc3dsRestoreTag : uint16_t {
     Mc3dsTagNodeId = 0xB030,
 };
 
+// A chunk. Kept small: a scene of many objects has a hundred thousand of them.
 struct Mc3dsPart {
+    const char *content = nullptr; // before the children; in the bytes of the file, or in strings of the tree
+    const char *damaged = nullptr; // after the last child that can be read, in the bytes of the file
+    uint32_t contentSize = 0, damagedSize = 0;
+    uint32_t missing = 0; // how much the length in the file exceeds the bytes, as in a cut file
     uint16_t tag = 0;
-    uint32_t missing = 0;     // how much the length in the file exceeds the bytes, as in a cut file
-    std::string_view content; // before the children; in the bytes of the file, or in own
-    std::string_view damaged; // after the last child that can be read
     std::vector<Mc3dsPart> children;
-    std::string own; // new content; see Mc3dsSetContent
-    bool isOwn = false;
 };
 
 struct Mc3dsTree {
     Mc3dsPart root;
-    std::string_view rest; // what follows the main chunk
+    std::string_view rest;           // what follows the main chunk
+    std::deque<std::string> strings; // new contents
 };
 
 // False if the bytes don't begin with a main chunk or an editor section. The tree refers to the bytes.
@@ -59,11 +63,11 @@ std::string Mc3dsWriteTree(const Mc3dsTree &tree);
 
 inline std::string_view Mc3dsContent(const Mc3dsPart &part)
 {
-    return part.isOwn ? std::string_view(part.own) : part.content;
+    return {part.content, part.contentSize};
 }
 
-void Mc3dsSetContent(Mc3dsPart *part, std::string content);
-Mc3dsPart Mc3dsMakePart(uint16_t tag, std::string content);
+void Mc3dsSetContent(Mc3dsTree *tree, Mc3dsPart *part, std::string content);
+Mc3dsPart Mc3dsMakePart(Mc3dsTree *tree, uint16_t tag, std::string content);
 // The first child of that kind; null if there is none.
 Mc3dsPart *Mc3dsFindPart(Mc3dsPart *parent, uint16_t tag);
 const Mc3dsPart *Mc3dsFindPart(const Mc3dsPart *parent, uint16_t tag);
@@ -76,29 +80,26 @@ std::string_view Mc3dsTextOf(std::string_view content);
 template <class Number>
 Number Mc3dsNumberAt(std::string_view bytes, size_t at)
 {
-    uint64_t bits = 0;
-    for (size_t i = 0; i < sizeof(Number); ++i)
-        bits |= uint64_t{static_cast<unsigned char>(bytes[at + i])} << (8 * i);
-    if constexpr (sizeof(Number) == 4) {
-        const auto word = static_cast<uint32_t>(bits);
-        Number number;
-        std::memcpy(&number, &word, 4);
-        return number;
+    Number number;
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&number, bytes.data() + at, sizeof number);
     } else {
-        return static_cast<Number>(bits);
+        char turned[sizeof number];
+        for (size_t i = 0; i < sizeof number; ++i)
+            turned[i] = bytes[at + sizeof number - 1 - i];
+        std::memcpy(&number, turned, sizeof number);
     }
+    return number;
 }
 
 template <class Number>
 void Mc3dsAppendNumber(std::string *bytes, Number number)
 {
-    uint32_t bits = 0;
-    if constexpr (sizeof(Number) == 4)
-        std::memcpy(&bits, &number, 4);
-    else
-        bits = number;
-    for (size_t i = 0; i < sizeof(Number); ++i)
-        bytes->push_back(static_cast<char>(bits >> (8 * i) & 0xFF));
+    char own[sizeof number];
+    std::memcpy(own, &number, sizeof number);
+    if constexpr (std::endian::native != std::endian::little)
+        std::reverse(own, own + sizeof number);
+    bytes->append(own, sizeof number);
 }
 
 #endif

@@ -99,14 +99,14 @@ static void SplitVertices(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, 
     }
     if (!Mc3dsTakeRoom(restoring, kind, mesh.name, added * bytesOfVertex))
         return;
-    Mc3dsSetVertices(shape, {from.begin(), from.end()}, {corners.begin(), corners.end()});
+    Mc3dsSetVertices(&restoring->tree, shape, {from.begin(), from.end()}, {corners.begin(), corners.end()});
     Mc3dsRecord(restoring, kind, mesh.name, added);
 }
 
 void Mc3dsRestoreEdges(Mc3dsRestoring *restoring)
 {
-    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    const Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
     for (const Mc3dsMeshPart &mesh : keyframer.meshes)
-        if (Mc3dsShape shape = {}; Mc3dsReadShape(mesh.mesh, &shape))
+        if (Mc3dsShape shape; Mc3dsReadShape(mesh.mesh, &shape))
             SplitVertices(restoring, mesh, shape);
 }

@@ -13,6 +13,7 @@ static bool IsDummy(std::string_view name)
 
 static void AddMeshes(Mc3dsPart *editor, Mc3dsKeyframer *keyframer)
 {
+    keyframer->meshes.reserve(keyframer->meshes.size() + editor->children.size());
     for (Mc3dsPart &object : editor->children) {
         Mc3dsPart *mesh = object.tag == Mc3dsTagObject ? Mc3dsFindPart(&object, Mc3dsTagMesh) : nullptr;
         if (mesh && !Mc3dsFindPart(&object, Mc3dsTagHidden))
@@ -117,20 +118,23 @@ static void FindParents(Mc3dsKeyframer *keyframer)
 static void SortNodes(Mc3dsKeyframer *keyframer)
 {
     std::vector<Mc3dsNode> &nodes = keyframer->nodes;
-    std::vector<std::vector<size_t>> children(nodes.size());
-    for (size_t i = 0; i < nodes.size(); ++i)
-        if (nodes[i].parent != Mc3dsNothing)
-            children[nodes[i].parent].push_back(i);
-        else
-            keyframer->parentsFirst.push_back(i);
-    for (size_t done = 0; done < keyframer->parentsFirst.size(); ++done)
-        for (const size_t child : children[keyframer->parentsFirst[done]])
-            keyframer->parentsFirst.push_back(child);
-    std::vector<bool> isThere(nodes.size());
-    for (const size_t node : keyframer->parentsFirst)
-        isThere[node] = true;
-    for (size_t i = 0; i < nodes.size(); ++i)
-        nodes[i].isLost = !isThere[i];
+    std::vector<size_t> &order = keyframer->parentsFirst;
+    std::vector<size_t> firstChild(nodes.size(), Mc3dsNothing), nextSibling(nodes.size(), Mc3dsNothing);
+    for (size_t i = nodes.size(); i-- > 0;)
+        if (const size_t parent = nodes[i].parent; parent != Mc3dsNothing) {
+            nextSibling[i] = firstChild[parent];
+            firstChild[parent] = i;
+        }
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        nodes[i].isLost = nodes[i].parent != Mc3dsNothing;
+        if (!nodes[i].isLost)
+            order.push_back(i);
+    }
+    for (size_t done = 0; done < order.size(); ++done)
+        for (size_t child = firstChild[order[done]]; child != Mc3dsNothing; child = nextSibling[child]) {
+            nodes[child].isLost = false;
+            order.push_back(child);
+        }
 }
 
 Mc3dsKeyframer Mc3dsReadKeyframer(Mc3dsTree *tree)
@@ -144,6 +148,7 @@ Mc3dsKeyframer Mc3dsReadKeyframer(Mc3dsTree *tree)
             keyframer.editors.push_back(&section);
         if (section.tag != Mc3dsTagKeyframer)
             continue;
+        keyframer.nodes.reserve(keyframer.nodes.size() + section.children.size());
         for (Mc3dsPart &child : section.children) {
             if (child.tag >= Mc3dsTagAmbientNode && child.tag <= Mc3dsTagSpotNode)
                 AddNode(&child, &number, &keyframer);

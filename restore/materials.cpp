@@ -88,18 +88,24 @@ static bool IsGoodColour(const Mc3dsPart &field)
            IsFraction(colour[2]);
 }
 
-// The colour that a field means, and otherwise where it means none.
+// The colour that a field means, as a chunk that readers take; otherwise where it means none. Linear colours
+// only count where there is no other.
 static std::string ColourOf(const Mc3dsPart *field, const std::string &otherwise)
 {
-    double colour[3] = {};
     const auto inner = field ? InnerOf(Mc3dsContent(*field)) : std::vector<Inner>();
-    const auto isColour = [&colour](const Inner &chunk) { return ReadColour(chunk, colour); };
-    const auto isOnScreen = [&colour](const Inner &chunk) {
-        return chunk.tag <= byteColourTag && ReadColour(chunk, colour);
+    double colour[3] = {};
+    const auto find = [&](uint16_t tagMost) {
+        return std::find_if(inner.begin(), inner.end(), [&](const Inner &chunk) {
+            return chunk.tag <= tagMost && ReadColour(chunk, colour);
+        });
     };
-    if (std::none_of(inner.begin(), inner.end(), isOnScreen) &&
-        std::none_of(inner.begin(), inner.end(), isColour))
+    auto found = find(byteColourTag);
+    if (found == inner.end())
+        found = find(linearFloatColourTag);
+    if (found == inner.end())
         return otherwise;
+    if (found->tag == byteColourTag || found->tag == linearByteColourTag)
+        return Packed(byteColourTag, std::string(found->content.substr(0, 3)));
     std::string floats;
     for (const double value : colour)
         Mc3dsAppendNumber(&floats, static_cast<float>(Clamped(value, 0.0)));
@@ -121,17 +127,17 @@ static bool ReadPercentage(const Mc3dsPart &field, double *value)
     return true;
 }
 
-static void SetField(Mc3dsPart *material, uint16_t tag, const std::string &content)
+static void SetField(Mc3dsTree *tree, Mc3dsPart *material, uint16_t tag, const std::string &content)
 {
     // Later fields of a kind replace earlier ones in readers, so all have to say the same.
     bool isThere = false;
     for (Mc3dsPart &child : material->children)
         if (child.tag == tag) {
-            Mc3dsSetContent(&child, content);
+            Mc3dsSetContent(tree, &child, content);
             isThere = true;
         }
     if (!isThere)
-        material->children.push_back(Mc3dsMakePart(tag, content));
+        material->children.push_back(Mc3dsMakePart(tree, tag, content));
 }
 
 static const Mc3dsPart *LastField(const Mc3dsPart &material, uint16_t tag)
@@ -142,7 +148,7 @@ static const Mc3dsPart *LastField(const Mc3dsPart &material, uint16_t tag)
     return last;
 }
 
-static uint32_t CompleteColours(Mc3dsPart *material)
+static uint32_t CompleteColours(Mc3dsTree *tree, Mc3dsPart *material)
 {
     const std::string black = Packed(byteColourTag, std::string(3, '\0')),
                       grey = Packed(byteColourTag, std::string(3, '\x96'));
@@ -154,14 +160,14 @@ static uint32_t CompleteColours(Mc3dsPart *material)
         const Mc3dsPart *field = LastField(*material, tag);
         if (field && IsGoodColour(*field))
             continue;
-        SetField(material, tag, ColourOf(field, otherwise));
+        SetField(tree, material, tag, ColourOf(field, otherwise));
         ++count;
     }
     return count;
 }
 
 // A float above 1 is taken for a percentage of 100.
-static uint32_t CompletePercentages(Mc3dsPart *material)
+static uint32_t CompletePercentages(Mc3dsTree *tree, Mc3dsPart *material)
 {
     uint32_t count = 0;
     for (const uint16_t tag : {shininessTag, transparencyTag}) {
@@ -174,13 +180,13 @@ static uint32_t CompletePercentages(Mc3dsPart *material)
         std::string number;
         Mc3dsAppendNumber(&number, static_cast<uint16_t>(std::lround(
                                        100 * Clamped(isFloat && value > 1 ? value / 100 : value, 0.0))));
-        SetField(material, tag, Packed(shortPercentTag, number));
+        SetField(tree, material, tag, Packed(shortPercentTag, number));
         ++count;
     }
     return count;
 }
 
-static uint32_t CompleteShading(Mc3dsPart *material)
+static uint32_t CompleteShading(Mc3dsTree *tree, Mc3dsPart *material)
 {
     const Mc3dsPart *field = LastField(*material, shadingTag);
     if (field && Mc3dsContent(*field).size() >= 2 &&
@@ -188,13 +194,13 @@ static uint32_t CompleteShading(Mc3dsPart *material)
         return 0;
     std::string number;
     Mc3dsAppendNumber(&number, gouraud);
-    SetField(material, shadingTag, number);
+    SetField(tree, material, shadingTag, number);
     return 1;
 }
 
 // A map begins with its strength. Readers that rely on it take the name for the strength where that is
 // missing.
-static uint32_t CompleteMaps(Mc3dsPart *material)
+static uint32_t CompleteMaps(Mc3dsTree *tree, Mc3dsPart *material)
 {
     uint32_t count = 0;
     std::string full;
@@ -206,14 +212,14 @@ static uint32_t CompleteMaps(Mc3dsPart *material)
         if (inner.empty() || inner.front().tag != mapNameTag ||
             Mc3dsTextOf(inner.front().content).size() > mapNameMost)
             continue;
-        Mc3dsSetContent(&child, Packed(shortPercentTag, full) + std::string(Mc3dsContent(child)));
+        Mc3dsSetContent(tree, &child, Packed(shortPercentTag, full) + std::string(Mc3dsContent(child)));
         ++count;
     }
     return count;
 }
 
-// Readers that find no chunk in a map take the one after it.
-static bool IsWholeMap(std::string_view content)
+// Readers that find no whole chunk in a field take the one after it, or stop.
+static bool IsWholeField(std::string_view content)
 {
     size_t size = 0;
     for (const Inner &chunk : InnerOf(content)) {
@@ -224,11 +230,13 @@ static bool IsWholeMap(std::string_view content)
     return size != 0 && size == content.size();
 }
 
-static bool HasWholeMaps(const Mc3dsPart &material)
+static bool HasWholeFields(const Mc3dsPart &material)
 {
+    constexpr uint16_t tags[] = {ambientTag,      diffuseTag, specularTag, shininessTag,
+                                 transparencyTag, mapTags[0], mapTags[1],  mapTags[2]};
     for (const Mc3dsPart &child : material.children)
-        if (std::find(std::begin(mapTags), std::end(mapTags), child.tag) != std::end(mapTags) &&
-            !IsWholeMap(Mc3dsContent(child)))
+        if (std::find(std::begin(tags), std::end(tags), child.tag) != std::end(tags) &&
+            !IsWholeField(Mc3dsContent(child)))
             return false;
     return true;
 }
@@ -243,11 +251,12 @@ static void Complete(Mc3dsRestoring *restoring, Mc3dsPart *material)
 {
     constexpr uint64_t roomForAll = 200;
     const std::string name(NameOf(*material));
-    if (name.empty() || !material->damaged.empty() || !HasWholeMaps(*material) ||
+    if (name.empty() || material->damagedSize != 0 || !HasWholeFields(*material) ||
         restoring->room < roomForAll)
         return; // faces can't name it; or leave it to the readers
-    const uint32_t count = CompleteColours(material) + CompletePercentages(material) +
-                           CompleteShading(material) + CompleteMaps(material);
+    const uint32_t count =
+        CompleteColours(&restoring->tree, material) + CompletePercentages(&restoring->tree, material) +
+        CompleteShading(&restoring->tree, material) + CompleteMaps(&restoring->tree, material);
     if (count != 0 && Mc3dsTakeRoom(restoring, Mc3dsRestoreKind::Materials, name, roomForAll))
         Mc3dsRecord(restoring, Mc3dsRestoreKind::Materials, name, count);
 }
@@ -304,12 +313,13 @@ static void MoveAhead(Mc3dsRestoring *restoring, Mc3dsPart *editor)
     others.insert(others.begin() + static_cast<std::ptrdiff_t>(first), std::make_move_iterator(ahead.begin()),
                   std::make_move_iterator(ahead.end()));
     editor->children = std::move(others);
+    restoring->keyframer.reset();
 }
 
 void Mc3dsRestoreMaterials(Mc3dsRestoring *restoring)
 {
-    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
-    for (Mc3dsPart *editor : keyframer.editors) {
+    const std::vector<Mc3dsPart *> editors = Mc3dsCurrentKeyframer(restoring).editors;
+    for (Mc3dsPart *editor : editors) {
         for (Mc3dsPart &part : editor->children)
             if (part.tag == Mc3dsTagMaterial)
                 Complete(restoring, &part);

@@ -5,14 +5,14 @@ bool Mc3dsCanMove(const Mc3dsPart &mesh)
 {
     const Mc3dsPart *points = Mc3dsFindPart(&mesh, Mc3dsTagPoints);
     if (!points || Mc3dsCountParts(mesh, Mc3dsTagPoints) != 1 || Mc3dsCountParts(mesh, Mc3dsTagMatrix) > 1 ||
-        !mesh.damaged.empty())
+        mesh.damagedSize != 0)
         return false;
     const std::string_view content = Mc3dsContent(*points);
     return content.size() == 2 + size_t{12} * Mc3dsNumberAt<uint16_t>(content, 0);
 }
 
 // first, count: the values of each key that change their sign.
-static void Negate(Mc3dsPart *node, uint16_t tag, size_t first, size_t count)
+static void Negate(Mc3dsTree *tree, Mc3dsPart *node, uint16_t tag, size_t first, size_t count)
 {
     for (Mc3dsPart &part : node->children)
         if (part.tag == tag) {
@@ -21,17 +21,17 @@ static void Negate(Mc3dsPart *node, uint16_t tag, size_t first, size_t count)
                 for (size_t i = first; i < first + count; ++i)
                     values[i] = -values[i];
             });
-            Mc3dsSetContent(&part, std::move(bytes));
+            Mc3dsSetContent(tree, &part, std::move(bytes));
         }
 }
 
-static void NegatePivot(Mc3dsPart *node)
+static void NegatePivot(Mc3dsTree *tree, Mc3dsPart *node)
 {
     for (Mc3dsPart &part : node->children)
         if (part.tag == Mc3dsTagPivot) {
             std::string bytes;
             Mc3dsAppendNumber(&bytes, -Mc3dsNumberAt<float>(Mc3dsContent(part), 0));
-            Mc3dsSetContent(&part, bytes + std::string(Mc3dsContent(part).substr(4)));
+            Mc3dsSetContent(tree, &part, bytes + std::string(Mc3dsContent(part).substr(4)));
         }
 }
 
@@ -50,7 +50,7 @@ static bool CanTurn(const Mc3dsKeyframer &keyframer, const Mc3dsNode &node)
 
 std::vector<bool> Mc3dsTurnMirroredNodes(Mc3dsRestoring *restoring)
 {
-    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    const Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
     const std::vector<Mc3dsMatrix> placements = Mc3dsPlacementsAt(keyframer, 0);
     std::vector<bool> turns(keyframer.nodes.size()), none(keyframer.nodes.size());
     const auto inherits = [&](const Mc3dsNode &node) {
@@ -76,13 +76,15 @@ std::vector<bool> Mc3dsTurnMirroredNodes(Mc3dsRestoring *restoring)
         if (stays(node))
             continue;
         if (inherits(node)) { // the same turn, seen in the mirror
-            Negate(node.part, Mc3dsTagPositions, 0, 1);
-            Negate(node.part, Mc3dsTagRotations, 2, 2);
+            Negate(&restoring->tree, node.part, Mc3dsTagPositions, 0, 1);
+            Negate(&restoring->tree, node.part, Mc3dsTagRotations, 2, 2);
         }
         if (turns[i] != inherits(node))
-            Negate(node.part, Mc3dsTagScales, 0, 1);
+            Negate(&restoring->tree, node.part, Mc3dsTagScales, 0, 1);
         if (turns[i])
-            NegatePivot(node.part);
+            NegatePivot(&restoring->tree, node.part);
     }
+    restoring->keyframer.reset();
+    restoring->isChanged = true;
     return turns;
 }

@@ -84,7 +84,10 @@ static std::vector<Actor> FindActors(const Mc3dsKeyframer &keyframer, std::vecto
 std::string Mc3dsRestoreMotion(Mc3dsRestoring *restoring)
 {
     constexpr uint64_t lineLeast = 30;
-    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
+    for (Mc3dsNode &node : keyframer.nodes)
+        for (Mc3dsTrack *track : {&node.positions, &node.turns, &node.scales})
+            Mc3dsBendTrack(track);
     std::vector<bool> moving;
     const std::vector<Actor> actors = FindActors(keyframer, &moving);
     std::string text;

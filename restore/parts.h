@@ -2,6 +2,7 @@
 #ifndef MC3DS_RESTORE_PARTS_H
 #define MC3DS_RESTORE_PARTS_H
 
+#include <optional>
 #include <unordered_set>
 
 #include "keyframer.h"
@@ -9,7 +10,9 @@
 
 struct Mc3dsRestoring {
     Mc3dsTree tree;
-    uint64_t room = 0; // bytes that may still be added
+    std::optional<Mc3dsKeyframer> keyframer; // of the tree; reset when parts move or keys change
+    bool isChanged = false;                  // anything of the scene itself
+    uint64_t room = 0;                       // bytes that may still be added
     std::vector<Mc3dsRestoreRecord> records;
     // Objects of a mesh that several nodes placed: they take the poses of their nodes, whatever kinds are
     // asked for.
@@ -33,9 +36,18 @@ void Mc3dsRestoreStrays(Mc3dsRestoring *restoring);
 void Mc3dsRestoreEdges(Mc3dsRestoring *restoring);
 std::string Mc3dsRestoreMotion(Mc3dsRestoring *restoring);
 
+inline Mc3dsKeyframer &Mc3dsCurrentKeyframer(Mc3dsRestoring *restoring)
+{
+    if (!restoring->keyframer)
+        restoring->keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    return *restoring->keyframer;
+}
+
 inline void Mc3dsRecord(Mc3dsRestoring *restoring, Mc3dsRestoreKind kind, std::string_view name,
                         uint64_t count, Mc3dsRestoreLimit limit = Mc3dsRestoreLimit::None)
 {
+    restoring->isChanged =
+        restoring->isChanged || (limit == Mc3dsRestoreLimit::None && kind != Mc3dsRestoreKind::Motion);
     restoring->records.push_back(
         {kind, limit, static_cast<uint32_t>(count < UINT32_MAX ? count : UINT32_MAX), std::string(name)});
 }

@@ -15,16 +15,16 @@ static std::string FreshName(const std::string &mesh, std::string_view instance,
     return name;
 }
 
-static void Rename(Mc3dsPart *part, const std::string &name)
+static void Rename(Mc3dsTree *tree, Mc3dsPart *part, const std::string &name)
 {
     const std::string_view content = Mc3dsContent(*part);
     const size_t length = Mc3dsTextOf(content).size();
-    Mc3dsSetContent(part, name + std::string(content.substr(length)));
+    Mc3dsSetContent(tree, part, name + std::string(content.substr(length)));
 }
 
-static void RenameNode(Mc3dsPart *node, const std::string &name)
+static void RenameNode(Mc3dsTree *tree, Mc3dsPart *node, const std::string &name)
 {
-    Rename(Mc3dsFindPart(node, Mc3dsTagNodeHeader), name);
+    Rename(tree, Mc3dsFindPart(node, Mc3dsTagNodeHeader), name);
     // With an instance name, readers would look for the mesh of the old one.
     std::erase_if(node->children, [](const Mc3dsPart &child) { return child.tag == Mc3dsTagInstanceName; });
 }
@@ -48,8 +48,8 @@ static std::vector<Mc3dsPart> CopyMesh(Mc3dsRestoring *restoring, const Mc3dsMes
             name, instance ? Mc3dsTextOf(Mc3dsContent(*instance)) : std::string_view(), names, &number);
         restoring->copies.insert(fresh);
         copies.push_back(*mesh.object);
-        Rename(&copies.back(), fresh);
-        RenameNode(nodes[i]->part, fresh);
+        Rename(&restoring->tree, &copies.back(), fresh);
+        RenameNode(&restoring->tree, nodes[i]->part, fresh);
     }
     Mc3dsRecord(restoring, Mc3dsRestoreKind::Placements, name, added);
     return copies;
@@ -57,7 +57,7 @@ static std::vector<Mc3dsPart> CopyMesh(Mc3dsRestoring *restoring, const Mc3dsMes
 
 void Mc3dsRestorePlacements(Mc3dsRestoring *restoring)
 {
-    Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
     std::unordered_set<std::string> names;
     for (const Mc3dsMeshPart &mesh : keyframer.meshes)
         names.emplace(mesh.name);
@@ -88,4 +88,6 @@ void Mc3dsRestorePlacements(Mc3dsRestoring *restoring)
         if (isChanged)
             editor->children = std::move(children);
     }
+    if (!restoring->copies.empty())
+        restoring->keyframer.reset();
 }

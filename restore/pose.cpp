@@ -1,5 +1,6 @@
 // Meshes stand as in frame 0 of the keyframer, and nodes hang on objects.
 #include <algorithm>
+#include <cmath>
 
 #include "parts.h"
 #include "vertices.h"
@@ -40,49 +41,75 @@ static double Largest(const Mc3dsPoint &point)
 static std::string MovedPoints(std::string_view points, const Mc3dsMatrix &way)
 {
     std::string moved(points.substr(0, 2));
+    moved.reserve(points.size());
     for (size_t i = 0; i < (points.size() - 2) / 12; ++i)
         for (const double number : Mc3dsMove(PointAt(points, i), way))
             Mc3dsAppendNumber(&moved, static_cast<float>(number));
     return moved;
 }
 
-// Whether the vertices that faces use move by more than the rounding of stored numbers. least: the size of
-// numbers that the way works with.
-static bool Moves(Mc3dsPart *mesh, std::string_view points, const Mc3dsMatrix &way, double least)
+// Which vertices count for the pose of a mesh: those that faces use; empty if all count.
+static std::vector<bool> VerticesOfFaces(Mc3dsPart *mesh)
+{
+    Mc3dsShape shape;
+    if (!Mc3dsReadShape(mesh, &shape) || shape.faceCount == 0)
+        return {};
+    return Mc3dsUsedVertices(shape);
+}
+
+struct Box {
+    Mc3dsPoint least = {INFINITY, INFINITY, INFINITY}, most = {-INFINITY, -INFINITY, -INFINITY};
+};
+
+static Box BoxOf(const std::vector<bool> &counts, std::string_view points)
+{
+    Box box;
+    for (size_t i = 0; i < (points.size() - 2) / 12; ++i) {
+        if (!counts.empty() && !counts[i])
+            continue;
+        const Mc3dsPoint point = PointAt(points, i);
+        for (size_t c = 0; c < 3; ++c) {
+            box.least[c] = std::min(box.least[c], point[c]);
+            box.most[c] = std::max(box.most[c], point[c]);
+        }
+    }
+    return box;
+}
+
+// Whether anything in a box moves by more than the rounding of stored numbers. Nothing moves further than the
+// corners. least: the size of numbers that the way works with.
+static bool Moves(const Box &box, const Mc3dsMatrix &way, double least)
 {
     constexpr double rounding = 2e-5; // of keys and matrices, relative to the largest number
-    Mc3dsShape shape;
-    const std::vector<bool> isUsed =
-        Mc3dsReadShape(mesh, &shape) ? Mc3dsUsedVertices(shape) : std::vector<bool>();
-    const bool hasFaces = std::find(isUsed.begin(), isUsed.end(), true) != isUsed.end();
     double furthest = 0, largest = least;
-    for (size_t i = 0; i < (points.size() - 2) / 12; ++i) {
-        if (hasFaces && !isUsed[i])
-            continue;
-        const Mc3dsPoint before = PointAt(points, i), after = Mc3dsMove(before, way);
+    for (size_t corner = 0; corner < 8 && box.least[0] <= box.most[0]; ++corner) {
+        Mc3dsPoint before;
+        for (size_t c = 0; c < 3; ++c)
+            before[c] = corner & (size_t{1} << c) ? box.most[c] : box.least[c];
+        const Mc3dsPoint after = Mc3dsMove(before, way);
         for (size_t c = 0; c < 3; ++c)
             furthest = std::max(furthest, std::abs(after[c] - before[c]));
         largest = std::max({largest, Largest(before), Largest(after)});
     }
-    return furthest > rounding * largest;
+    return !(furthest <= rounding * largest);
 }
 
-static void SetMatrix(Mc3dsPart *mesh, const Mc3dsMatrix &matrix)
+static void SetMatrix(Mc3dsTree *tree, Mc3dsPart *mesh, const Mc3dsMatrix &matrix)
 {
     if (Mc3dsPart *part = Mc3dsFindPart(mesh, Mc3dsTagMatrix))
-        Mc3dsSetContent(part, PackedMatrix(matrix));
+        Mc3dsSetContent(tree, part, PackedMatrix(matrix));
     else
-        mesh->children.push_back(Mc3dsMakePart(Mc3dsTagMatrix, PackedMatrix(matrix)));
+        mesh->children.push_back(Mc3dsMakePart(tree, Mc3dsTagMatrix, PackedMatrix(matrix)));
 }
 
 // Whether a mesh with these vertices and this matrix stands where its node puts it.
-static bool Stands(Mc3dsPart *mesh, std::string_view points, const Mc3dsMatrix &matrix, const Mc3dsNode &node,
-                   const Mc3dsMatrix &placement)
+static bool Stands(const std::vector<bool> &counts, std::string_view points, const Mc3dsMatrix &matrix,
+                   const Mc3dsNode &node, const Mc3dsMatrix &placement)
 {
     Mc3dsMatrix back;
     const Mc3dsMatrix posed = Mc3dsProduct(Mc3dsToNode(node, Mc3dsDeterminant(matrix) < 0), placement);
     const double least = std::max(Largest(matrix.rows[3]), Largest(placement.rows[3]));
-    return Mc3dsInverse(matrix, &back) && !Moves(mesh, points, Mc3dsProduct(back, posed), least);
+    return Mc3dsInverse(matrix, &back) && !Moves(BoxOf(counts, points), Mc3dsProduct(back, posed), least);
 }
 
 // isTurnedOver: the node's placement was turned over, and the mesh's own space has to be as well.
@@ -93,7 +120,8 @@ static void PoseMesh(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, const
         return;
     const Mc3dsMatrix stored = Mc3dsMeshMatrix(*mesh.mesh);
     Mc3dsPart *points = Mc3dsFindPart(mesh.mesh, Mc3dsTagPoints);
-    if (!isTurnedOver && Stands(mesh.mesh, Mc3dsContent(*points), stored, node, placement))
+    const std::vector<bool> counts = VerticesOfFaces(mesh.mesh);
+    if (!isTurnedOver && Stands(counts, Mc3dsContent(*points), stored, node, placement))
         return;
     const bool mirrors = (Mc3dsDeterminant(stored) < 0) != isTurnedOver;
     const Mc3dsMatrix posed = Rounded(Mc3dsProduct(Mc3dsToNode(node, mirrors), placement));
@@ -101,14 +129,14 @@ static void PoseMesh(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, const
     std::string moved;
     if (Mc3dsInverse(stored, &back))
         moved = MovedPoints(Mc3dsContent(*points), Mc3dsProduct(back, posed));
-    if (moved.empty() || !Stands(mesh.mesh, moved, posed, node, placement)) {
+    if (moved.empty() || !Stands(counts, moved, posed, node, placement)) {
         Mc3dsRecord(restoring, kind, mesh.name, 0, Mc3dsRestoreLimit::NoInverse);
         return;
     }
     if (!Mc3dsTakeRoom(restoring, kind, mesh.name, 60))
         return;
-    Mc3dsSetContent(points, std::move(moved));
-    SetMatrix(mesh.mesh, posed);
+    Mc3dsSetContent(&restoring->tree, points, std::move(moved));
+    SetMatrix(&restoring->tree, mesh.mesh, posed);
     Mc3dsRecord(restoring, kind, mesh.name, 1);
 }
 
@@ -120,12 +148,12 @@ static bool HasObject(const Mc3dsNode &node)
 }
 
 // Adds a place to all positions of a node.
-static void ShiftKeys(Mc3dsPart *node, const Mc3dsPoint &by)
+static void ShiftKeys(Mc3dsTree *tree, Mc3dsPart *node, const Mc3dsPoint &by)
 {
     Mc3dsPart *track = Mc3dsFindPart(node, Mc3dsTagPositions);
     if (!track || Mc3dsNumberAt<uint32_t>(Mc3dsContent(*track), 10) == 0) {
         std::erase_if(node->children, [](const Mc3dsPart &part) { return part.tag == Mc3dsTagPositions; });
-        node->children.push_back(Mc3dsMakePart(Mc3dsTagPositions, Mc3dsOneKey({0, 0, 0})));
+        node->children.push_back(Mc3dsMakePart(tree, Mc3dsTagPositions, Mc3dsOneKey({0, 0, 0})));
         track = &node->children.back();
     }
     std::string bytes(Mc3dsContent(*track));
@@ -133,7 +161,7 @@ static void ShiftKeys(Mc3dsPart *node, const Mc3dsPoint &by)
         for (size_t c = 0; c < 3; ++c)
             place[c] = static_cast<float>(static_cast<double>(place[c]) + by[c]);
     });
-    Mc3dsSetContent(track, std::move(bytes));
+    Mc3dsSetContent(tree, track, std::move(bytes));
 }
 
 // The nearest object above a node. Lights and cameras between give it their place, as they only have one.
@@ -155,7 +183,8 @@ static size_t ObjectAbove(const Mc3dsKeyframer &keyframer, const Mc3dsNode &node
 // A node without an object, such as that of a hidden mesh, holds others in place: readers know it as a dummy.
 static void MakeDummies(Mc3dsRestoring *restoring)
 {
-    Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    const Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
+    bool isAny = false;
     std::vector<bool> holds(keyframer.nodes.size());
     for (auto i = keyframer.parentsFirst.rbegin(); i != keyframer.parentsFirst.rend(); ++i) {
         const Mc3dsNode &node = keyframer.nodes[*i];
@@ -169,9 +198,13 @@ static void MakeDummies(Mc3dsRestoring *restoring)
             continue;
         const std::string &name = node.name;
         const std::string_view content = Mc3dsContent(*header);
-        Mc3dsSetContent(header, "$$$DUMMY" + std::string(content.substr(Mc3dsTextOf(content).size())));
+        Mc3dsSetContent(&restoring->tree, header,
+                        "$$$DUMMY" + std::string(content.substr(Mc3dsTextOf(content).size())));
         Mc3dsRecord(restoring, kind, name, 0);
+        isAny = true;
     }
+    if (isAny)
+        restoring->keyframer.reset();
 }
 
 // Readers that number nodes by their order see the wanted parent.
@@ -188,7 +221,7 @@ static uint16_t NumberOf(const Mc3dsKeyframer &keyframer, size_t node)
     return static_cast<uint16_t>(number == UINT32_MAX ? keyframer.nodes.size() : number);
 }
 
-static void SetNumbers(const Mc3dsKeyframer &keyframer, const std::vector<size_t> &parents)
+static void SetNumbers(Mc3dsTree *tree, const Mc3dsKeyframer &keyframer, const std::vector<size_t> &parents)
 {
     for (size_t i = 0; i < keyframer.nodes.size(); ++i) {
         const Mc3dsNode &node = keyframer.nodes[i];
@@ -199,13 +232,13 @@ static void SetNumbers(const Mc3dsKeyframer &keyframer, const std::vector<size_t
             Mc3dsAppendNumber(&parent,
                               parents[i] == Mc3dsNothing ? Mc3dsNoParent : NumberOf(keyframer, parents[i]));
             bytes.replace(Mc3dsTextOf(bytes).size() + 5, 2, parent);
-            Mc3dsSetContent(header, std::move(bytes));
+            Mc3dsSetContent(tree, header, std::move(bytes));
         }
         if (!keyframer.hasIds && !keyframer.hasAmbient)
             continue;
         Mc3dsAppendNumber(&id, NumberOf(keyframer, i));
         std::erase_if(node.part->children, [](const Mc3dsPart &part) { return part.tag == Mc3dsTagNodeId; });
-        node.part->children.insert(node.part->children.begin(), Mc3dsMakePart(Mc3dsTagNodeId, id));
+        node.part->children.insert(node.part->children.begin(), Mc3dsMakePart(tree, Mc3dsTagNodeId, id));
     }
 }
 
@@ -214,7 +247,7 @@ static void RestoreParents(Mc3dsRestoring *restoring)
 {
     constexpr uint64_t roomForNode = 64;
     MakeDummies(restoring);
-    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    const Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
     std::vector<size_t> parents(keyframer.nodes.size(), Mc3dsNothing);
     std::vector<size_t> wrong;
     std::vector<Mc3dsPoint> shifts(keyframer.nodes.size());
@@ -233,10 +266,11 @@ static void RestoreParents(Mc3dsRestoring *restoring)
         return;
     for (size_t i = 0; i < keyframer.nodes.size(); ++i)
         if (shifts[i] != Mc3dsPoint{} && Mc3dsHasTracks(keyframer.nodes[i])) // without keys a mesh stays
-            ShiftKeys(keyframer.nodes[i].part, shifts[i]);
-    SetNumbers(keyframer, parents);
+            ShiftKeys(&restoring->tree, keyframer.nodes[i].part, shifts[i]);
+    SetNumbers(&restoring->tree, keyframer, parents);
     for (const size_t i : wrong)
         Mc3dsRecord(restoring, kind, keyframer.nodes[i].name, 0);
+    restoring->keyframer.reset();
 }
 
 void Mc3dsRestorePose(Mc3dsRestoring *restoring, bool onlyCopies)
@@ -244,7 +278,7 @@ void Mc3dsRestorePose(Mc3dsRestoring *restoring, bool onlyCopies)
     if (!onlyCopies)
         RestoreParents(restoring);
     const std::vector<bool> isTurnedOver = Mc3dsTurnMirroredNodes(restoring);
-    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&restoring->tree);
+    const Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
     const std::vector<Mc3dsMatrix> placements = Mc3dsPlacementsAt(keyframer, 0);
     for (const Mc3dsMeshPart &mesh : keyframer.meshes) {
         if (mesh.node == Mc3dsNothing ||

@@ -10,7 +10,6 @@ Mc3dsRestored Mc3dsRestore(std::string_view scene, uint32_t kinds)
     Mc3dsRestoring restoring;
     const bool isScene = Mc3dsReadTree(scene, &restoring.tree);
     if (!isScene || !Mc3dsIsSound(restoring.tree.root)) {
-        restored.scene = scene;
         if (isScene && kinds != 0)
             restored.records.push_back({Mc3dsRestoreKind::Materials, Mc3dsRestoreLimit::Damaged, 0, ""});
         return restored;
@@ -29,7 +28,8 @@ Mc3dsRestored Mc3dsRestore(std::string_view scene, uint32_t kinds)
         Mc3dsRestoreStrays(&restoring);
     if (has(Mc3dsRestoreKind::Edges))
         Mc3dsRestoreEdges(&restoring);
-    restored.scene = Mc3dsWriteTree(restoring.tree);
+    if (restoring.isChanged)
+        restored.scene = Mc3dsWriteTree(restoring.tree);
     restored.records = std::move(restoring.records);
     return restored;
 }

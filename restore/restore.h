@@ -46,7 +46,7 @@ struct Mc3dsRestoreRecord {
 };
 
 struct Mc3dsRestored {
-    std::string scene; // a .3DS file; the bytes of the original if nothing was restored
+    std::string scene; // a .3DS file; empty if nothing of the original changes
     std::string vue;   // text of a .vue file; empty if nothing moves
     std::vector<Mc3dsRestoreRecord> records;
 };

@@ -59,52 +59,56 @@ struct Weights {
 
 static Weights WeightsOf(const Mc3dsKey &key, double before, double after)
 {
-    const double half = 0.5 * (before + after), even = std::abs(key.continuity);
+    const double half = 0.5 * (before + after), even = std::abs(static_cast<double>(key.continuity));
     const auto corrected = [even, half](double distance) {
         const double share = half > 0 ? distance / half : 1.0;
         return share + even - even * share;
     };
-    const double tension = 0.5 * (1 - key.tension), less = 1 - key.continuity, more = 1 + key.continuity;
-    const double early = 1 + key.bias, late = 1 - key.bias;
+    const double continuity = static_cast<double>(key.continuity), bias = static_cast<double>(key.bias);
+    const double tension = 0.5 * (1 - static_cast<double>(key.tension)), less = 1 - continuity,
+                 more = 1 + continuity, early = 1 + bias, late = 1 - bias;
     return {tension * less * early * corrected(before), tension * more * late * corrected(before),
             tension * more * early * corrected(after), tension * less * late * corrected(after)};
 }
 
 // At an open end the tangent is the way to the only neighbour.
-static void BendTowards(Mc3dsKey *key, const Mc3dsKey *before, const Mc3dsKey *after, double framesBefore,
-                        double framesAfter)
+static Mc3dsBend BendOf(const Mc3dsKey &key, const Mc3dsKey *before, const Mc3dsKey *after,
+                        double framesBefore, double framesAfter)
 {
-    const Weights weights =
-        before && after ? WeightsOf(*key, framesBefore, framesAfter) : Weights{1, 1, 1, 1};
+    const Weights weights = before && after ? WeightsOf(key, framesBefore, framesAfter) : Weights{1, 1, 1, 1};
+    Mc3dsBend bend;
     Mc3dsPoint turnIn = {}, turnOut = {};
-    const Mc3dsPoint from = before ? LogarithmBetween(before->turned, key->turned) : Mc3dsPoint{};
-    const Mc3dsPoint to = after ? LogarithmBetween(key->turned, after->turned) : Mc3dsPoint{};
+    const Mc3dsPoint from = before ? LogarithmBetween(before->turned, key.turned) : Mc3dsPoint{};
+    const Mc3dsPoint to = after ? LogarithmBetween(key.turned, after->turned) : Mc3dsPoint{};
     for (size_t i = 0; i < 3; ++i) {
-        const double back = before ? key->value[i] - before->value[i] : 0.0;
-        const double ahead = after ? after->value[i] - key->value[i] : 0.0;
-        key->in[i] = weights.inBefore * back + weights.inAfter * ahead;
-        key->out[i] = weights.outBefore * back + weights.outAfter * ahead;
+        const double back = before ? key.value[i] - before->value[i] : 0.0;
+        const double ahead = after ? after->value[i] - key.value[i] : 0.0;
+        bend.in[i] = weights.inBefore * back + weights.inAfter * ahead;
+        bend.out[i] = weights.outBefore * back + weights.outAfter * ahead;
         turnIn[i] = (from[i] - (weights.inBefore * from[i] + weights.inAfter * to[i])) / 2;
         turnOut[i] = (weights.outBefore * from[i] + weights.outAfter * to[i] - to[i]) / 2;
     }
-    key->bendIn = Times(key->turned, Exponential(turnIn));
-    key->bendOut = Times(key->turned, Exponential(turnOut));
+    bend.turnIn = Times(key.turned, Exponential(turnIn));
+    bend.turnOut = Times(key.turned, Exponential(turnOut));
+    return bend;
 }
 
-static void Bend(Mc3dsTrack *track)
+void Mc3dsBendTrack(Mc3dsTrack *track)
 {
-    std::vector<Mc3dsKey> &keys = track->keys;
+    const std::vector<Mc3dsKey> &keys = track->keys;
     const size_t count = keys.size();
+    if (count < 2 || !track->bends.empty())
+        return;
     const bool isClosed = (track->flags & loops) == loops && count > 2;
     for (size_t i = 0; i < count; ++i) {
-        Mc3dsKey &key = keys[i];
+        const Mc3dsKey &key = keys[i];
         const Mc3dsKey *before = i > 0 ? &keys[i - 1] : isClosed ? &keys[count - 2] : nullptr;
         const Mc3dsKey *after = i + 1 < count ? &keys[i + 1] : isClosed ? &keys[1] : nullptr;
         const double framesBefore =
             i > 0 ? key.frame - keys[i - 1].frame : keys[count - 1].frame - (before ? before->frame : 0);
         const double framesAfter =
             i + 1 < count ? keys[i + 1].frame - key.frame : (after ? after->frame : 0) - keys[0].frame;
-        BendTowards(&key, before, after, framesBefore, framesAfter);
+        track->bends.push_back(BendOf(key, before, after, framesBefore, framesAfter));
     }
 }
 
@@ -118,20 +122,20 @@ static bool ReadKey(std::string_view content, size_t valueCount, size_t *at, Mc3
     const uint16_t flags = Mc3dsNumberAt<uint16_t>(content, *at + 4);
     *at += headSize;
     double values[4] = {};
-    std::vector<double *> targets;
-    double *const splines[] = {&key->tension, &key->continuity, &key->bias, &key->easeTo, &key->easeFrom};
-    for (size_t bit = 0; bit < 5; ++bit)
-        if (flags & (1u << bit))
-            targets.push_back(splines[bit]);
-    for (size_t i = 0; i < valueCount; ++i)
-        targets.push_back(&values[i]);
-    if (content.size() - *at < 4 * targets.size())
-        return false;
-    for (double *target : targets) {
-        *target = static_cast<double>(Mc3dsNumberAt<float>(content, *at));
-        *at += 4;
-        if (!std::isfinite(*target))
+    float *const splines[] = {&key->tension, &key->continuity, &key->bias, &key->easeTo, &key->easeFrom};
+    for (size_t i = 0; i < 5 + valueCount; ++i) {
+        if (i < 5 && !(flags & (1u << i)))
+            continue;
+        if (content.size() - *at < 4)
             return false;
+        const float number = Mc3dsNumberAt<float>(content, *at);
+        *at += 4;
+        if (!std::isfinite(number))
+            return false;
+        if (i < 5)
+            *splines[i] = number;
+        else
+            values[i - 5] = static_cast<double>(number);
     }
     const size_t first = valueCount - 3;
     key->angle = first == 1 ? values[0] : 0.0;
@@ -150,6 +154,8 @@ bool Mc3dsReadTrack(std::string_view content, size_t valueCount, Mc3dsTrack *tra
     if (count > (content.size() - headSize) / (6 + 4 * valueCount))
         return false;
     track->keys.clear();
+    track->bends.clear();
+    track->keys.reserve(count);
     track->turns = valueCount == 4;
     for (uint32_t i = 0; i < count; ++i) {
         Mc3dsKey key;
@@ -161,7 +167,6 @@ bool Mc3dsReadTrack(std::string_view content, size_t valueCount, Mc3dsTrack *tra
         }
         track->keys.push_back(key);
     }
-    Bend(track);
     return true;
 }
 
@@ -227,8 +232,8 @@ static size_t FindKey(const Mc3dsTrack &track, double frame, double *share)
         return 0;
     const auto index = static_cast<size_t>(next - keys.begin()) - 1;
     if (next != keys.end())
-        *share = Eased((frame - keys[index].frame) / (next->frame - keys[index].frame), keys[index].easeFrom,
-                       next->easeTo);
+        *share = Eased((frame - keys[index].frame) / (next->frame - keys[index].frame),
+                       static_cast<double>(keys[index].easeFrom), static_cast<double>(next->easeTo));
     return index;
 }
 
@@ -243,7 +248,8 @@ Mc3dsPoint Mc3dsPointAt(const Mc3dsTrack &track, double frame)
     Mc3dsPoint point;
     for (size_t i = 0; i < 3; ++i)
         point[i] = (2 * t * t * t - 3 * t * t + 1) * a.value[i] + (3 * t * t - 2 * t * t * t) * b.value[i] +
-                   (t * t * t - 2 * t * t + t) * a.out[i] + (t * t * t - t * t) * b.in[i];
+                   (t * t * t - 2 * t * t + t) * track.bends[index].out[i] +
+                   (t * t * t - t * t) * track.bends[index + 1].in[i];
     return point;
 }
 
@@ -258,7 +264,9 @@ Mc3dsMatrix Mc3dsTurnAt(const Mc3dsTrack &track, double frame)
         if (std::abs(b.angle) > pi)
             q = Times(TurnBy(b.value, b.angle * t), a.turned);
         else
-            q = Between(Between(a.turned, b.turned, t), Between(a.bendOut, b.bendIn, t), 2 * t * (1 - t));
+            q = Between(Between(a.turned, b.turned, t),
+                        Between(track.bends[index].turnOut, track.bends[index + 1].turnIn, t),
+                        2 * t * (1 - t));
     }
     Mc3dsMatrix m;
     m.rows[0] = {1 - 2 * (q.y * q.y + q.z * q.z), 2 * (q.x * q.y + q.w * q.z), 2 * (q.x * q.z - q.w * q.y)};

@@ -11,15 +11,19 @@ static bool Holds(const Mc3dsPart &array, size_t count, size_t size)
 
 bool Mc3dsReadShape(Mc3dsPart *mesh, Mc3dsShape *shape)
 {
-    for (const uint16_t tag : {Mc3dsTagPoints, Mc3dsTagFaces, Mc3dsTagTexture, Mc3dsTagPointFlags})
-        if (Mc3dsCountParts(*mesh, tag) > 1)
+    for (Mc3dsPart &part : mesh->children) {
+        Mc3dsPart **array = part.tag == Mc3dsTagPoints       ? &shape->points
+                            : part.tag == Mc3dsTagFaces      ? &shape->faces
+                            : part.tag == Mc3dsTagTexture    ? &shape->texture
+                            : part.tag == Mc3dsTagPointFlags ? &shape->flags
+                                                             : nullptr;
+        if (array && *array)
             return false;
-    shape->points = Mc3dsFindPart(mesh, Mc3dsTagPoints);
-    shape->faces = Mc3dsFindPart(mesh, Mc3dsTagFaces);
-    shape->texture = Mc3dsFindPart(mesh, Mc3dsTagTexture);
-    shape->flags = Mc3dsFindPart(mesh, Mc3dsTagPointFlags);
-    if (!shape->points || !shape->faces || Mc3dsContent(*shape->points).size() < 2 ||
-        Mc3dsContent(*shape->faces).size() < 2 || !mesh->damaged.empty() || !shape->faces->damaged.empty())
+        if (array)
+            *array = &part;
+    }
+    if (!shape->points || !shape->faces || shape->points->contentSize < 2 || shape->faces->contentSize < 2 ||
+        mesh->damagedSize != 0 || shape->faces->damagedSize != 0)
         return false;
     shape->vertexCount = Mc3dsNumberAt<uint16_t>(Mc3dsContent(*shape->points), 0);
     shape->faceCount = Mc3dsNumberAt<uint16_t>(Mc3dsContent(*shape->faces), 0);
@@ -44,29 +48,29 @@ std::vector<bool> Mc3dsUsedVertices(const Mc3dsShape &shape)
     return isUsed;
 }
 
-static void Pick(Mc3dsPart *array, size_t size, const std::vector<uint16_t> &from)
+static void Pick(Mc3dsTree *tree, Mc3dsPart *array, size_t size, const std::vector<uint16_t> &from)
 {
     std::string bytes;
     bytes.reserve(2 + from.size() * size);
     Mc3dsAppendNumber(&bytes, static_cast<uint16_t>(from.size()));
     for (const uint16_t old : from)
         bytes.append(Mc3dsContent(*array).substr(2 + old * size, size));
-    Mc3dsSetContent(array, std::move(bytes));
+    Mc3dsSetContent(tree, array, std::move(bytes));
 }
 
-void Mc3dsSetVertices(const Mc3dsShape &shape, const std::vector<uint16_t> &from,
+void Mc3dsSetVertices(Mc3dsTree *tree, const Mc3dsShape &shape, const std::vector<uint16_t> &from,
                       const std::vector<uint16_t> &corners)
 {
-    Pick(shape.points, pointSize, from);
+    Pick(tree, shape.points, pointSize, from);
     if (shape.texture)
-        Pick(shape.texture, textureSize, from);
+        Pick(tree, shape.texture, textureSize, from);
     if (shape.flags)
-        Pick(shape.flags, flagSize, from);
+        Pick(tree, shape.flags, flagSize, from);
     std::string faces(Mc3dsContent(*shape.faces));
     for (size_t i = 0; i < corners.size(); ++i) {
         const size_t at = 2 + faceSize * (i / 3) + 2 * (i % 3);
         faces[at] = static_cast<char>(corners[i] & 0xFF);
         faces[at + 1] = static_cast<char>(corners[i] >> 8);
     }
-    Mc3dsSetContent(shape.faces, std::move(faces));
+    Mc3dsSetContent(tree, shape.faces, std::move(faces));
 }

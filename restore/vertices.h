@@ -7,7 +7,7 @@
 constexpr size_t Mc3dsVerticesMost = 65535;
 
 struct Mc3dsShape {
-    Mc3dsPart *points, *faces;
+    Mc3dsPart *points = nullptr, *faces = nullptr;
     Mc3dsPart *texture = nullptr, *flags = nullptr; // one entry for each vertex; null if there are none
     size_t vertexCount = 0, faceCount = 0;
 };
@@ -23,7 +23,7 @@ inline size_t Mc3dsCorner(const Mc3dsShape &shape, size_t face, size_t corner)
 std::vector<bool> Mc3dsUsedVertices(const Mc3dsShape &shape);
 // Makes new vertices of old ones. from: the old vertex of each new one. corners: the new vertices of the
 // faces, three each.
-void Mc3dsSetVertices(const Mc3dsShape &shape, const std::vector<uint16_t> &from,
+void Mc3dsSetVertices(Mc3dsTree *tree, const Mc3dsShape &shape, const std::vector<uint16_t> &from,
                       const std::vector<uint16_t> &corners);
 
 #endif

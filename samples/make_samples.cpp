@@ -173,22 +173,64 @@ static Matrix PlaceInFrame(const std::vector<Part> &parts, const Part &part, int
     }
 }
 
+// Of a matrix whose rows are at right angles.
+static Matrix Inverse(const Matrix &m)
+{
+    Matrix inverse = Move(0, 0, 0);
+    for (size_t r = 0; r < 3; ++r) {
+        const double square = m[r][0] * m[r][0] + m[r][1] * m[r][1] + m[r][2] * m[r][2];
+        for (size_t c = 0; c < 3; ++c)
+            inverse[c][r] = m[r][c] / square;
+    }
+    return Move(-m[3][0], -m[3][1], -m[3][2]) * inverse;
+}
+
+// Where the part's node stands in the first frame.
+static Matrix NodePlace(const Part &part)
+{
+    return Move(part.pivot[0], part.pivot[1], part.pivot[2]) * part.place;
+}
+
+// The axis and the angle of a turn, clockwise as seen from the tip of the axis, which is how keys turn.
+static std::vector<float> TurnKey(const Matrix &turn)
+{
+    const double cosine = (turn[0][0] + turn[1][1] + turn[2][2] - 1) / 2;
+    const double angle = std::acos(std::min(std::max(cosine, -1.0), 1.0));
+    Vector axis = {turn[2][1] - turn[1][2], turn[0][2] - turn[2][0], turn[1][0] - turn[0][1]};
+    const double length = std::sqrt(axis[0] * axis[0] + axis[1] * axis[1] + axis[2] * axis[2]);
+    if (length < 1e-9)
+        return {0, 0, 0, 1};
+    return {Grid(angle, 65536), Grid(axis[0] / length, 65536), Grid(axis[1] / length, 65536),
+            Grid(axis[2] / length, 65536)};
+}
+
 static Bytes PartNode(const std::vector<Part> &parts, const Part &part, uint16_t parent)
 {
-    Vector offset = PivotInWorld(part);
+    Matrix local = NodePlace(part);
     if (*part.parent != 0)
-        for (size_t c = 0; c < 3; ++c)
-            offset[c] -= PivotInWorld(FindPart(parts, part.parent))[c];
+        local = local * Inverse(NodePlace(FindPart(parts, part.parent)));
+    std::vector<float> scale;
+    for (size_t r = 0; r < 3; ++r) {
+        const double length =
+            std::sqrt(local[r][0] * local[r][0] + local[r][1] * local[r][1] + local[r][2] * local[r][2]);
+        scale.push_back(Grid(length, 65536));
+        for (double &element : local[r])
+            element /= length;
+    }
     // The angle of a rotation key is relative to the key before it.
-    const float quarter = Grid(part.turns * pi / 2, 65536);
-    std::vector<Key> turning = {{0, {0, 0, 0, 1}}};
+    const float quarter = Grid(-part.turns * pi / 2, 65536);
+    std::vector<Key> turning = {{0, TurnKey(local)}};
     for (uint32_t i = 1; i <= 4 && part.turns != 0; ++i)
-        turning.push_back({frameCount / 4 * i, {quarter, 0, 0, 1}, 0x03, {0.5f, 0.25f}});
+        turning.push_back(
+            {frameCount / 4 * i,
+             {quarter, Grid(local[2][0], 65536), Grid(local[2][1], 65536), Grid(local[2][2], 65536)},
+             0x03,
+             {0, 0}});
     const bool dummy = *part.material == 0;
     return ObjectNode(dummy ? "$$$DUMMY" : part.name, parent,
                       {dummy ? Chunk(0xB011, {Text("ORBIT")}) : "", Chunk(0xB013, {F32s(Floats(part.pivot))}),
-                       Track(0xB020, {{0, Floats(offset)}}), Track(0xB021, turning),
-                       Track(0xB022, {{0, {1, 1, 1}}})});
+                       Track(0xB020, {{0, Floats(local[3])}}), Track(0xB021, turning),
+                       Track(0xB022, {{0, scale}})});
 }
 
 static Bytes OrreryKeyframer(const std::vector<Part> &parts)

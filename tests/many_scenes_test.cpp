@@ -289,12 +289,16 @@ TEST_F(ManyScenesTest, WhatTheLibraryKeepsQuietAboutIsSaid)
         const char *arguments;
         const char *says; // empty: only the line of the written file
     } rows[] = {
-        {twice, "", "meshes placed by several nodes, .*: 1; 1 placement is lost; .*\"BOX\", in 2 nodes"},
+        {twice, "",
+         "meshes placed by several nodes, .*: 1; 1 placement is lost; .*\"BOX\", in 2 nodes; --restore "
+         "completes them"},
         {twice, "--per-object", ""},
         {Scene({Glass(9), Triangle("BOX", 0)}), "",
          "1 of 1 faces have no material and are flat green\n"
-         ".*Invalid Material Shading: material \"GLASS\" is left out; it costs 1 face\n"},
-        {Scene({Triangle("BOX", 0), Glass()}), "", "they name \"GLASS\", which comes later in the file\n"},
+         ".*Invalid Material Shading: material \"GLASS\" is left out; it costs 1 face; --restore completes "
+         "them\n"},
+        {Scene({Triangle("BOX", 0), Glass()}), "",
+         "they name \"GLASS\", which comes later in the file; --restore completes them\n"},
         {twice, "--protos", "objects with the name of another one, .*: 1; the first: \"BOX\""},
         {twice, "--header",
          "TAG_ lines .* define a name again: 1; .*\"BOX\"\n(.*\n)*.*aren't valid in C: 1; .*\"A-B\""},

@@ -78,6 +78,9 @@ static const Row rows[] = {
     {"two.3ds --sourcing", 2, "--sourcing\n"},
     {"two.3ds --ames", 2, "--ames\n"},
     {"two.3ds --hedaer", 2, "did you mean --header\\?"},
+    {"two.3ds --restore=pose,poise", 2, "\"poise\" is none of materials, pose, .*strays\nTry"},
+    {"two.3ds --restored x.3ds", 2, "--restored needs --restore"},
+    {"two.3ds --restore --restored x.mcx", 2, "\"x.mcx\" doesn't end in .3ds"},
     {"two.3ds --scale 0", 2, "^3ds2mcx: --scale: 0 is out of range: above 0\nTry"},
     {"two.3ds -o x.GLB", 2, "\"x.GLB\" would hold a script: --glb writes models, or call it \"x.mcx\""},
     {"two.3ds -o x.png --source", 2, "would hold C source: --preview draws pictures, or call it \"x.c\""},
@@ -117,6 +120,42 @@ TEST_F(ProgramTest, EachCommandLineHasItsStatusItsWordsAndItsFiles)
         EXPECT_TRUE(Says(run.said, row.says));
         EXPECT_EQ(run.files, row.files);
     }
+}
+
+TEST_F(ProgramTest, ARestoredSceneIsConvertedInPlaceOfTheOther)
+{
+    MakeInputs();
+    const Bytes key = Track(0xB020, {{0, {0, 0, 3}}, {1, {0, 0, 4}}});
+    for (const char *name : {"old.3DS", "b.3ds"})
+        WriteFile(name, Scene({Material("WOOD", {Chunk(0xA020, {midGrey})}), Triangle("BOX", 0)},
+                              {Kfhdr(2), ObjectNode("BOX", noParent, {key}), ObjectNode("BOX", 0, {key})}));
+    EXPECT_TRUE(
+        Says(Start("old.3DS -o plain.mcx").said,
+             "note: keys of 1 object .*--restore completes them\n.*note: 1 object stands elsewhere in frame "
+             "0; --restore(.*\n)*.*1 placement is lost; .*; --restore completes them\n"));
+    const Outcome run =
+        Start("old.3DS --restore --animation --restored dir/new.3ds --summary s.json --report p.html -vv");
+    EXPECT_EQ(run.files, "dir/new.3ds dir/new.vue old.mca old.mcx p.html s.json");
+    EXPECT_TRUE(
+        Says(run.said,
+             "restored: 1 material, the pose of 2 objects, 1 placement, keys of 2 objects over 2 frames\n"));
+    EXPECT_TRUE(Has(run.said, "Reading File <old.3DS>\n"));
+    EXPECT_TRUE(Has(run.said, "Reading File <old.vue>\n"));
+    EXPECT_TRUE(Has(ReadFile("old.mcx"), "3D Studio File <old.3DS>"));
+    EXPECT_TRUE(Says(ReadFile("s.json"), "\"restored\": \\[\\s*\\{\\s*\"kind\": \"materials\",\\s*\"count\": 1,"));
+    EXPECT_TRUE(Has(ReadFile("p.html"), "<th>Restored</th>"));
+    EXPECT_TRUE(Has(ReadFile("p.html"), "1 placement</bdi>: <bdi>BOX</bdi>"));
+    Start("dir/new.3ds -o again.mcx --animation=again.mca -q");
+    EXPECT_EQ(ReadFile("again.mca"), ReadFile("old.mca"));
+    EXPECT_TRUE(Says(Start("--info --restore old.3DS").said,
+                     "\nRestored\n  1 material: WOOD\n  the pose of 2 objects"));
+    const Outcome both = Start("old.3DS b.3ds --restore=pose,materials --restored r.3ds -j 2");
+    EXPECT_EQ(both.files, "b.mcx b.r.3ds old.r.3ds");
+    EXPECT_EQ(CountOf(both.said, "restored: 1 material, the pose of 1 object\n"), 2u);
+    WriteFile("b.vue", "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 7 0 0");
+    Start("b.3ds --restore --restored own.3ds --animation -q");
+    EXPECT_EQ(ReadFile("own.vue"), ReadFile("b.vue"));
+    EXPECT_TRUE(Has(ReadFile("b.mca"), " 7.000000 0.000000 "));
 }
 
 TEST_F(ProgramTest, EachOptionOfTheLibraryReachesTheOutput)

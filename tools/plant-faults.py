@@ -25,7 +25,7 @@ import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent
-FOLDERS = ["src", "platform", "host"]
+FOLDERS = ["src", "platform", "host", "restore"]
 FILE_LIMIT = 2 << 30  # bytes that a test may write into one file
 SELECTOR = "MC3DS_FAULT"
 UNNOTICED = "// unnoticed"  # ends a line of code whose faults nobody can notice
@@ -248,7 +248,7 @@ def build(faults, copy, sanitize):
         done = subprocess.run(["cmake", "--build", str(copy / "build"), "--", "-k", "0"], capture_output=True, text=True)
         if done.returncode == 0:
             return faults
-        places = re.findall(r"(?m)^\S*?\b((?:src|platform|host)/[\w/.]+):(\d+):\d+: (?:error|  required)", done.stdout)
+        places = re.findall(r"(?m)^\S*?\b((?:src|platform|host|restore)/[\w/.]+):(\d+):\d+: (?:error|  required)", done.stdout)
         # The second try is for errors that are reported at the end of the line before, and for declarations that a
         # fault has spoilt, and that the errors come after.
         for least, most in ((0, 0), (-1, 40)):

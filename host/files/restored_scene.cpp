@@ -54,15 +54,16 @@ bool RestoreScene(const HostOptions &options, const std::string &scenePath, Repo
         original, hasVue ? options.restore & ~Mc3dsRestoreBit(Mc3dsRestoreKind::Motion) : options.restore);
     ReportRestored(reporter, made.records);
     if (!options.restoredFile.empty())
-        restored->scene = made.scene;
+        restored->scene = made.scene.empty() ? original : made.scene;
     if (hasVue && !options.restoredFile.empty())
         ReadWhole(vue.string(), &restored->vue);
     else
         restored->vue = made.vue;
-    if (made.scene == original && made.vue.empty())
+    if (made.scene.empty() && made.vue.empty())
         return true;
-    original.clear();
-    original.shrink_to_fit();
+    if (made.scene.empty())
+        made.scene = std::move(original);
+    original = {};
     const fs::path folder = MakePrivateFolder(fs::temp_directory_path(failure), &why);
     if (folder.empty()) {
         ReportError(reporter, "no folder for the restored scene: " + why);
