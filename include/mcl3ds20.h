@@ -97,8 +97,8 @@ typedef struct Mc3dsOptions {
  * Returns a scene that the caller owns, or null: the file can't be opened ("Unable to open file <%s>"),
  * is no 3D Studio file ("File is not a 3DS file"), memory for the empty scene is lacking, or path is null.
  * Damage inside the file never causes null: reports name what is discarded, the rest is in the scene.
- * A file that ends inside an array gives the elements that it has, without a report. To find this out, compare
- * the file's size with the length that its first chunk states, in bytes 2 to 5, little-endian.
+ * A file that ends inside an array gives the elements that it has, without a report. To find this out,
+ * compare the file's size with the length that its first chunk states, in bytes 2 to 5, little-endian.
  */
 MC3DS_API Mc3dsFile *Mc3dsLoadFile(const char *path);
 

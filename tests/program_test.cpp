@@ -142,7 +142,8 @@ TEST_F(ProgramTest, ARestoredSceneIsConvertedInPlaceOfTheOther)
     EXPECT_TRUE(Has(run.said, "Reading File <old.3DS>\n"));
     EXPECT_TRUE(Has(run.said, "Reading File <old.vue>\n"));
     EXPECT_TRUE(Has(ReadFile("old.mcx"), "3D Studio File <old.3DS>"));
-    EXPECT_TRUE(Says(ReadFile("s.json"), "\"restored\": \\[\\s*\\{\\s*\"kind\": \"materials\",\\s*\"count\": 1,"));
+    EXPECT_TRUE(
+        Says(ReadFile("s.json"), "\"restored\": \\[\\s*\\{\\s*\"kind\": \"materials\",\\s*\"count\": 1,"));
     EXPECT_TRUE(Has(ReadFile("p.html"), "<th>Restored</th>"));
     EXPECT_TRUE(Has(ReadFile("p.html"), "1 placement</bdi>: <bdi>BOX</bdi>"));
     Start("dir/new.3ds -o again.mcx --animation=again.mca -q");

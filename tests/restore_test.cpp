@@ -321,7 +321,8 @@ TEST_F(RestoreTest, DamagedScenesStayReadable)
             const Mc3dsRestored made = Mc3dsRestore(scene, Mc3dsRestoreAll);
             ASSERT_EQ(CheckRestored(scene, made), "") << seed.name << ' ' << round;
             load(scene, ""); // a map without a name takes the last one that was read
-            const std::set<Mc3dsReportKind> before = load(scene, ""), after = load(SceneAfter(scene, made), made.vue);
+            const std::set<Mc3dsReportKind> before = load(scene, ""),
+                                            after = load(SceneAfter(scene, made), made.vue);
             EXPECT_TRUE(std::includes(before.begin(), before.end(), after.begin(), after.end()))
                 << seed.name << ' ' << round;
         }
