@@ -54,6 +54,40 @@ static std::vector<uint32_t> Join(const std::vector<uint32_t> &groups, const uin
     return joined;
 }
 
+// New vertices of a mesh: the old one of each, and the new ones of all corners.
+struct Split {
+    std::vector<size_t> from, corners;
+};
+
+// Splits one vertex: its first group keeps it, each other one gets a new vertex. corners: of faces at the
+// vertex.
+static void SplitVertex(const std::vector<uint32_t> &groups, const uint32_t *corners, size_t count,
+                        size_t vertex, Split *split)
+{
+    const std::vector<uint32_t> joined = Join(groups, corners, count);
+    std::vector<size_t> vertexOf(joined.size(), Mc3dsNothing);
+    bool isTaken = false;
+    const auto fresh = [split, &isTaken, vertex] {
+        if (isTaken)
+            split->from.push_back(vertex);
+        const size_t number = isTaken ? split->from.size() - 1 : vertex;
+        isTaken = true;
+        return number;
+    };
+    for (size_t i = 0; i < count; ++i) {
+        const uint32_t own = groups[corners[i] / 3];
+        size_t group = 0;
+        while (group < joined.size() && (joined[group] & own) == 0)
+            ++group;
+        size_t number = group < joined.size() ? vertexOf[group] : Mc3dsNothing;
+        if (number == Mc3dsNothing)
+            number = fresh();
+        if (group < joined.size())
+            vertexOf[group] = number;
+        split->corners[corners[i]] = number;
+    }
+}
+
 static void SplitVertices(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, const Mc3dsShape &shape)
 {
     constexpr auto kind = Mc3dsRestoreKind::Edges;
@@ -62,44 +96,22 @@ static void SplitVertices(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, 
     if (groups.empty())
         return;
     const CornersOf sorted = SortCorners(shape);
-    std::vector<size_t> from(shape.vertexCount);
-    std::iota(from.begin(), from.end(), size_t{0});
-    std::vector<size_t> corners(3 * shape.faceCount);
-    for (size_t vertex = 0; vertex < shape.vertexCount; ++vertex) {
-        const uint32_t *first = sorted.corners.data() + sorted.start[vertex];
-        const size_t count = sorted.start[vertex + 1] - sorted.start[vertex];
-        const std::vector<uint32_t> joined = Join(groups, first, count);
-        std::vector<size_t> vertexOf(joined.size(), Mc3dsNothing);
-        bool isTaken = false;
-        const auto fresh = [&from, &isTaken, vertex] {
-            if (isTaken)
-                from.push_back(vertex);
-            const size_t number = isTaken ? from.size() - 1 : vertex;
-            isTaken = true;
-            return number;
-        };
-        for (size_t i = 0; i < count; ++i) {
-            const uint32_t own = groups[first[i] / 3];
-            size_t group = 0;
-            while (group < joined.size() && (joined[group] & own) == 0)
-                ++group;
-            if (group == joined.size())
-                corners[first[i]] = fresh();
-            else
-                corners[first[i]] = vertexOf[group] =
-                    vertexOf[group] != Mc3dsNothing ? vertexOf[group] : fresh();
-        }
-    }
-    const uint64_t added = from.size() - shape.vertexCount;
+    Split split = {std::vector<size_t>(shape.vertexCount), std::vector<size_t>(3 * shape.faceCount)};
+    std::iota(split.from.begin(), split.from.end(), size_t{0});
+    for (size_t vertex = 0; vertex < shape.vertexCount; ++vertex)
+        SplitVertex(groups, sorted.corners.data() + sorted.start[vertex],
+                    sorted.start[vertex + 1] - sorted.start[vertex], vertex, &split);
+    const uint64_t added = split.from.size() - shape.vertexCount;
     if (added == 0)
         return;
-    if (from.size() > Mc3dsVerticesMost) {
+    if (split.from.size() > Mc3dsVerticesMost) {
         Mc3dsRecord(restoring, kind, mesh.name, 0, Mc3dsRestoreLimit::TooManyVertices);
         return;
     }
     if (!Mc3dsTakeRoom(restoring, kind, mesh.name, added * bytesOfVertex))
         return;
-    Mc3dsSetVertices(&restoring->tree, shape, {from.begin(), from.end()}, {corners.begin(), corners.end()});
+    Mc3dsSetVertices(&restoring->tree, shape, {split.from.begin(), split.from.end()},
+                     {split.corners.begin(), split.corners.end()});
     Mc3dsRecord(restoring, kind, mesh.name, added);
 }
 

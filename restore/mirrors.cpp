@@ -8,7 +8,7 @@ bool Mc3dsCanMove(const Mc3dsPart &mesh)
         mesh.damagedSize != 0)
         return false;
     const std::string_view content = Mc3dsContent(*points);
-    return content.size() == 2 + size_t{12} * Mc3dsNumberAt<uint16_t>(content, 0);
+    return content.size() >= 2 && content.size() >= 2 + size_t{12} * Mc3dsNumberAt<uint16_t>(content, 0);
 }
 
 // first, count: the values of each key that change their sign.

@@ -19,8 +19,8 @@ struct Mc3dsRestoring {
     std::unordered_set<std::string> copies;
 };
 
-// Whether no chunk of a part is too short for what it holds.
-bool Mc3dsIsSound(const Mc3dsPart &part);
+// Whether no chunk is too short for what it holds.
+bool Mc3dsIsSound(const Mc3dsTree &tree);
 
 void Mc3dsRestoreMaterials(Mc3dsRestoring *restoring);
 void Mc3dsRestorePlacements(Mc3dsRestoring *restoring);

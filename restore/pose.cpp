@@ -42,10 +42,10 @@ static std::string MovedPoints(std::string_view points, const Mc3dsMatrix &way)
 {
     std::string moved(points.substr(0, 2));
     moved.reserve(points.size());
-    for (size_t i = 0; i < (points.size() - 2) / 12; ++i)
+    for (size_t i = 0; i < Mc3dsNumberAt<uint16_t>(points, 0); ++i)
         for (const double number : Mc3dsMove(PointAt(points, i), way))
             Mc3dsAppendNumber(&moved, static_cast<float>(number));
-    return moved;
+    return moved.append(points.substr(moved.size()));
 }
 
 // Which vertices count for the pose of a mesh: those that faces use; empty if all count.
@@ -64,7 +64,7 @@ struct Box {
 static Box BoxOf(const std::vector<bool> &counts, std::string_view points)
 {
     Box box;
-    for (size_t i = 0; i < (points.size() - 2) / 12; ++i) {
+    for (size_t i = 0; i < Mc3dsNumberAt<uint16_t>(points, 0); ++i) {
         if (!counts.empty() && !counts[i])
             continue;
         const Mc3dsPoint point = PointAt(points, i);

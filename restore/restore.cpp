@@ -9,7 +9,7 @@ Mc3dsRestored Mc3dsRestore(std::string_view scene, uint32_t kinds)
     Mc3dsRestored restored;
     Mc3dsRestoring restoring;
     const bool isScene = Mc3dsReadTree(scene, &restoring.tree);
-    if (!isScene || !Mc3dsIsSound(restoring.tree.root)) {
+    if (!isScene || !Mc3dsIsSound(restoring.tree)) {
         if (isScene && kinds != 0)
             restored.records.push_back({Mc3dsRestoreKind::Materials, Mc3dsRestoreLimit::Damaged, 0, ""});
         return restored;

@@ -1,5 +1,7 @@
 // Whether readers of a scene stay inside its chunks. Where one is too short for its own counts, they take
 // what they lack from the chunks after it, so that any change elsewhere would change what they read.
+#include <algorithm>
+
 #include "parts.h"
 
 static bool HasText(std::string_view content, size_t at, size_t after)
@@ -39,12 +41,22 @@ static bool IsSoundItself(const Mc3dsPart &part)
     }
 }
 
-bool Mc3dsIsSound(const Mc3dsPart &part)
+// What follows the last whole child: readers take the header of a chunk from it, and skip by its size.
+static bool HasSoundEnd(const Mc3dsPart &part)
 {
-    if (part.missing == 0 && !IsSoundItself(part))
-        return false;
-    for (const Mc3dsPart &child : part.children)
-        if (!Mc3dsIsSound(child))
-            return false;
-    return true;
+    constexpr uint32_t sizeMost = 0xF0000000; // a larger one is past 4 GiB in some places, and not in others
+    return part.damagedSize == 0 ||
+           (part.damagedSize >= 6 &&
+            Mc3dsNumberAt<uint32_t>({part.damaged, part.damagedSize}, 2) <= sizeMost);
+}
+
+static bool IsSound(const Mc3dsPart &part)
+{
+    return (part.missing != 0 || (IsSoundItself(part) && HasSoundEnd(part))) &&
+           std::all_of(part.children.begin(), part.children.end(), IsSound);
+}
+
+bool Mc3dsIsSound(const Mc3dsTree &tree)
+{
+    return std::all_of(tree.root.children.begin(), tree.root.children.end(), IsSound);
 }

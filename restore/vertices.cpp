@@ -2,11 +2,11 @@
 
 constexpr size_t pointSize = 12, textureSize = 8, flagSize = 2, faceSize = 8;
 
-// True if the array holds count entries of a size and nothing else.
+// True if the array holds count entries of a size.
 static bool Holds(const Mc3dsPart &array, size_t count, size_t size)
 {
     const std::string_view content = Mc3dsContent(array);
-    return content.size() == 2 + count * size && Mc3dsNumberAt<uint16_t>(content, 0) == count;
+    return content.size() >= 2 + count * size && Mc3dsNumberAt<uint16_t>(content, 0) == count;
 }
 
 bool Mc3dsReadShape(Mc3dsPart *mesh, Mc3dsShape *shape)
