@@ -510,6 +510,11 @@ TEST_F(GlbTest, ItGoesTheWayOfAllOutputs)
     EXPECT_EQ(Start("two.3ds --info --glb m.glb").files, "m.glb");
     EXPECT_EQ(Start("two.3ds lost.3ds --glb dir/m.glb -q").files,
               "dir/lost.m.glb dir/two.m.glb lost.mcx two.mcx");
+    for (const char *file : {"dir/lost.m.glb", "dir/two.m.glb", "lost.mcx", "two.mcx"})
+        fs::remove(file);
+    EXPECT_EQ(Start("two.3ds lost.3ds --glb .glb -q").files, "lost.glb lost.mcx two.glb two.mcx");
+    fs::remove("two.glb");
+    EXPECT_EQ(Start("two.3ds --info --glb dir/.GLB").files, "dir/two.GLB");
     EXPECT_EQ(Start("two.3ds --glb m.txt").status, 2);
     EXPECT_EQ(Start("two.3ds --glb none/m.glb").status, 1);
     WriteFile("m.glb", "old");

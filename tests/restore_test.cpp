@@ -312,7 +312,7 @@ TEST_F(RestoreTest, DamagedScenesStayReadable)
     };
     uint32_t random = 1;
     for (const Seed &seed : Seeds())
-        for (int round = 0; round < 40 && seed.scene.size() < 20000; ++round) {
+        for (int round = 0; round < 100 && seed.scene.size() < 20000; ++round) {
             Bytes scene = seed.scene;
             for (int i = 0; i < round % 4; ++i) {
                 random = random * 1664525 + 1013904223;

@@ -33,14 +33,17 @@ static std::string SecondName(const std::string &given, const std::string &outpu
     return given.empty() ? PathOf(output).replace_extension(extension).string() : given;
 }
 
-// The name of a picture or .glb file. With several scenes each has its own, beside the scene's output unless
-// given names another folder.
+// The name of a picture, .glb file or restored scene. With several scenes each has its own, beside the
+// scene's output unless given names another folder: cube.m.glb for m.glb, and cube.glb for .glb, which does
+// so for a single scene as well.
 static std::string OwnName(const HostOptions &options, const std::string &given, const std::string &output)
 {
-    if (!options.recursive && options.scenes.size() <= 1)
-        return given;
     const fs::path file = PathOf(given), model = PathOf(output);
-    const fs::path name = PathOf(model.stem().string() + '.' + file.filename().string());
+    const std::string own = file.filename().string(), stem = model.stem().string();
+    const bool isExtension = own.starts_with('.');
+    if (!isExtension && !options.recursive && options.scenes.size() <= 1)
+        return given;
+    const fs::path name = PathOf(isExtension ? stem + own : stem + '.' + own);
     return ((file.has_parent_path() ? file : model).parent_path() / name).string();
 }
 

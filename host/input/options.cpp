@@ -113,6 +113,11 @@ static std::string ReadExtension(std::string text)
     return text;
 }
 
+static bool EndsIn(const std::string &text, const char *extension)
+{
+    return InLowerCase(PathOf(text).filename().string()).ends_with(extension);
+}
+
 static std::string ReadName(const char *option, const std::string &text, bool mayBeStandardOutput)
 {
     Accept(option, !text.empty(), "the name is empty");
@@ -244,21 +249,19 @@ static void ReadPreviewFrame(const std::string &text, PreviewOptions *preview)
 
 static void AddPreviewOptions(CLI::App *app, HostOptions *options)
 {
-    AddValue(app, "--preview", "FILE.png", "Looking",
-             "draw a picture of the model too, for many scenes each in SCENE.FILE.png; with --info nothing "
-             "else is "
-             "written (default: none)",
-             [options](const std::string &text) {
-                 const std::string extension = InLowerCase(PathOf(text).extension().string());
-                 Accept("--preview", extension == ".png", InQuotes(text) + " doesn't end in .png");
-                 options->previewFile = text;
-             });
+    AddValue(
+        app, "--preview", "FILE.png", "Looking",
+        "draw a picture of the model too, for many scenes each in SCENE.FILE.png, or SCENE.png for .png; "
+        "with --info nothing else is written (default: none)",
+        [options](const std::string &text) {
+            Accept("--preview", EndsIn(text, ".png"), InQuotes(text) + " doesn't end in .png");
+            options->previewFile = text;
+        });
     AddValue(app, "--glb", "FILE.glb", "Looking",
              "write the model as binary glTF 2.0 too, which every viewer opens; for many scenes as --preview "
              "(default: none)",
              [options](const std::string &text) {
-                 Accept("--glb", InLowerCase(PathOf(text).extension().string()) == ".glb",
-                        InQuotes(text) + " doesn't end in .glb");
+                 Accept("--glb", EndsIn(text, ".glb"), InQuotes(text) + " doesn't end in .glb");
                  options->glbFile = text;
              });
     AddValue(app, "--preview-size", "WxH", "Looking",
@@ -299,8 +302,7 @@ static void AddRestoreOptions(CLI::App *app, HostOptions *options, std::string *
              "keep the restored scene, and its animation as FILE.vue; for many scenes as --glb (default: "
              "neither)",
              [options](const std::string &text) {
-                 Accept("--restored", InLowerCase(PathOf(text).extension().string()) == ".3ds",
-                        InQuotes(text) + " doesn't end in .3ds");
+                 Accept("--restored", EndsIn(text, ".3ds"), InQuotes(text) + " doesn't end in .3ds");
                  options->restoredFile = text;
              });
 }
