@@ -153,6 +153,9 @@ TEST_F(ProgramTest, ARestoredSceneIsConvertedInPlaceOfTheOther)
     const Outcome both = Start("old.3DS b.3ds --restore=pose,materials --restored r.3ds -j 2");
     EXPECT_EQ(both.files, "b.mcx b.r.3ds old.r.3ds");
     EXPECT_EQ(CountOf(both.said, "restored: 1 material, the pose of 1 object\n"), 2u);
+    EXPECT_EQ(Start("b.3ds --restore=motion --restored m.3ds -q -o m.mcx").files, "m.3ds m.mcx m.vue");
+    EXPECT_EQ(ReadFile("m.3ds"), ReadFile("b.3ds"));
+    EXPECT_TRUE(Says(Start("gone.3ds --restore").said, "gone.3ds: error: cannot be opened: "));
     WriteFile("b.vue", "frame 0 transform BOX 1 0 0 0 1 0 0 0 1 7 0 0");
     Start("b.3ds --restore --restored own.3ds --animation -q");
     EXPECT_EQ(ReadFile("own.vue"), ReadFile("b.vue"));

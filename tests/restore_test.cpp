@@ -1,6 +1,7 @@
 // Restoring: what old scenes mean, read back by the library.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <set>
 
 #include "check_restored.h"
@@ -97,6 +98,7 @@ TEST_F(RestoreTest, MissingAndInvalidFieldsOfMaterialsAreCompleted)
     EXPECT_EQ(second.shininess, 0.25f);
     EXPECT_EQ(second.transparency, 1.0f);
     EXPECT_STREQ(second.textureMap, "WOOD.TGA");
+    EXPECT_TRUE(Has(restored.scene, Map(0xA200, "WOOD.TGA")));
 }
 
 TEST_F(RestoreTest, AMaterialMovesAheadOfTheMeshThatNamesIt)
@@ -104,6 +106,8 @@ TEST_F(RestoreTest, AMaterialMovesAheadOfTheMeshThatNamesIt)
     const Bytes mesh = NamedMesh("BOX", {corners, Faces({0, 1, 2}, {MaterialGroup("LATE", {0})})});
     const LoadedScene scene = Restore(Scene({Grey("OTHER"), mesh, Grey("UNUSED"), Grey("LATE")}));
     EXPECT_EQ(Records(), "materials LATE 0");
+    Restore(Scene({mesh, Material("LATE", {})}));
+    EXPECT_EQ(Records(), "materials LATE 6");
     EXPECT_STREQ(scene->materials[scene->objects[0].faces[0].material].name, "LATE");
     EXPECT_STREQ(scene->materials[3].name, "UNUSED");
 }
@@ -139,10 +143,10 @@ TEST_F(RestoreTest, NodesThatMirrorAreTurnedOver)
     const Bytes mirrored = Track(0xB022, {{0, {-1, 1, 1}}, {4, {-2, 1, 1}}}),
                 turn = Track(0xB021, {{0, {1, 1, 2, 3}}});
     const Bytes scene =
-        Scene({Box("A"), Box("B"), Box("C")},
+        Scene({Box("A"), Box("B"), Box("C"), Box("D")},
               {Kfhdr(4), ObjectNode("A", noParent, {Pivot(1, 2, 3), At(1, 0, 0), mirrored, turn}),
                ObjectNode("B", 0, {At(1, 2, 3), turn, Pivot(4, 0, 0)}),
-               ObjectNode("C", 1, {At(3, 2, 1), mirrored})});
+               ObjectNode("C", 1, {At(3, 2, 1), mirrored}), ObjectNode("D", 0)});
     const LoadedScene moving =
         LoadBytes(scene, Mc3dsRestore(scene, Mc3dsRestoreBit(Mc3dsRestoreKind::Motion)).vue);
     const LoadedScene posed = Restore(scene);
@@ -151,7 +155,9 @@ TEST_F(RestoreTest, NodesThatMirrorAreTurnedOver)
             EXPECT_EQ(Place(posed, name, 1, frame), Place(moving, name, 1, frame)) << name;
             EXPECT_EQ(Place(posed, name, 2, frame), Place(moving, name, 2, frame)) << name;
         }
-    EXPECT_EQ(Place(posed, "C", 2), Place(posed, "C", 2, 0));
+    for (const char *name : {"A", "B", "C"})
+        EXPECT_EQ(Place(posed, name, 2), Place(posed, name, 2, 0)) << name;
+    EXPECT_EQ(Place(posed, "D", 2), "0 200 0"); // without keys it stays
 }
 
 TEST_F(RestoreTest, NodesHangOnTheNearestObject)
@@ -159,10 +165,11 @@ TEST_F(RestoreTest, NodesHangOnTheNearestObject)
     const Bytes light = Chunk(0xB005, {Chunk(0xB010, {Text("LAMP"), U32(0), U16(0)}), At(0, 0, 10)});
     const Bytes ambient =
         Chunk(0xB001, {Chunk(0xB010, {Text("$AMBIENT$"), U32(0), U16(noParent)}), NodeId(0)});
-    const LoadedScene lit =
-        Restore(Scene({Box("A"), Box("B"), Box("LOST")},
-                      {ObjectNode("A", noParent, {At(1, 0, 0)}), light, ObjectNode("B", 1, {At(0, 2, 0)}),
-                       ObjectNode("LOST", 9, {At(0, 0, 4)})}));
+    const LoadedScene lit = Restore(
+        Scene({Box("A"), Box("B"), Box("LOST"), Box("D")},
+              {ObjectNode("A", noParent, {At(1, 0, 0)}), light, ObjectNode("B", 1, {At(0, 2, 0)}),
+               ObjectNode("LOST", 9, {At(0, 0, 4)}), ObjectNode("D", 1, {Track(0xB022, {{0, {1, 3, 1}}})})}));
+    EXPECT_EQ(Place(lit, "D", 2), "100 600 1000");
     EXPECT_EQ(Find(lit, "B")->parentNode, Find(lit, "A")->nodeId);
     EXPECT_EQ(Place(lit, "B", 0), "100 200 1000");
     EXPECT_EQ(Find(lit, "LOST")->parentNode, noParent);
@@ -233,6 +240,51 @@ TEST_F(RestoreTest, KeysBecomeFrames)
     EXPECT_EQ(path("K", {4, 5}), "400 0 0, 400 88 0");
 }
 
+// The sample's keys and its .vue file say the same, with turns around tilted axes below turning parents.
+TEST_F(RestoreTest, TheKeysOfTheSampleGiveItsAnimation)
+{
+    const Bytes bytes = ReadFile(SamplePath("orrery.3DS"));
+    const LoadedScene told = LoadBytes(bytes, ReadFile(SamplePath("orrery.vue")));
+    std::filesystem::remove("scene.vue");
+    const LoadedScene made = Restore(bytes);
+    EXPECT_TRUE(restored.scene.empty());
+    double furthest = 0;
+    for (uint32_t i = 0; i < told->objectCount; ++i)
+        for (uint32_t frame = 0; frame <= told->frameCount && told->objects[i].vertexCount > 0; ++frame)
+            for (int at = 0; at < 12; ++at)
+                furthest = std::max(furthest, std::abs(told->objects[i].frames[frame].m[at / 3][at % 3] -
+                                                       made->objects[i].frames[frame].m[at / 3][at % 3]));
+    EXPECT_LT(furthest, 0.001); // the .vue file has four decimals
+}
+
+TEST_F(RestoreTest, CurvesFollowTheSplinesOfTheirKeys)
+{
+    const auto closed = [](uint16_t tag, size_t count, const Bytes &keys) {
+        return Chunk(tag, {U16(3), U32(0), U32(0), U32(static_cast<uint32_t>(count)), keys});
+    };
+    const Bytes loop = closed(0xB020, 4,
+                              U32(0) + U16(0) + F32s({0, 0, 0}) + U32(4) + U16(0) + F32s({8, 0, 0}) + U32(8) +
+                                  U16(0) + F32s({0, 8, 0}) + U32(12) + U16(0) + F32s({0, 0, 0}));
+    const Bytes bent = Track(0xB020, {{0, {0, 0, 0}}, {4, {8, 0, 0}, 0x06, {0.5f, 0.25f}}, {6, {0, 8, 0}}});
+    const Bytes eased = Track(0xB020, {{0, {0, 0, 0}, 0x10, {1}}, {4, {8, 0, 0}, 0x08, {1}}});
+    const Bytes turns =
+        Track(0xB021, {{0, {0, 0, 0, 1}}, {4, {1, 0, 0, 1}}, {8, {2, 0, 0, 1}}, {10, {0.5f, 1, 0, 0}}});
+    const LoadedScene scene =
+        Restore(Scene({Box("LOOP"), Box("BENT"), Box("EASED"), Box("TURNS")},
+                      {Kfhdr(16), ObjectNode("LOOP", noParent, {loop}), ObjectNode("BENT", noParent, {bent}),
+                       ObjectNode("EASED", noParent, {eased}), ObjectNode("TURNS", noParent, {turns})}));
+    EXPECT_EQ(Records(), "motion LOOP 16; motion BENT 16; motion EASED 16; motion TURNS 16");
+    // The end of a loop goes on as its start does: at frame 0 towards (4, -4, 0).
+    EXPECT_EQ(Place(scene, "LOOP", 0, 2) + ", " + Place(scene, "LOOP", 0, 10) + ", " +
+                  Place(scene, "LOOP", 0, 14),
+              "450 -100 0, -100 450 0, 450 -100 0");
+    EXPECT_EQ(Place(scene, "BENT", 0, 2) + ", " + Place(scene, "BENT", 0, 5), "529 -66 0, 563 316 0");
+    EXPECT_EQ(Place(scene, "EASED", 0, 1) + ", " + Place(scene, "EASED", 0, 3), "100 0 0, 700 0 0");
+    EXPECT_EQ(Place(scene, "TURNS", 1, 2) + ", " + Place(scene, "TURNS", 1, 6) + ", " +
+                  Place(scene, "TURNS", 1, 10),
+              "91 -42 0, -43 -90 -3, -99 -12 7");
+}
+
 TEST_F(RestoreTest, EdgesBetweenSmoothingGroupsAreDoubled)
 {
     const auto smoothing = [](const std::vector<uint32_t> &groups) {
@@ -265,14 +317,22 @@ TEST_F(RestoreTest, EdgesBetweenSmoothingGroupsAreDoubled)
 
 TEST_F(RestoreTest, StraysThatSetTheBoundsGo)
 {
-    const LoadedScene scene =
-        Restore(Scene({NamedMesh("A", {Points({0, 0, 0, 9e9f, 0, 0, 1, 0, 0, 0.5f, 0, 0, 0, 2, 0}),
-                                       TexVerts({0, 0, 1, 1, 2, 2, 3, 3, 4, 4}), Faces({0, 2, 4})}),
-                       Box("B")}));
+    for (size_t axis = 0; axis < 3; ++axis)
+        for (const float far : {9e9f, -9e9f, std::numeric_limits<float>::quiet_NaN()}) {
+            std::vector<float> places = {0, 0, 0, 0.5f, 0.5f, 0, 1, 0, 0, 0.5f, 0, 0, 0, 2, 0};
+            places[3 + axis] = far;
+            const LoadedScene scene = Restore(Scene(
+                {NamedMesh("A", {Points(places), TexVerts({0, 0, 1, 1, 2, 2, 3, 3, 4, 4}), Faces({0, 2, 4})}),
+                 Box("B")}));
+            EXPECT_EQ(Records(), "strays A 1");
+            ASSERT_EQ(scene->objects[0].vertexCount, 4);
+            EXPECT_EQ(scene->objects[0].vertices[scene->objects[0].faces[0].c].u, 4.0f);
+            EXPECT_EQ(scene->objects[0].boundsMax[0], 1.0f);
+        }
+    Restore(Scene({NamedMesh("A", {Points({9, 9, 9, 0, 0, 0}), Faces({1, 1, 1})})}));
     EXPECT_EQ(Records(), "strays A 1");
-    EXPECT_EQ(scene->objects[0].vertexCount, 4);
-    EXPECT_EQ(scene->objects[0].vertices[scene->objects[0].faces[0].c].u, 4.0f);
-    EXPECT_EQ(scene->objects[0].boundsMax[0], 1.0f);
+    Restore(Scene({NamedMesh("A", {Points({9, 9, 9, 0, 0, 0}), Faces({})})}));
+    EXPECT_EQ(Records(), "");
 }
 
 TEST_F(RestoreTest, WhatCannotBeRestoredStaysAndIsTold)
