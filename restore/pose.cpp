@@ -57,13 +57,13 @@ static std::vector<bool> VerticesOfFaces(Mc3dsPart *mesh)
     return Mc3dsUsedVertices(shape);
 }
 
-struct Box {
+struct PoseBounds {
     Mc3dsPoint least = {INFINITY, INFINITY, INFINITY}, most = {-INFINITY, -INFINITY, -INFINITY};
 };
 
-static Box BoxOf(const std::vector<bool> &counts, std::string_view points)
+static PoseBounds BoundsOf(const std::vector<bool> &counts, std::string_view points)
 {
-    Box box;
+    PoseBounds box;
     for (size_t i = 0; i < Mc3dsNumberAt<uint16_t>(points, 0); ++i) {
         if (!counts.empty() && !counts[i])
             continue;
@@ -78,7 +78,7 @@ static Box BoxOf(const std::vector<bool> &counts, std::string_view points)
 
 // Whether anything in a box moves by more than the rounding of stored numbers. Nothing moves further than the
 // corners. least: the size of numbers that the way works with.
-static bool Moves(const Box &box, const Mc3dsMatrix &way, double least)
+static bool Moves(const PoseBounds &box, const Mc3dsMatrix &way, double least)
 {
     constexpr double rounding = 2e-5; // of keys and matrices, relative to the largest number
     double furthest = 0, largest = least;
@@ -109,7 +109,7 @@ static bool Stands(const std::vector<bool> &counts, std::string_view points, con
     Mc3dsMatrix back;
     const Mc3dsMatrix posed = Mc3dsProduct(Mc3dsToNode(node, Mc3dsDeterminant(matrix) < 0), placement);
     const double least = std::max(Largest(matrix.rows[3]), Largest(placement.rows[3]));
-    return Mc3dsInverse(matrix, &back) && !Moves(BoxOf(counts, points), Mc3dsProduct(back, posed), least);
+    return Mc3dsInverse(matrix, &back) && !Moves(BoundsOf(counts, points), Mc3dsProduct(back, posed), least);
 }
 
 // isTurnedOver: the node's placement was turned over, and the mesh's own space has to be as well.

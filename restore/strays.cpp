@@ -5,7 +5,7 @@
 #include "parts.h"
 #include "vertices.h"
 
-struct Box {
+struct StrayBounds {
     float least[3], most[3];
 };
 
@@ -14,7 +14,7 @@ static float NumberOf(const Mc3dsShape &shape, size_t vertex, size_t axis)
     return Mc3dsNumberAt<float>(Mc3dsContent(*shape.points), 2 + 12 * vertex + 4 * axis);
 }
 
-static void Grow(const Mc3dsShape &shape, const std::vector<bool> &isUsed, Box *box)
+static void Grow(const Mc3dsShape &shape, const std::vector<bool> &isUsed, StrayBounds *box)
 {
     for (size_t vertex = 0; vertex < shape.vertexCount; ++vertex)
         for (size_t axis = 0; axis < 3 && isUsed[vertex]; ++axis) {
@@ -25,7 +25,7 @@ static void Grow(const Mc3dsShape &shape, const std::vector<bool> &isUsed, Box *
 }
 
 // Also true for numbers that aren't finite.
-static bool IsOutside(const Mc3dsShape &shape, size_t vertex, const Box &box)
+static bool IsOutside(const Mc3dsShape &shape, size_t vertex, const StrayBounds &box)
 {
     for (size_t axis = 0; axis < 3; ++axis) {
         const float number = NumberOf(shape, vertex, axis);
@@ -36,7 +36,7 @@ static bool IsOutside(const Mc3dsShape &shape, size_t vertex, const Box &box)
 }
 
 static void RemoveStrays(Mc3dsRestoring *restoring, const Mc3dsMeshPart &mesh, const Mc3dsShape &shape,
-                         const Box &box)
+                         const StrayBounds &box)
 {
     const std::vector<bool> isUsed = Mc3dsUsedVertices(shape);
     std::vector<uint16_t> from, numbers(shape.vertexCount), corners;
@@ -58,7 +58,7 @@ void Mc3dsRestoreStrays(Mc3dsRestoring *restoring)
 {
     const Mc3dsKeyframer &keyframer = Mc3dsCurrentKeyframer(restoring);
     constexpr float most = std::numeric_limits<float>::max();
-    Box box = {{most, most, most}, {-most, -most, -most}};
+    StrayBounds box = {{most, most, most}, {-most, -most, -most}};
     std::vector<const Mc3dsMeshPart *> suspects; // with vertices that no face uses
     for (const Mc3dsMeshPart &mesh : keyframer.meshes) {
         Mc3dsShape shape;
