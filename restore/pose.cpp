@@ -63,17 +63,23 @@ struct PoseBounds {
 
 static PoseBounds BoundsOf(const std::vector<bool> &counts, std::string_view points)
 {
-    PoseBounds box;
-    for (size_t i = 0; i < Mc3dsNumberAt<uint16_t>(points, 0); ++i) {
+    float least[3] = {INFINITY, INFINITY, INFINITY}, most[3] = {-INFINITY, -INFINITY, -INFINITY};
+    const size_t count = Mc3dsNumberAt<uint16_t>(points, 0);
+    for (size_t i = 0; i < count; ++i) {
         if (!counts.empty() && !counts[i])
             continue;
-        const Mc3dsPoint point = PointAt(points, i);
         for (size_t c = 0; c < 3; ++c) {
-            box.least[c] = std::min(box.least[c], point[c]);
-            box.most[c] = std::max(box.most[c], point[c]);
+            const float number = Mc3dsNumberAt<float>(points, 2 + 12 * i + 4 * c);
+            least[c] = number < least[c] ? number : least[c];
+            most[c] = number > most[c] ? number : most[c];
         }
     }
-    return box;
+    PoseBounds bounds;
+    for (size_t c = 0; c < 3; ++c) {
+        bounds.least[c] = static_cast<double>(least[c]);
+        bounds.most[c] = static_cast<double>(most[c]);
+    }
+    return bounds;
 }
 
 // Whether anything in a box moves by more than the rounding of stored numbers. Nothing moves further than the
@@ -290,4 +296,26 @@ void Mc3dsRestorePose(Mc3dsRestoring *restoring, bool onlyCopies)
         else if (!node.isLost && Mc3dsHasTracks(node))
             PoseMesh(restoring, mesh, node, placements[mesh.node], isTurnedOver[mesh.node]);
     }
+}
+
+std::vector<std::string> Mc3dsFindElsewhere(std::string_view scene)
+{
+    std::vector<std::string> names;
+    Mc3dsTree tree;
+    if (!Mc3dsReadTree(scene, &tree) || !Mc3dsIsSound(tree))
+        return names;
+    const Mc3dsKeyframer keyframer = Mc3dsReadKeyframer(&tree);
+    const std::vector<Mc3dsMatrix> placements = Mc3dsPlacementsAt(keyframer, 0);
+    for (const Mc3dsMeshPart &mesh : keyframer.meshes) {
+        Mc3dsMatrix unused;
+        if (mesh.node == Mc3dsNothing || !Mc3dsCanMove(*mesh.mesh))
+            continue;
+        const Mc3dsNode &node = keyframer.nodes[mesh.node];
+        const Mc3dsMatrix stored = Mc3dsMeshMatrix(*mesh.mesh);
+        const std::string_view points = Mc3dsContent(*Mc3dsFindPart(mesh.mesh, Mc3dsTagPoints));
+        if (!node.isDamaged && !node.isLost && Mc3dsHasTracks(node) && Mc3dsInverse(stored, &unused) &&
+            !Stands({}, points, stored, node, placements[mesh.node]))
+            names.push_back(mesh.name);
+    }
+    return names;
 }

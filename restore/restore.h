@@ -55,4 +55,7 @@ struct Mc3dsRestored {
 // parts stay as they are. Throws std::bad_alloc.
 Mc3dsRestored Mc3dsRestore(std::string_view scene, uint32_t kinds);
 
+// The names of the objects that Pose would move, at a fraction of the cost.
+std::vector<std::string> Mc3dsFindElsewhere(std::string_view scene);
+
 #endif

@@ -135,6 +135,15 @@ static bool AllTargetsExist(const HostOptions &options, const std::string &scene
     return true;
 }
 
+// Objects that --restore would move.
+static void AddElsewhere(const HostOptions &options, const Mc3dsFile *scene, const std::string &path,
+                         std::vector<Finding> *findings)
+{
+    std::string bytes;
+    if (options.restore == 0 && HasKeys(scene) && ReadWhole(path, &bytes))
+        FindElsewhere(bytes, findings);
+}
+
 static Scene LoadAndShow(const HostOptions &options, const std::string &path, Reporter *reporter,
                          RestoredScene *restored)
 {
@@ -142,6 +151,8 @@ static Scene LoadAndShow(const HostOptions &options, const std::string &path, Re
     reporter->reports = &reports;
     Scene scene = LoadScene(options, path, reporter, restored);
     reporter->reports = nullptr;
+    if (scene)
+        AddElsewhere(options, scene.get(), path, &reporter->scene->notes);
     if (options.json)
         PrintJson(scene.get(), *reporter->scene, reports);
     else if (scene)
@@ -184,9 +195,7 @@ static bool ReportFaults(const HostOptions &options, const Mc3dsOptions &asked, 
         FindAnimationFault(scene, reporter->scene->scene, &findings);
     FindLosses(scene, asked.flags, &findings);
     FindUnplayedKeys(scene, &findings);
-    if (std::string bytes;
-        options.restore == 0 && HasKeys(scene) && ReadWhole(reporter->scene->scene, &bytes))
-        FindElsewhere(bytes, &findings);
+    AddElsewhere(options, scene, reporter->scene->scene, &findings);
     if (options.restore == 0)
         OfferRestoring(&findings);
     FindNameFaults(asked, scene, options.forceNames, &findings, &refused);

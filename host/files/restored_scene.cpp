@@ -11,14 +11,10 @@ bool ReadWhole(const std::string &path, std::string *bytes)
     FILE *stream = std::fopen(path.c_str(), "rb");
     if (!stream)
         return false;
-    constexpr size_t block = size_t{1} << 20;
-    size_t length = 0, read;
-    do {
-        bytes->resize(length + block);
-        read = std::fread(bytes->data() + length, 1, block, stream);
-        length += read;
-    } while (read == block);
-    bytes->resize(length);
+    std::error_code failure;
+    const uintmax_t size = fs::file_size(PathOf(path), failure);
+    bytes->resize(failure ? 0 : static_cast<size_t>(size));
+    bytes->resize(std::fread(bytes->data(), 1, bytes->size(), stream));
     const bool done = !std::ferror(stream);
     std::fclose(stream);
     return done;

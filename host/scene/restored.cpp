@@ -57,12 +57,9 @@ bool HasKeys(const Mc3dsFile *scene)
 void FindElsewhere(const std::string &bytes, std::vector<Finding> *findings)
 {
     Finding elsewhere = {.kind = FindingKind::StandElsewhere, .weight = Weight::Note, .isRestorable = true};
-    for (const Mc3dsRestoreRecord &record :
-         Mc3dsRestore(bytes, Mc3dsRestoreBit(Mc3dsRestoreKind::Pose)).records)
-        if (record.limit == Mc3dsRestoreLimit::None && record.count != 0) {
-            ++elsewhere.count;
-            elsewhere.names.push_back({record.name});
-        }
+    for (const std::string &name : Mc3dsFindElsewhere(bytes))
+        elsewhere.names.push_back({name});
+    elsewhere.count = elsewhere.names.size();
     if (elsewhere.count != 0)
         findings->push_back(elsewhere);
 }

@@ -98,6 +98,9 @@ void PrintJson(const Mc3dsFile *scene, const SceneResult &result,
     }
     for (const Finding &loss : left.losses)
         losses.push_back(SentenceOf(loss));
+    for (const Finding &note : result.notes)
+        if (note.kind == FindingKind::StandElsewhere)
+            losses.push_back(SentenceOf(note));
     json["leftBehind"] = {{"losses", losses},
                           {"lights", left.lights},
                           {"cameras", left.cameras},

@@ -196,9 +196,9 @@ static void AddCounts(const char *what, const std::map<std::string, size_t> &cou
 }
 
 // The keys that no .vue file plays are shown at the top, and not again here.
-static std::string LeftText(const Mc3dsFile *scene, bool isRestored)
+static std::string LeftText(const Mc3dsFile *scene, const SceneResult &result)
 {
-    const LeftBehind left = FindLeftBehind(scene, isRestored);
+    const LeftBehind left = FindLeftBehind(scene, result.isRestored);
     std::string text;
     AddList("lights", left.lights, &text);
     AddList("cameras", left.cameras, &text);
@@ -208,6 +208,9 @@ static std::string LeftText(const Mc3dsFile *scene, bool isRestored)
     for (const Finding &loss : left.losses)
         if (loss.kind != FindingKind::UnplayedKeys)
             text += "  " + Visible(SentenceOf(loss)) + '\n';
+    for (const Finding &note : result.notes)
+        if (note.kind == FindingKind::StandElsewhere)
+            text += "  " + Visible(SentenceOf(note)) + '\n';
     return text;
 }
 
@@ -237,7 +240,7 @@ void PrintInfo(const Mc3dsFile *scene, const SceneResult &result,
     AddMaterials(look, scene, facts, &text);
     if (const std::string restored = RestoredList(result.restored); !restored.empty())
         text += "\nRestored\n" + restored;
-    if (const std::string left = LeftText(scene, result.isRestored); !left.empty())
+    if (const std::string left = LeftText(scene, result); !left.empty())
         text += "\nLeft behind\n" + left;
     if (!reports.empty())
         text += "\nReported while it was read\n";
