@@ -137,6 +137,21 @@ TEST_F(RestoreTest, ObjectsStandAsInFrameZero)
     EXPECT_TRUE(restored.vue.empty());
 }
 
+TEST_F(RestoreTest, AMoveAlongOneAxisIsAMove)
+{
+    for (size_t axis = 0; axis < 3; ++axis) {
+        std::vector<float> place(3);
+        place[axis] = 0.01f;
+        const Bytes scene = Scene({Box("A")}, {ObjectNode("A", noParent, {Track(0xB020, {{0, place}})})});
+        EXPECT_EQ(Mc3dsFindElsewhere(scene), std::vector<std::string>{"A"});
+        EXPECT_EQ(Place(Restore(scene), "A", 0), axis == 0 ? "1 0 0" : axis == 1 ? "0 1 0" : "0 0 1");
+        place[axis] = 0.00002f; // rounding, for vertices of up to 2
+        EXPECT_EQ(
+            Mc3dsFindElsewhere(Scene({Box("A")}, {ObjectNode("A", noParent, {Track(0xB020, {{0, place}})})})),
+            std::vector<std::string>());
+    }
+}
+
 // Nothing moves when mirroring nodes are turned over, and neither does what hangs on them.
 TEST_F(RestoreTest, NodesThatMirrorAreTurnedOver)
 {
@@ -162,16 +177,16 @@ TEST_F(RestoreTest, NodesThatMirrorAreTurnedOver)
 
 TEST_F(RestoreTest, NodesHangOnTheNearestObject)
 {
-    const Bytes light = Chunk(0xB005, {Chunk(0xB010, {Text("LAMP"), U32(0), U16(0)}), At(0, 0, 10)});
+    const Bytes light = Chunk(0xB005, {Chunk(0xB010, {Text("LAMP"), U32(0), U16(0)}), At(2, 3, 10)});
     const Bytes ambient =
         Chunk(0xB001, {Chunk(0xB010, {Text("$AMBIENT$"), U32(0), U16(noParent)}), NodeId(0)});
     const LoadedScene lit = Restore(
         Scene({Box("A"), Box("B"), Box("LOST"), Box("D")},
               {ObjectNode("A", noParent, {At(1, 0, 0)}), light, ObjectNode("B", 1, {At(0, 2, 0)}),
                ObjectNode("LOST", 9, {At(0, 0, 4)}), ObjectNode("D", 1, {Track(0xB022, {{0, {1, 3, 1}}})})}));
-    EXPECT_EQ(Place(lit, "D", 2), "100 600 1000");
+    EXPECT_EQ(Place(lit, "D", 2), "300 900 1000");
     EXPECT_EQ(Find(lit, "B")->parentNode, Find(lit, "A")->nodeId);
-    EXPECT_EQ(Place(lit, "B", 0), "100 200 1000");
+    EXPECT_EQ(Place(lit, "B", 0), "300 500 1000");
     EXPECT_EQ(Find(lit, "LOST")->parentNode, noParent);
     // NODE_ID counts, and not the order.
     const LoadedScene named =
