@@ -371,6 +371,40 @@ TEST_F(RestoreTest, WhatCannotBeRestoredStaysAndIsTold)
     EXPECT_EQ(Records(), "materials  0!");
 }
 
+TEST_F(RestoreTest, WhatHasLimitsReachesThem)
+{
+    // 22,000 faces without a group at three vertices would need 66,000.
+    std::vector<uint16_t> many;
+    Bytes groups;
+    for (int i = 0; i < 22000; ++i) {
+        many.insert(many.end(), {0, 1, 2});
+        groups += U32(0);
+    }
+    Restore(Scene({NamedMesh("A", {corners, Faces(many, {Chunk(0x4150, {groups})})})}));
+    EXPECT_EQ(Records(), "edges A 0!");
+    const Bytes late = Chunk(0xB020, {U16(2), U32(0), U32(0), U32(2), U32(2), U16(0), F32s({0, 0, 0}), U32(6),
+                                      U16(0), F32s({4, 0, 0})});
+    const Bytes eased = Track(0xB020, {{0, {0, 0, 0}, 0x10, {0.25f}}, {8, {9, 0, 0}, 0x08, {0.5f}}});
+    const Bytes loop = Chunk(0xB020, {U16(3), U32(0), U32(0), U32(3), U32(0), U16(0), F32s({0, 0, 0}), U32(2),
+                                      U16(0), F32s({4, 0, 0}), U32(8), U16(0), F32s({0, 0, 0})});
+    const LoadedScene scene = Restore(
+        Scene({Box("L"), Box("E"), Box("C"), Box("B"), NamedMesh("P", {corners}), Box("RING1"), Box("RING2")},
+              {Kfhdr(12), ObjectNode("L", noParent, {late}), ObjectNode("E", noParent, {eased}),
+               ObjectNode("C", noParent, {loop}), ObjectNode("$$$DUMMY", noParent, {late}),
+               ObjectNode("B", 3, {At(0, 1, 0)}), ObjectNode("P", noParent, {At(0, 0, 1)}),
+               ObjectNode("RING1", 7, {At(0, 0, 1)}), ObjectNode("RING2", 6, {At(0, 0, 1)})}));
+    EXPECT_EQ(Records(), "pose B 1; pose P 1; motion L 12; motion E 12; motion C 12; motion B 12");
+    EXPECT_EQ(Place(scene, "L", 0, 1) + ", " + Place(scene, "L", 0, 7) + ", " + Place(scene, "L", 0, 9),
+              "0 0 0, 100 0 0, 300 0 0");
+    EXPECT_EQ(Place(scene, "E", 0, 1) + ", " + Place(scene, "E", 0, 4) + ", " + Place(scene, "E", 0, 6),
+              "45 0 0, 540 0 0, 810 0 0");
+    EXPECT_EQ(Place(scene, "C", 0, 1) + ", " + Place(scene, "C", 0, 5) + ", " + Place(scene, "C", 0, 11),
+              "200 0 0, 200 0 0, 370 0 0");
+    EXPECT_EQ(Place(scene, "P", 1), "100 0 100");
+    EXPECT_EQ(Place(scene, "B", 0, 7), "100 100 0");
+    EXPECT_TRUE(Has(restored.vue, "transform \"Dummy0\" 1 0 0 0 1 0 0 0 1 1 0 0\n"));
+}
+
 // Damaged seeds: whatever is restored, the library reads it without a report that it didn't bring before.
 TEST_F(RestoreTest, DamagedScenesStayReadable)
 {
